@@ -1,0 +1,44 @@
+# Language, warnings, sanitizers and coverage: every switch stands here.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+option(DORVEX_WARNINGS_AS_ERRORS "Treat warnings in the project's own code as errors" ON)
+set(DORVEX_SANITIZERS "" CACHE STRING "Comma-separated list for -fsanitize=, e.g. address,undefined")
+option(DORVEX_COVERAGE "Instrument for gcov" OFF)
+
+# The schema takes minutes to compile: reuse it between build folders.
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE_PROGRAM})
+endif()
+
+# A unique symbol pins a module in its process for ever: dlclose would do nothing.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+if(DORVEX_SANITIZERS)
+  add_compile_options(-fsanitize=${DORVEX_SANITIZERS} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${DORVEX_SANITIZERS})
+endif()
+
+# Warnings and coverage concern our own code, not generated code or dependencies.
+add_library(dorvex_options INTERFACE)
+target_compile_options(dorvex_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion
+  $<$<BOOL:${DORVEX_WARNINGS_AS_ERRORS}>:-Werror>
+  $<$<BOOL:${DORVEX_COVERAGE}>:--coverage>)
+target_link_options(dorvex_options INTERFACE $<$<BOOL:${DORVEX_COVERAGE}>:--coverage>)
+target_include_directories(dorvex_options INTERFACE ${PROJECT_SOURCE_DIR}/Core/src)
