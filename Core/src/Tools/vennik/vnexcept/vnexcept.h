@@ -1,0 +1,17 @@
+// The whole error family: its base, its classes, and the way from a status
+// number to a class.
+#pragma once
+
+#include "Tools/vennik/vnexcept/vennik_error.h"
+#include "Tools/vennik/vnexcept/vnerrorcode.h"
+#include "Tools/vennik/vnexcept/vnerrorcodeex.h"
+#include "Tools/vnexport.h"
+
+namespace vn::except {
+
+// Returns for 0. For a number of the family throws its class, made without
+// arguments; for any other number, also a negative one, general_error, which
+// says 6 and keeps nothing of the number given.
+VN_API void throw_on_error(int code);
+
+}  // namespace vn::except
