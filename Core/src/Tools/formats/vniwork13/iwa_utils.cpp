@@ -1,0 +1,282 @@
+#include "Tools/formats/vniwork13/iwa_utils.h"
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/message.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <exception>
+
+#include "Readers/hostapi/container_reader.h"
+#include "TSPArchiveMessages.pb.h"
+#include "TSPMessages.pb.h"
+#include "Tools/formats/vniwork13/message_parser.h"
+#include "Tools/vennik/vnexcept/vnexcept.h"
+#include "Tools/vnstring/vnstring.h"
+
+namespace vn::iwork13 {
+
+// ---------------------------------------------------------------------------
+// DataDecompresser
+
+namespace {
+
+// At a chunk boundary: the end of the chunk, or of the read where the chunk is
+// not complete. Returns cursor where less than a header is left.
+//
+// Nothing of a header is carried over to the next read, and a header that ends
+// exactly with the read leaves pendingChunk empty, so the next read takes the
+// body for a header. Hosts depend on both: a host that must read such a stream
+// shortens its reads.
+const unsigned char* beginChunk(DataDecompresser& decompresser, const unsigned char* cursor,
+                                const unsigned char* end) {
+  if (end - cursor < static_cast<std::ptrdiff_t>(kChunkHeaderSize)) return cursor;
+  const std::uint32_t length = getChunkLength(cursor);
+  const unsigned char* body = cursor + kChunkHeaderSize;
+  const auto available = static_cast<std::size_t>(end - body);
+  if (length > available) {
+    decompresser.pendingChunk.insert(decompresser.pendingChunk.end(), body, end);
+    decompresser.pendingChunkRemaining = length - static_cast<std::uint32_t>(available);
+    return end;
+  }
+  decompresser.decompressChunk(body, length);
+  return body + length;
+}
+
+// Inside a chunk: the end of its body, or of the read.
+const unsigned char* continueChunk(DataDecompresser& decompresser, const unsigned char* cursor,
+                                   const unsigned char* end) {
+  auto& [readBuffer, readBufferSize, pending, objectStream, remaining, consumed] = decompresser;
+  const auto available = static_cast<std::size_t>(end - cursor);
+  if (available < remaining) {
+    pending.insert(pending.end(), cursor, end);
+    remaining -= static_cast<std::uint32_t>(available);
+    return end;
+  }
+  const unsigned char* chunkEnd = cursor + remaining;
+  pending.insert(pending.end(), cursor, chunkEnd);
+  decompresser.decompressChunk(pending.data(), static_cast<std::uint32_t>(pending.size()));
+  pending.clear();
+  return chunkEnd;
+}
+
+}  // namespace
+
+void DataDecompresser::decompressChunk(const unsigned char* body, std::uint32_t length) {
+  const std::vector<char> chunk =
+      snappyUncompressChunk(reinterpret_cast<const char*>(body), length);
+  objectStream.insert(objectStream.end(), chunk.begin(), chunk.end());
+}
+
+void DataDecompresser::read(_VPTPIOobj* io) {
+  const auto count = static_cast<std::uint32_t>(io->Read(io, readBuffer, readBufferSize));
+  const unsigned char* const end = readBuffer + count;
+  const unsigned char* cursor = readBuffer;
+  while (cursor != end) {
+    // An empty pendingChunk is the only sign of a chunk boundary.
+    const unsigned char* next = pendingChunk.empty() ? beginChunk(*this, cursor, end)
+                                                     : continueChunk(*this, cursor, end);
+    if (next == cursor) break;  // one to three bytes, never counted
+    cursor = next;
+  }
+  bytesConsumed += static_cast<std::uint32_t>(cursor - readBuffer);
+}
+
+// ---------------------------------------------------------------------------
+// MessageMap
+
+namespace {
+
+using google::protobuf::Message;
+using google::protobuf::io::CodedInputStream;
+
+// Only so much of an object stream is readable; the walk of a longer one never
+// ends. Set by hand, since the library's own default differs between releases.
+constexpr int kTotalBytesLimit = 0x4000000;
+
+// Parses one message under a limit of length bytes; a length from 0x80000000 on
+// is no limit of its own. The cursor stays where the parse stopped.
+bool parseLimited(Message& message, CodedInputStream& input, std::uint64_t length) {
+  const CodedInputStream::Limit outer = input.PushLimit(static_cast<int>(length));
+  const bool parsed = parseMessage(message, input);
+  input.PopLimit(outer);
+  return parsed;
+}
+
+void addPayload(MessageMap::Map& map, const TSP::ArchiveInfo& archive,
+                const TSP::MessageInfo& info, CodedInputStream& input, MessageFactory factory) {
+  Message* message = factory(static_cast<int>(info.type()));
+  if (message == nullptr) {
+    input.Skip(static_cast<int>(info.length()));  // past the end: to the end
+    return;
+  }
+  // An instance that fails to parse, or whose identifier is taken, stays
+  // allocated: no owner is kept for it.
+  if (parseLimited(*message, input, info.length())) map.emplace(archive.identifier(), message);
+}
+
+}  // namespace
+
+MessageMap::~MessageMap() noexcept(false) {
+  for (const auto& [identifier, message] : map_) delete message;
+}
+
+void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buffer,
+                          std::uint32_t bufferSize, MessageFactory factory) {
+  DataDecompresser decompresser{buffer, bufferSize, {}, {}, 0, 0};
+  while (decompresser.bytesConsumed < size) decompresser.read(io);
+  populate(decompresser.objectStream, factory);
+}
+
+void MessageMap::populate(const std::vector<unsigned char>& objectStream,
+                          MessageFactory factory) {
+  TSP::ArchiveInfo archive;
+  CodedInputStream input(objectStream.data(), static_cast<int>(objectStream.size()));
+  input.SetTotalBytesLimit(kTotalBytesLimit);
+  input.SetRecursionLimit(kRecursionLimit);
+  while (input.BytesUntilLimit() > 0) {
+    std::uint64_t length = 0;
+    // An unreadable prefix counts as 0. Where the cursor did not move either,
+    // the walk arrives here again for ever: nothing realigns a stream.
+    input.ReadVarint64(&length);
+    if (!parseLimited(archive, input, length)) continue;
+    for (const TSP::MessageInfo& info : archive.message_infos())
+      addPayload(map_, archive, info, input, factory);
+  }
+}
+
+Message* MessageMap::lookup(unsigned long long identifier) const {
+  const auto entry = map_.find(identifier);
+  return entry != map_.end() ? entry->second : nullptr;
+}
+
+Message* MessageMap::lookup(const TSP::Reference& reference) const {
+  return lookup(static_cast<unsigned long long>(reference.identifier()));
+}
+
+Message* MessageMap::lookup(const TSP::Reference* reference) const {
+  return reference != nullptr ? lookup(*reference) : nullptr;
+}
+
+// ---------------------------------------------------------------------------
+// unzipFile
+
+namespace {
+
+constexpr const char kContainerModule[] = "unzip";
+
+// A container of the host's unzip module, opened over an I/O object.
+class Container {
+ public:
+  Container(_VPTPIOobj* io, tag_TPVAPIServices* services) : services_(services) {
+    if (services == nullptr || !load()) return;
+    handle_ = interface_.OpenContainer(io, services, 0);
+  }
+  Container(const Container&) = delete;
+  Container& operator=(const Container&) = delete;
+  ~Container() {
+    if (handle_ != nullptr) interface_.CloseContainer(handle_);
+    if (module_ != nullptr) services_->FreeDll(services_, module_);
+  }
+
+  bool isOpen() const { return handle_ != nullptr; }
+  int entryCount() { return interface_.GetEntryCount(handle_); }
+
+  // Both throw the class of a status that is not 0.
+  void getEntryInfo(std::int32_t index, ContainerEntryInfo& entry) {
+    except::throw_on_error(interface_.GetEntryInfo(handle_, index, &entry));
+  }
+  void extractEntry(std::int32_t index, _VPTPIOobj* stream) {
+    except::throw_on_error(interface_.ExtractEntry(handle_, index, stream));
+  }
+
+ private:
+  bool load() {
+    std::array<char, 64> name{};
+    std::snprintf(name.data(), name.size(), "%s%s", kContainerModule, ".so");
+    if (services_->LoadDll(services_, name.data(), &module_) == 0) return false;
+    void* symbol =
+        services_->GetDllSymbol(services_, module_, "unzipGetContainerReaderInterface");
+    if (symbol == nullptr) return false;
+    reinterpret_cast<GetContainerReaderInterfaceFunction>(symbol)(&interface_);
+    return true;
+  }
+
+  tag_TPVAPIServices* services_;
+  void* module_ = nullptr;
+  void* handle_ = nullptr;
+  ContainerReaderInterface interface_{};
+};
+
+// An empty stream of the host for one member, closed at the end of its scope.
+class ScratchStream {
+ public:
+  explicit ScratchStream(tag_TPVAPIServices* services)
+      : io_(services->OpenFile(services, nullptr, "a+")) {
+    if (io_ == nullptr) throw except::out_of_core_error();
+  }
+  ScratchStream(const ScratchStream&) = delete;
+  ScratchStream& operator=(const ScratchStream&) = delete;
+  ~ScratchStream() {
+    if (io_->Close != nullptr) io_->Close(io_);
+  }
+
+  _VPTPIOobj* io() const { return io_; }
+
+  // Makes what was written readable from its beginning.
+  void rewind() const {
+    if (io_->Open == nullptr || io_->Open(io_) == 0) throw except::bad_input_stream_error();
+  }
+
+ private:
+  _VPTPIOobj* io_;
+};
+
+enum class MemberKind { kIgnored, kNestedContainer, kObjectStream };
+
+// Object streams that carry document content. The long forms stand in a zip
+// that holds the Index folder, the short forms at the top level of a nested zip.
+constexpr const char* kStreamPrefixes[] = {
+    "Index/Document", "Document", "Index/CalculationEngine", "CalculationEngine",
+    "Index/Slide",    "Slide",    "Index/Tables/",           "Tables/",
+};
+
+MemberKind classifyMember(const char* name) {
+  if (string::endsWith(name, "Index.zip")) return MemberKind::kNestedContainer;
+  if (!string::endsWith(name, ".iwa")) return MemberKind::kIgnored;
+  const bool selected = std::ranges::any_of(
+      kStreamPrefixes, [name](const char* prefix) { return string::startsWith(name, prefix); });
+  return selected ? MemberKind::kObjectStream : MemberKind::kIgnored;
+}
+
+}  // namespace
+
+void unzipFile(_VPTPIOobj* io, MessageMap& map, tag_TPVAPIServices* services,
+               unsigned char* buffer, std::uint32_t bufferSize, MessageFactory factory) {
+  Container container(io, services);
+  if (!container.isOpen()) throw except::reader_init_error(kContainerModule);
+
+  ContainerEntryInfo entry{};
+  const int count = container.entryCount();
+  for (std::int32_t index = 0; index < count; ++index) {
+    container.getEntryInfo(index, entry);
+    const MemberKind kind = classifyMember(entry.name);
+    if (kind == MemberKind::kIgnored) continue;
+
+    const ScratchStream stream(services);
+    container.extractEntry(index, stream.io());
+    stream.rewind();
+    if (kind == MemberKind::kNestedContainer) {
+      unzipFile(stream.io(), map, services, buffer, bufferSize, factory);
+      continue;
+    }
+    try {
+      map.populate(stream.io(), entry.size, buffer, bufferSize, factory);
+    } catch (const std::exception&) {
+      // A bad object stream costs only its own member.
+    }
+  }
+}
+
+}  // namespace vn::iwork13

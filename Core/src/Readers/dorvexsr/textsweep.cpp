@@ -1,0 +1,69 @@
+// The text sweep of dorvexutil.h: it prints each message and scrapes the printed
+// form for the fields `text` and `string`, whatever the message and however deep
+// the field. The reader knows nothing else of where a document keeps its text.
+#include <string_view>
+#include <utility>
+
+#include "Readers/dorvexsr/dorvexutil.h"
+#include "Tools/formats/vniwork13/printed_form.h"
+
+namespace {
+
+// White space in the C locale, whatever the process has set.
+constexpr bool isWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Positions in a printed message are signed 32-bit numbers, -1 for not found.
+int find(const std::string& printed, const std::string& what, int from) {
+  return static_cast<int>(printed.find(what, static_cast<std::size_t>(from)));
+}
+
+void normalise(std::string& value) {
+  convertAllOctalCodesToAscii(value);
+  replaceAllLFsAndTabs(value);
+  removeFirstCharOfPattern(value, "\\'");
+  removeFirstCharOfPattern(value, "\\\"");
+}
+
+}  // namespace
+
+void getAllText(TAG_VNDORVEXGlobals* context, const vn::iwork13::MessageMap& map) {
+  if (map.empty()) return;
+  const vn::iwork13::MessagePrinter printer;
+  for (const auto& [identifier, message] : map) {
+    const std::string printed = printer.print(*message);
+    std::list<std::string> values;
+    extractFields(values, printed, "text");
+    extractFields(values, printed, "string");
+    for (const std::string& value : values) writeToOutput(context, value);
+  }
+}
+
+void extractFields(std::list<std::string>& values, const std::string& printed,
+                   const std::string& name) {
+  const std::string pattern = name + ": \"";
+  int position = find(printed, pattern, 0);
+  while (position >= 0) {
+    const auto index = static_cast<std::size_t>(position);
+    if (index == 0 || isWhiteSpace(printed[index - 1]))
+      values.push_back(getFieldContents(printed, position + static_cast<int>(pattern.size())));
+    // From the next position, not behind the value: a match inside a value's last
+    // characters counts.
+    position = find(printed, pattern, position + 1);
+  }
+}
+
+std::string getFieldContents(const std::string& printed, int start) {
+  const auto begin = static_cast<std::size_t>(start);
+  if (begin >= printed.size()) return {};
+  // The closing quote stands before a line feed; the pattern's own quote, before
+  // the first byte, counts too.
+  const std::size_t quote = printed.find("\"\n", begin - 1);
+  if (quote == std::string::npos) return {};
+  const int distance = static_cast<int>(quote + 1 - begin);
+  // A distance of 0 is a closing quote that completed the pattern. The count is
+  // then -1, which the string library takes as everything to the end: the rest of
+  // the printed message is the value, and readers of the output have it so.
+  std::string value = printed.substr(begin, static_cast<std::size_t>(distance - 1));
+  normalise(value);
+  return value;
+}
