@@ -1,0 +1,126 @@
+#include "io_source.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace dorvex::unzip {
+namespace {
+
+struct IoSource {
+  _VPTPIOobj* io;
+  std::int64_t size;
+  std::int64_t position;
+  zip_error_t error;
+};
+
+bool can_read_and_seek(const _VPTPIOobj* io) {
+  return io != nullptr && io->Read != nullptr && io->Seek != nullptr && io->Tell != nullptr;
+}
+
+// Seek has no result to rely on, so the position is asked for.
+bool move_to(_VPTPIOobj* io, std::int64_t position) {
+  io->Seek(io, position, VN_SEEK_START);
+  return io->Tell(io) == position;
+}
+
+std::int64_t size_of(_VPTPIOobj* io) {
+  io->Seek(io, 0, VN_SEEK_END);
+  return io->Tell(io);
+}
+
+zip_int64_t fail(IoSource& source, int code) {
+  zip_error_set(&source.error, code, 0);
+  return -1;
+}
+
+// The host may move the object between two calls, so every read seeks first.
+zip_int64_t read(IoSource& source, void* data, zip_uint64_t wanted) {
+  const auto left = static_cast<zip_uint64_t>(source.size - source.position);
+  const auto count = static_cast<std::uint32_t>(
+      std::min({wanted, left, zip_uint64_t{std::numeric_limits<std::int32_t>::max()}}));
+  if (count == 0) return 0;
+  if (!move_to(source.io, source.position)) return fail(source, ZIP_ER_SEEK);
+  const int got = source.io->Read(source.io, data, count);
+  if (got < 0 || static_cast<std::uint32_t>(got) > count) return fail(source, ZIP_ER_READ);
+  source.position += got;
+  return got;
+}
+
+zip_int64_t seek(IoSource& source, void* data, zip_uint64_t length) {
+  const zip_int64_t target =
+      zip_source_seek_compute_offset(static_cast<zip_uint64_t>(source.position),
+                                     static_cast<zip_uint64_t>(source.size), data, length,
+                                     &source.error);
+  if (target < 0) return -1;
+  source.position = target;
+  return 0;
+}
+
+zip_int64_t stat(IoSource& source, void* data, zip_uint64_t length) {
+  if (length < sizeof(zip_stat_t)) return fail(source, ZIP_ER_INVAL);
+  auto* stat = static_cast<zip_stat_t*>(data);
+  zip_stat_init(stat);
+  stat->valid = ZIP_STAT_SIZE;
+  stat->size = static_cast<zip_uint64_t>(source.size);
+  return sizeof(zip_stat_t);
+}
+
+zip_int64_t dispatch(IoSource& source, void* data, zip_uint64_t length, zip_source_cmd_t command) {
+  switch (command) {
+    case ZIP_SOURCE_OPEN:
+      source.position = 0;
+      return 0;
+    case ZIP_SOURCE_READ:
+      return read(source, data, length);
+    case ZIP_SOURCE_SEEK:
+      return seek(source, data, length);
+    case ZIP_SOURCE_TELL:
+      return source.position;
+    case ZIP_SOURCE_STAT:
+      return stat(source, data, length);
+    case ZIP_SOURCE_CLOSE:
+      return 0;
+    case ZIP_SOURCE_ERROR:
+      return zip_error_to_data(&source.error, data, length);
+    case ZIP_SOURCE_FREE:
+      zip_error_fini(&source.error);
+      delete &source;
+      return 0;
+    case ZIP_SOURCE_SUPPORTS:
+      return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE,
+                                            ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE,
+                                            ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL, ZIP_SOURCE_SUPPORTS,
+                                            -1);
+    default:
+      return fail(source, ZIP_ER_OPNOTSUPP);
+  }
+}
+
+// libzip is C: what a host's slot throws must not pass through it.
+zip_int64_t callback(void* state, void* data, zip_uint64_t length, zip_source_cmd_t command) {
+  auto& source = *static_cast<IoSource*>(state);
+  try {
+    return dispatch(source, data, length, command);
+  } catch (...) {
+    return fail(source, ZIP_ER_READ);
+  }
+}
+
+}  // namespace
+
+zip_source_t* make_io_source(_VPTPIOobj* io) {
+  if (!can_read_and_seek(io)) return nullptr;
+  const std::int64_t size = size_of(io);
+  // libzip would take an empty file for an archive without members.
+  if (size <= 0) return nullptr;
+  std::unique_ptr<IoSource> source(new (std::nothrow) IoSource{io, size, 0, {}});
+  if (!source) return nullptr;
+  zip_error_init(&source->error);
+  zip_source_t* result = zip_source_function_create(callback, source.get(), nullptr);
+  if (result != nullptr) source.release();  // libzip frees it through ZIP_SOURCE_FREE
+  return result;
+}
+
+}  // namespace dorvex::unzip
