@@ -18,9 +18,7 @@ enum FillResult : int { kSuccess = 0, kOutOfMemory = 2, kBadInput = 4, kGeneralF
 
 constexpr int kDone = 100;
 
-TAG_VNDORVEXGlobals* toGlobals(void* context) {
-  return static_cast<TAG_VNDORVEXGlobals*>(context);
-}
+TAG_VNDORVEXGlobals* toGlobals(void* context) { return static_cast<TAG_VNDORVEXGlobals*>(context); }
 
 // part of total in percent, truncated. The product has 32 bits and wraps: a
 // buffer of more than 21474836 bytes gives a wrong figure, as it always has.
@@ -95,8 +93,8 @@ void dorvexGetReaderInterface(ReaderInterface* table) {
   table->GetCharSet = dorvexGetCharSet;
 }
 
-void* dorvexAllocateContext(void* a1, void* a2, std::uint32_t* result,
-                            tag_TPVAPIServices* services, std::uint32_t a5) {
+void* dorvexAllocateContext(void* a1, void* a2, std::uint32_t* result, tag_TPVAPIServices* services,
+                            std::uint32_t a5) {
   VNAllocator& allocator = services->allocator;
   void* record = allocator.Alloc(&allocator, sizeof(TAG_VNDORVEXGlobals));
   if (record == nullptr) {

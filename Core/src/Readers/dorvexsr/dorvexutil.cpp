@@ -64,7 +64,7 @@ void readZip(TAG_VNDORVEXGlobals* context, _VPTPIOobj* io) {
 
 void joinPath(char* pathBuffer, const std::string& dir, const char* name) {
   // A longer path is cut, and then fails to open.
-  std::snprintf(pathBuffer, kPathBufferSize, "%s/%s", dir.c_str(), name);
+  static_cast<void>(std::snprintf(pathBuffer, kPathBufferSize, "%s/%s", dir.c_str(), name));
 }
 
 // What package discovery does with an entry of a folder, by its name.
@@ -132,6 +132,7 @@ std::size_t findVirtualDirectoryEnd(const std::string& path) {
   return position - 1;  // the separator goes too
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is public
 void getMessagesFromFolder(TAG_VNDORVEXGlobals* context, std::string dir, dirent entry,
                            char* pathBuffer) {
   const std::unique_ptr<DIR, DirectoryCloser> directory(vnos_opendir(dir.c_str(), 0));

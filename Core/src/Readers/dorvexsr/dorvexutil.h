@@ -74,8 +74,7 @@ void replaceAllLFsAndTabs(std::string& value);
 
 // Replaces every occurrence in one pass and in place. Throws std::runtime_error
 // for a replacement that is longer than the search text, which must not be empty.
-void replaceInplace(std::string& value, const std::string& search,
-                    const std::string& replacement);
+void replaceInplace(std::string& value, const std::string& search, const std::string& replacement);
 
 // Writes a text as TOKEN_TEXT pieces and one TOKEN_BREAK; an empty text gives no
 // token at all. Throws vn::except::general_error.

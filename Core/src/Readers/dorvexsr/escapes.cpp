@@ -106,8 +106,7 @@ void replaceAllLFsAndTabs(std::string& value) {
   replaceInplace(value, "\\t", "\t");
 }
 
-void replaceInplace(std::string& value, const std::string& search,
-                    const std::string& replacement) {
+void replaceInplace(std::string& value, const std::string& search, const std::string& replacement) {
   if (replacement.size() > search.size())
     throw std::runtime_error("Replacement string should be smaller then substring it replaces");
   replaceEach(value, search, replacement);

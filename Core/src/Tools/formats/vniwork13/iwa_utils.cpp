@@ -75,8 +75,8 @@ void DataDecompresser::read(_VPTPIOobj* io) {
   const unsigned char* cursor = readBuffer;
   while (cursor != end) {
     // An empty pendingChunk is the only sign of a chunk boundary.
-    const unsigned char* next = pendingChunk.empty() ? beginChunk(*this, cursor, end)
-                                                     : continueChunk(*this, cursor, end);
+    const unsigned char* next =
+        pendingChunk.empty() ? beginChunk(*this, cursor, end) : continueChunk(*this, cursor, end);
     if (next == cursor) break;  // one to three bytes, never counted
     cursor = next;
   }
@@ -104,8 +104,8 @@ bool parseLimited(Message& message, CodedInputStream& input, std::uint64_t lengt
   return parsed;
 }
 
-void addPayload(MessageMap::Map& map, const TSP::ArchiveInfo& archive,
-                const TSP::MessageInfo& info, CodedInputStream& input, MessageFactory factory) {
+void addPayload(MessageMap::Map& map, const TSP::ArchiveInfo& archive, const TSP::MessageInfo& info,
+                CodedInputStream& input, MessageFactory factory) {
   Message* message = factory(static_cast<int>(info.type()));
   if (message == nullptr) {
     input.Skip(static_cast<int>(info.length()));  // past the end: to the end
@@ -129,8 +129,7 @@ void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buf
   populate(decompresser.objectStream, factory);
 }
 
-void MessageMap::populate(const std::vector<unsigned char>& objectStream,
-                          MessageFactory factory) {
+void MessageMap::populate(const std::vector<unsigned char>& objectStream, MessageFactory factory) {
   TSP::ArchiveInfo archive;
   CodedInputStream input(objectStream.data(), static_cast<int>(objectStream.size()));
   input.SetTotalBytesLimit(kTotalBytesLimit);
@@ -194,10 +193,9 @@ class Container {
  private:
   bool load() {
     std::array<char, 64> name{};
-    std::snprintf(name.data(), name.size(), "%s%s", kContainerModule, ".so");
+    static_cast<void>(std::snprintf(name.data(), name.size(), "%s%s", kContainerModule, ".so"));
     if (services_->LoadDll(services_, name.data(), &module_) == 0) return false;
-    void* symbol =
-        services_->GetDllSymbol(services_, module_, "unzipGetContainerReaderInterface");
+    void* symbol = services_->GetDllSymbol(services_, module_, "unzipGetContainerReaderInterface");
     if (symbol == nullptr) return false;
     reinterpret_cast<GetContainerReaderInterfaceFunction>(symbol)(&interface_);
     return true;
@@ -252,8 +250,8 @@ MemberKind classifyMember(const char* name) {
 
 }  // namespace
 
-void unzipFile(_VPTPIOobj* io, MessageMap& map, tag_TPVAPIServices* services,
-               unsigned char* buffer, std::uint32_t bufferSize, MessageFactory factory) {
+void unzipFile(_VPTPIOobj* io, MessageMap& map, tag_TPVAPIServices* services, unsigned char* buffer,
+               std::uint32_t bufferSize, MessageFactory factory) {
   Container container(io, services);
   if (!container.isOpen()) throw except::reader_init_error(kContainerModule);
 

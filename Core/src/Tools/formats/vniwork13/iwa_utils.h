@@ -37,8 +37,8 @@ using MessageFactory = google::protobuf::Message* (*)(int);
 // three bytes behind its last chunk, or is shorter than its stated size, since
 // such bytes are never counted.
 struct VN_API DataDecompresser {
-  unsigned char* readBuffer;      // the caller's
-  std::uint32_t readBufferSize;   // bytes; the size of every read request
+  unsigned char* readBuffer;                // the caller's
+  std::uint32_t readBufferSize;             // bytes; the size of every read request
   std::vector<unsigned char> pendingChunk;  // body bytes of a chunk that crosses reads
   std::vector<unsigned char> objectStream;  // what has been decompressed so far
   std::uint32_t pendingChunkRemaining;      // body bytes still to come
@@ -69,8 +69,8 @@ class VN_API MessageMap {
   // Drains one member of size bytes from io, in reads of bufferSize bytes
   // through the caller's buffer, and adds its objects. An exception of the
   // decompression leaves the map as it was.
-  void populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buffer,
-                std::uint32_t bufferSize, MessageFactory factory);
+  void populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buffer, std::uint32_t bufferSize,
+                MessageFactory factory);
 
   // Walks one object stream and adds its objects. The first object stored under
   // an identifier stays. Reports nothing about bad data; does not end where a

@@ -138,8 +138,8 @@ class RuleParser {
         return mergeScalar<std::uint64_t, WireFormatLite::TYPE_FIXED64>(
             message, field, &Reflection::SetUInt64, &Reflection::AddUInt64);
       case FieldDescriptor::TYPE_FLOAT:
-        return mergeScalar<float, WireFormatLite::TYPE_FLOAT>(
-            message, field, &Reflection::SetFloat, &Reflection::AddFloat);
+        return mergeScalar<float, WireFormatLite::TYPE_FLOAT>(message, field, &Reflection::SetFloat,
+                                                              &Reflection::AddFloat);
       case FieldDescriptor::TYPE_DOUBLE:
         return mergeScalar<double, WireFormatLite::TYPE_DOUBLE>(
             message, field, &Reflection::SetDouble, &Reflection::AddDouble);
@@ -230,8 +230,7 @@ class RuleParser {
       }
       case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
         int length = 0;
-        return readLength(length) &&
-               input_.ReadString(unknown.AddLengthDelimited(number), length);
+        return readLength(length) && input_.ReadString(unknown.AddLengthDelimited(number), length);
       }
       case WireFormatLite::WIRETYPE_START_GROUP:
         return skipGroup(number, *unknown.AddGroup(number));

@@ -37,7 +37,8 @@ namespace vn::iwork13 {
 // well; in both cases the cursor stands behind what was consumed, and the
 // caller pops its limit. Uses the generated parser where that gives the same
 // outcome, and parseMessageByRules otherwise.
-bool parseMessage(google::protobuf::Message& message, google::protobuf::io::CodedInputStream& input);
+bool parseMessage(google::protobuf::Message& message,
+                  google::protobuf::io::CodedInputStream& input);
 
 // The same by the rules above alone, field by field: the reference for parseMessage.
 bool parseMessageByRules(google::protobuf::Message& message,
