@@ -49,10 +49,9 @@ zip_int64_t read(IoSource& source, void* data, zip_uint64_t wanted) {
 }
 
 zip_int64_t seek(IoSource& source, void* data, zip_uint64_t length) {
-  const zip_int64_t target =
-      zip_source_seek_compute_offset(static_cast<zip_uint64_t>(source.position),
-                                     static_cast<zip_uint64_t>(source.size), data, length,
-                                     &source.error);
+  const zip_int64_t target = zip_source_seek_compute_offset(
+      static_cast<zip_uint64_t>(source.position), static_cast<zip_uint64_t>(source.size), data,
+      length, &source.error);
   if (target < 0) return -1;
   source.position = target;
   return 0;
@@ -89,10 +88,9 @@ zip_int64_t dispatch(IoSource& source, void* data, zip_uint64_t length, zip_sour
       delete &source;
       return 0;
     case ZIP_SOURCE_SUPPORTS:
-      return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE,
-                                            ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE,
-                                            ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL, ZIP_SOURCE_SUPPORTS,
-                                            -1);
+      return zip_source_make_command_bitmap(
+          ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR,
+          ZIP_SOURCE_FREE, ZIP_SOURCE_SEEK, ZIP_SOURCE_TELL, ZIP_SOURCE_SUPPORTS, -1);
     default:
       return fail(source, ZIP_ER_OPNOTSUPP);
   }

@@ -52,7 +52,8 @@ int extract_entry(void* container, std::int32_t index, _VPTPIOobj* stream) {
 
 int get_entry_count(void* container) {
   if (container == nullptr) return 0;
-  return guarded<int>(0, 0, [=] { return static_cast<const ZipContainer*>(container)->entry_count(); });
+  return guarded<int>(0, 0,
+                      [=] { return static_cast<const ZipContainer*>(container)->entry_count(); });
 }
 
 }  // namespace
@@ -61,6 +62,7 @@ int get_entry_count(void* container) {
 // Fills *interface; the slots that no reader calls are null. Always 1.
 extern "C" VN_API int unzipGetContainerReaderInterface(ContainerReaderInterface* interface) {
   using namespace dorvex::unzip;
-  *interface = {open_container, close_container, get_entry_info, extract_entry, get_entry_count, {}};
+  *interface = {open_container, close_container, get_entry_info,
+                extract_entry,  get_entry_count, {}};
   return 1;
 }

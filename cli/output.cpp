@@ -1,0 +1,30 @@
+#include "output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace dorvex::cli {
+namespace {
+
+constexpr std::size_t kBufferSize = 64 * 1024;
+
+}  // namespace
+
+void Output::write(std::string_view bytes) {
+  buffer_ += bytes;
+  if (buffer_.size() >= kBufferSize) flush();
+}
+
+void Output::flush() {
+  std::string_view rest = buffer_;
+  while (!rest.empty()) {
+    const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw OutputError{errno};
+    rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+  buffer_.clear();
+}
+
+}  // namespace dorvex::cli

@@ -1,0 +1,167 @@
+// Reading documents with a reader module. Start here:
+//
+//   dorvex::Host host({.module = "/usr/lib/dorvex/dorvexsr.so"});
+//   dorvex::Document document = host.open(dorvex::Input::path("Letter.pages"));
+//   for (const std::string& text : document.texts()) std::cout << text << '\n';
+//   if (document.result().status != dorvex::Status::ok) std::cerr << describe(document.result());
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "dorvex/input.h"
+#include "dorvex/result.h"
+#include "dorvex/token_stream.h"
+
+namespace dorvex {
+
+// Where the reader works. It keeps what it parsed allocated for ever, and a
+// hostile document may make it run for ever.
+enum class Isolation {
+  child_process,  // forked for each document; a crash or a hang costs that document only
+  in_process,     // in the caller's process: memory stays behind, nothing limits it
+};
+
+// What one document may take. Zero means no limit. Only with a child process.
+struct Limits {
+  // Time that the host waits for the child; time in which the caller does not
+  // ask for more does not count.
+  std::chrono::milliseconds wall_time = std::chrono::seconds(60);
+  // Processor time of the child, rounded up to seconds.
+  std::chrono::seconds processor_time{0};
+  // Address space of the child in bytes.
+  std::uint64_t memory = 0;
+};
+
+struct HostOptions {
+  // The reader module's file. The container module is looked for beside it.
+  std::filesystem::path module;
+  Isolation isolation = Isolation::child_process;
+  Limits limits{};
+  // The size that is declared to the reader for its output buffer: 51 to
+  // 16777216 bytes. It decides how much next_buffer gives at a time.
+  std::uint32_t buffer_size = 65536;
+  // Bytes of an unpacked member, or of an input that is no file, that are kept
+  // in memory; a larger one goes to an unnamed temporary file.
+  std::size_t scratch_memory = 16 * 1024 * 1024;
+  // Read member streams in step with their chunks. Without it the reader loses
+  // sound members whose chunks do not suit its reads of 4096 bytes.
+  bool align_reads = true;
+};
+
+class TextRange;
+
+// One document being read. Texts and buffers come as they are asked for. Not
+// for two threads at once. Destroying it early ends the child process.
+class Document {
+ public:
+  // What hands out the buffers of tokens.
+  class Source;
+
+  explicit Document(std::unique_ptr<Source> source);
+  Document(Document&&) noexcept;
+  Document& operator=(Document&&) noexcept;
+  ~Document();
+
+  // The next buffer of whole tokens, never empty; nothing at the end. Valid
+  // until the next call. Not to be mixed with the two functions below.
+  std::optional<std::span<const unsigned char>> next_buffer();
+
+  // The next text in UTF-8 as the document stores it, its pieces joined;
+  // nothing at the end. What a broken token stream holds is given up to the
+  // fault, and the result tells.
+  std::optional<std::string> next_text();
+
+  // The texts that are left, as a range to go through once.
+  TextRange texts();
+
+  // What became of the document. Reads what has not been asked for yet.
+  const Result& result();
+
+ private:
+  void end(Result result);
+  void fail_on_tokens(const TokenStreamError& error);
+  bool fetch();
+  bool check(std::span<const unsigned char> buffer);
+
+  std::unique_ptr<Source> source_;
+  std::span<const unsigned char> buffer_;
+  TokenStreamReader reader_;
+  TextJoiner joiner_;
+  std::uint64_t token_bytes_ = 0;
+  std::optional<Result> result_;
+};
+
+// An input range of std::string over a Document, which must outlive it.
+class TextRange {
+ public:
+  class iterator {
+   public:
+    using iterator_concept = std::input_iterator_tag;
+    using difference_type = std::ptrdiff_t;
+    using value_type = std::string;
+
+    iterator() = default;
+    const std::string& operator*() const { return *text_; }
+    const std::string* operator->() const { return &*text_; }
+    iterator& operator++() {
+      text_ = document_->next_text();
+      return *this;
+    }
+    void operator++(int) { ++*this; }
+    friend bool operator==(const iterator& it, std::default_sentinel_t) { return !it.text_; }
+
+   private:
+    friend class TextRange;
+    explicit iterator(Document* document) : document_(document), text_(document->next_text()) {}
+
+    Document* document_ = nullptr;
+    std::optional<std::string> text_;
+  };
+
+  explicit TextRange(Document& document) : document_(&document) {}
+  // Fetches the first text; call it once.
+  iterator begin() { return iterator(document_); }
+  std::default_sentinel_t end() const { return {}; }
+
+ private:
+  Document* document_;
+};
+
+// Opens documents with one module and one set of options. Several threads may
+// use one Host.
+class Host {
+ public:
+  // Throws std::invalid_argument for a buffer size out of range. Nothing is
+  // loaded yet.
+  explicit Host(HostOptions options);
+  ~Host();
+  Host(Host&&) noexcept;
+  Host& operator=(Host&&) noexcept;
+
+  // Starts reading a document. Failures are results: a Document always comes
+  // back, though it may hold nothing but its result. Throws only what an
+  // Input's callback throws, and std::bad_alloc.
+  Document open(const Input& input) const;
+
+  // Hands every text to take, then tells what became of the document.
+  Result for_each_text(const Input& input,
+                       const std::function<void(std::string_view text)>& take) const;
+
+  const HostOptions& options() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace dorvex

@@ -1,0 +1,149 @@
+#include "byte_store.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace dorvex {
+namespace {
+
+std::int64_t copy_out(std::span<const unsigned char> bytes, std::uint64_t offset, void* buffer,
+                      std::size_t count) {
+  if (offset >= bytes.size()) return 0;
+  count = std::min<std::size_t>(count, bytes.size() - offset);
+  std::memcpy(buffer, bytes.data() + offset, count);
+  return static_cast<std::int64_t>(count);
+}
+
+std::int64_t read_fully(int fd, std::uint64_t offset, void* buffer, std::size_t count) {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t got = ::pread(fd, static_cast<char*>(buffer) + done, count - done,
+                                static_cast<off_t>(offset + done));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return -1;
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return static_cast<std::int64_t>(done);
+}
+
+bool write_fully(int fd, std::uint64_t offset, const void* data, std::size_t count) {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t put = ::pwrite(fd, static_cast<const char*>(data) + done, count - done,
+                                 static_cast<off_t>(offset + done));
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return false;
+    done += static_cast<std::size_t>(put);
+  }
+  return true;
+}
+
+// O_TMPFILE where the file system has it, otherwise a name that is taken away
+// at once.
+UniqueFd open_unnamed_file() {
+  const char* folder = std::getenv("TMPDIR");
+  if (folder == nullptr || *folder == '\0') folder = "/tmp";
+  UniqueFd file(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  if (file) return file;
+  std::string name = std::string(folder) + "/dorvex-XXXXXX";
+  UniqueFd named(::mkostemp(name.data(), O_CLOEXEC));
+  if (named) ::unlink(name.c_str());
+  return named;
+}
+
+class MemoryStore final : public ByteStore {
+ public:
+  explicit MemoryStore(std::span<const unsigned char> bytes) : bytes_(bytes) {}
+  std::uint64_t size() const override { return bytes_.size(); }
+  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) override {
+    return copy_out(bytes_, offset, buffer, count);
+  }
+  std::span<const unsigned char> in_memory() const override { return bytes_; }
+
+ private:
+  std::span<const unsigned char> bytes_;
+};
+
+class FileStore final : public ByteStore {
+ public:
+  FileStore(UniqueFd file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
+  std::uint64_t size() const override { return size_; }
+  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) override {
+    if (offset >= size_) return 0;
+    return read_fully(file_.get(), offset, buffer, std::min<std::uint64_t>(count, size_ - offset));
+  }
+
+ private:
+  UniqueFd file_;
+  std::uint64_t size_;
+};
+
+class ScratchStore final : public ByteStore {
+ public:
+  explicit ScratchStore(std::size_t memory_limit) : memory_limit_(memory_limit) {}
+
+  std::uint64_t size() const override { return size_; }
+
+  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) override {
+    if (!file_) return copy_out(memory_, offset, buffer, count);
+    return read_fully(file_.get(), offset, buffer, count);
+  }
+
+  bool append(const void* data, std::size_t count) override {
+    if (!file_ && memory_.size() + count > memory_limit_ && !move_to_file()) return false;
+    if (file_) {
+      if (!write_fully(file_.get(), size_, data, count)) return false;
+    } else {
+      const auto* bytes = static_cast<const unsigned char*>(data);
+      memory_.insert(memory_.end(), bytes, bytes + count);
+    }
+    size_ += count;
+    return true;
+  }
+
+  std::span<const unsigned char> in_memory() const override { return memory_; }
+
+ private:
+  bool move_to_file() {
+    UniqueFd file = open_unnamed_file();
+    if (!file || !write_fully(file.get(), 0, memory_.data(), memory_.size())) return false;
+    file_ = std::move(file);
+    memory_ = {};
+    return true;
+  }
+
+  std::size_t memory_limit_;
+  std::vector<unsigned char> memory_;
+  UniqueFd file_;
+  std::uint64_t size_ = 0;
+};
+
+}  // namespace
+
+bool ByteStore::append(const void*, std::size_t) {
+  errno = EBADF;
+  return false;
+}
+
+std::unique_ptr<ByteStore> make_memory_store(std::span<const unsigned char> bytes) {
+  return std::make_unique<MemoryStore>(bytes);
+}
+
+std::unique_ptr<ByteStore> make_file_store(UniqueFd file) {
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) return nullptr;
+  return std::make_unique<FileStore>(std::move(file), static_cast<std::uint64_t>(status.st_size));
+}
+
+std::unique_ptr<ByteStore> make_scratch_store(std::size_t memory_limit) {
+  return std::make_unique<ScratchStore>(memory_limit);
+}
+
+}  // namespace dorvex

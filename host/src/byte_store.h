@@ -1,0 +1,41 @@
+// Where the bytes of a stream are kept: memory of the caller, a file, or a
+// scratch area that grows from memory into an unnamed temporary file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "unique_fd.h"
+
+namespace dorvex {
+
+// Positions and sizes are in bytes. Failures leave errno.
+class ByteStore {
+ public:
+  virtual ~ByteStore() = default;
+
+  virtual std::uint64_t size() const = 0;
+  // Reads up to count bytes from offset: the number read, 0 behind the end,
+  // -1 on failure. Less than asked for means that the end was reached.
+  virtual std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) = 0;
+  // Adds count bytes at the end. False on failure, and for a read-only store.
+  virtual bool append(const void* data, std::size_t count);
+  // The contents where they lie in one piece in memory, otherwise empty. Valid
+  // until the next append.
+  virtual std::span<const unsigned char> in_memory() const { return {}; }
+};
+
+// Bytes that stay the caller's and must outlive the store.
+std::unique_ptr<ByteStore> make_memory_store(std::span<const unsigned char> bytes);
+
+// A regular file, at the size that it has now. Null when that cannot be told.
+std::unique_ptr<ByteStore> make_file_store(UniqueFd file);
+
+// Empty, for appending. Up to memory_limit bytes stay in memory; beyond that
+// everything moves to a temporary file without a name, in $TMPDIR or /tmp.
+std::unique_ptr<ByteStore> make_scratch_store(std::size_t memory_limit);
+
+}  // namespace dorvex

@@ -1,0 +1,151 @@
+#include "child_protocol.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <type_traits>
+
+namespace dorvex {
+namespace {
+
+constexpr std::size_t kLongestString = 64 * 1024;
+constexpr std::size_t kMostSkipped = 100;
+
+class Writer {
+ public:
+  template <typename Number>
+  void number(Number value) {
+    static_assert(std::is_integral_v<Number>);
+    bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
+  }
+  void string(const std::string& text) {
+    const std::size_t length = std::min(text.size(), kLongestString);
+    number(static_cast<std::uint32_t>(length));
+    bytes_.append(text, 0, length);
+  }
+  std::vector<unsigned char> bytes() const { return {bytes_.begin(), bytes_.end()}; }
+
+ private:
+  std::string bytes_;
+};
+
+// After a value that is not there everything reads as zero, and ended_well is
+// false.
+class Reader {
+ public:
+  explicit Reader(std::span<const unsigned char> bytes) : rest_(bytes) {}
+
+  template <typename Number>
+  Number number() {
+    Number value{};
+    if (const auto bytes = take(sizeof value)) std::memcpy(&value, bytes->data(), sizeof value);
+    return value;
+  }
+  // A number of an enumeration that ends with last.
+  template <typename Enum>
+  Enum choice(Enum last) {
+    const auto value = number<std::uint8_t>();
+    good_ = good_ && value <= static_cast<std::uint8_t>(last);
+    return good_ ? static_cast<Enum>(value) : Enum{};
+  }
+  std::string string() {
+    const auto bytes = take(number<std::uint32_t>());
+    return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
+  }
+  bool good() const { return good_; }
+  bool ended_well() const { return good_ && rest_.empty(); }
+
+ private:
+  std::optional<std::span<const unsigned char>> take(std::size_t count) {
+    good_ = good_ && count <= rest_.size();
+    if (!good_) return std::nullopt;
+    const auto taken = rest_.first(count);
+    rest_ = rest_.subspan(count);
+    return taken;
+  }
+
+  std::span<const unsigned char> rest_;
+  bool good_ = true;
+};
+
+bool write_all(int pipe, std::span<const unsigned char> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(pipe, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+std::array<unsigned char, kFrameHeaderSize> encode_header(FrameHeader header) {
+  std::array<unsigned char, kFrameHeaderSize> bytes{};
+  bytes[0] = static_cast<unsigned char>(header.type);
+  std::memcpy(&bytes[1], &header.length, sizeof header.length);
+  return bytes;
+}
+
+std::optional<FrameHeader> decode_header(std::span<const unsigned char> bytes,
+                                         std::size_t largest_tokens) {
+  if (bytes.size() != kFrameHeaderSize) return std::nullopt;
+  FrameHeader header{static_cast<FrameType>(bytes[0]), 0};
+  std::memcpy(&header.length, &bytes[1], sizeof header.length);
+  bool fits = false;
+  switch (header.type) {
+    case FrameType::tokens:
+      fits = header.length > 0 && header.length <= largest_tokens;
+      break;
+    case FrameType::result:
+      fits = header.length <= kLargestResultFrame;
+      break;
+    case FrameType::out_of_memory:
+      fits = header.length == 0;
+      break;
+  }
+  return fits ? std::optional(header) : std::nullopt;
+}
+
+std::vector<unsigned char> encode_result(const Result& result) {
+  Writer writer;
+  writer.number(static_cast<std::uint8_t>(result.status));
+  writer.number(static_cast<std::uint8_t>(result.failure));
+  writer.string(result.message);
+  writer.number(static_cast<std::uint8_t>(result.module_result.has_value()));
+  writer.number(static_cast<std::int32_t>(result.module_result.value_or(0)));
+  const std::size_t skipped = std::min(result.skipped.size(), kMostSkipped);
+  writer.number(static_cast<std::uint32_t>(skipped));
+  for (std::size_t i = 0; i < skipped; ++i) {
+    writer.string(result.skipped[i].name);
+    writer.string(result.skipped[i].reason);
+  }
+  return writer.bytes();
+}
+
+std::optional<Result> decode_result(std::span<const unsigned char> payload) {
+  Reader reader(payload);
+  Result result;
+  result.status = reader.choice(Status::failed);
+  result.failure = reader.choice(Failure::other);
+  result.message = reader.string();
+  const bool answered = reader.number<std::uint8_t>() != 0;
+  const auto module_result = reader.number<std::int32_t>();
+  if (answered) result.module_result = module_result;
+  const auto skipped = reader.number<std::uint32_t>();
+  for (std::uint32_t i = 0; i < skipped && reader.good(); ++i) {
+    std::string name = reader.string();
+    result.skipped.push_back({std::move(name), reader.string()});
+  }
+  return reader.ended_well() ? std::optional(std::move(result)) : std::nullopt;
+}
+
+bool send_frame(int pipe, FrameType type, std::span<const unsigned char> payload) {
+  return write_all(pipe, encode_header({type, static_cast<std::uint32_t>(payload.size())})) &&
+         write_all(pipe, payload);
+}
+
+}  // namespace dorvex

@@ -1,0 +1,22 @@
+// From what the module returned and what the host saw to what a person is told.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "dorvex/result.h"
+#include "observations.h"
+#include "package.h"
+
+namespace dorvex {
+
+// The result for an error of the operating system at the document itself.
+Result system_failure(int error);
+
+// The result of a document for which the module returned module_result. look
+// is asked for only when something is wrong. A text of which anything is
+// missing is never Status::ok.
+Result diagnose(int module_result, const Observations& seen,
+                const std::function<PackageLook()>& look);
+
+}  // namespace dorvex

@@ -1,0 +1,41 @@
+// Where a Document gets its buffers from.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+
+#include "dorvex/host.h"
+#include "open_input.h"
+
+namespace dorvex {
+
+class Document::Source {
+ public:
+  virtual ~Source() = default;
+  // The next buffer of whole tokens, valid until the next call; nothing at the
+  // end, for whatever reason.
+  virtual std::optional<std::span<const unsigned char>> next() = 0;
+  // To be asked once next gave nothing.
+  virtual Result result() = 0;
+};
+
+// A document of which nothing but the result is known.
+std::unique_ptr<Document::Source> make_failed_source(Result result);
+
+// Reads in this process.
+std::unique_ptr<Document::Source> make_session(const HostOptions& options, OpenInput input);
+
+// Forks a child that reads with a session and sends its buffers.
+std::unique_ptr<Document::Source> make_child_source(const HostOptions& options, OpenInput input);
+
+// The result for a module that cannot be used.
+Result module_failure(const std::string& message);
+
+// Bytes that an output buffer must really own for a declared size: the reader's
+// last token may pass the declared end by 14 bytes, and one whole token of 4110
+// bytes fits any buffer.
+std::size_t owned_buffer_size(std::uint32_t declared);
+
+}  // namespace dorvex

@@ -1,0 +1,153 @@
+#include "dorvex/host.h"
+
+#include <mutex>
+#include <stdexcept>
+
+#include "document_source.h"
+#include "reader_module.h"
+
+namespace dorvex {
+namespace {
+
+// The first buffer must hold the beginning of the stream, for which the reader
+// does not look at the size. From 21474837 bytes on its progress figure
+// overflows.
+constexpr std::uint32_t kSmallestDeclared = 51;
+constexpr std::uint32_t kLargestDeclared = 16 * 1024 * 1024;
+
+}  // namespace
+
+// --- Document ---
+
+Document::Document(std::unique_ptr<Source> source) : source_(std::move(source)) {}
+Document::Document(Document&&) noexcept = default;
+Document& Document::operator=(Document&&) noexcept = default;
+Document::~Document() = default;
+
+// Texts that came out before a failure make it a partial reading.
+void Document::end(Result result) {
+  const bool texts_came_out = token_bytes_ > 0;
+  if (result.status == Status::failed && texts_came_out) {
+    result.status = Status::partial;
+    result.message = "partial text: " + result.message;
+  }
+  result.token_bytes = token_bytes_;
+  result_ = std::move(result);
+  source_.reset();
+  buffer_ = {};
+}
+
+void Document::fail_on_tokens(const TokenStreamError& error) {
+  end(module_failure(std::string("the module's token stream is broken: ") + error.what()));
+}
+
+bool Document::fetch() {
+  if (result_) return false;
+  const auto buffer = source_->next();
+  if (!buffer) {
+    Result result = source_->result();
+    try {
+      if (result.status != Status::failed) reader_.finish();
+      end(std::move(result));
+    } catch (const TokenStreamError& error) {
+      fail_on_tokens(error);
+    }
+    return false;
+  }
+  buffer_ = *buffer;
+  token_bytes_ += buffer_.size();
+  return true;
+}
+
+bool Document::check(std::span<const unsigned char> buffer) {
+  try {
+    reader_.start(buffer);
+    while (reader_.next()) {
+    }
+    return true;
+  } catch (const TokenStreamError& error) {
+    fail_on_tokens(error);
+    return false;
+  }
+}
+
+std::optional<std::span<const unsigned char>> Document::next_buffer() {
+  if (!fetch() || !check(buffer_)) return std::nullopt;
+  return buffer_;
+}
+
+std::optional<std::string> Document::next_text() {
+  while (!result_) {
+    try {
+      while (const auto token = reader_.next()) {
+        if (joiner_.take(*token)) return std::move(joiner_.text());
+      }
+      if (fetch()) reader_.start(buffer_);
+    } catch (const TokenStreamError& error) {
+      fail_on_tokens(error);
+    }
+  }
+  return std::nullopt;
+}
+
+TextRange Document::texts() { return TextRange(*this); }
+
+const Result& Document::result() {
+  while (next_text()) {
+  }
+  return *result_;
+}
+
+// --- Host ---
+
+struct Host::State {
+  HostOptions options;
+  // With in_process, the module stays loaded from one document to the next.
+  std::mutex mutex;
+  std::shared_ptr<ReaderModule> module;
+
+  void keep_module() {
+    const std::lock_guard lock(mutex);
+    try {
+      if (!module) module = ReaderModule::load(options.module);
+    } catch (const ModuleError&) {
+      // Each document's own result says so.
+    }
+  }
+};
+
+Host::Host(HostOptions options) {
+  if (options.buffer_size < kSmallestDeclared || options.buffer_size > kLargestDeclared) {
+    throw std::invalid_argument("buffer_size must be " + std::to_string(kSmallestDeclared) +
+                                " to " + std::to_string(kLargestDeclared));
+  }
+  state_ = std::make_unique<State>();
+  state_->options = std::move(options);
+}
+
+Host::~Host() = default;
+Host::Host(Host&&) noexcept = default;
+Host& Host::operator=(Host&&) noexcept = default;
+
+const HostOptions& Host::options() const { return state_->options; }
+
+Document Host::open(const Input& input) const {
+  const HostOptions& options = state_->options;
+  Result failure;
+  OpenInput opened = OpenInput::open(input, options.scratch_memory, failure);
+  if (!opened) return Document(make_failed_source(std::move(failure)));
+  if (options.isolation == Isolation::child_process) {
+    return Document(make_child_source(options, std::move(opened)));
+  }
+  state_->keep_module();
+  return Document(make_session(options, std::move(opened)));
+}
+
+Result Host::for_each_text(const Input& input,
+                           const std::function<void(std::string_view text)>& take) const {
+  Document document = open(input);
+  while (const auto text = document.next_text()) take(*text);
+  return document.result();
+}
+
+}  // namespace dorvex

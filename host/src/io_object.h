@@ -1,0 +1,73 @@
+// The host's I/O objects.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Readers/hostapi/host_records.h"
+#include "byte_store.h"
+#include "chunk_stream.h"
+#include "observations.h"
+
+namespace dorvex {
+
+// Thrown out of a Read slot when the reader asks again and again behind the end
+// of a stream, which it would do for ever. It is not derived from
+// std::exception on purpose: the reader drops a member for any of those and
+// would go on, but ends the document for everything else.
+struct EndlessRead {};
+
+// One open stream, ready for use from its birth. Everything that goes wrong is
+// noted in the observations; the slots let nothing but EndlessRead escape.
+class IoObject : public _VPTPIOobj {
+ public:
+  // What the stream holds decides how it may be read.
+  enum class Content {
+    bytes,    // given as asked for
+    chunks,   // a member stream: looked through once, read in step with its chunks
+    unknown,  // chunks, unless it begins like a zip
+  };
+
+  struct Settings {
+    Content content = Content::bytes;
+    bool align_reads = true;  // for chunks
+    std::string name;         // for the observations
+    std::string path;         // what pathName shows; empty for none
+  };
+
+  IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations);
+
+  // Names the member that an empty scratch stream is about to receive; the name
+  // tells its content.
+  void receive_member(std::string name);
+
+  const std::string& name() const { return settings_.name; }
+  std::uint64_t size() const { return store_->size(); }
+  ByteStore& store() { return *store_; }
+
+ private:
+  static int open(_VPTPIOobj* io);
+  static int read(_VPTPIOobj* io, void* buffer, std::uint32_t count);
+  static int write(_VPTPIOobj* io, const void* buffer, std::uint32_t count);
+  static int seek(_VPTPIOobj* io, std::int64_t offset, int whence);
+  static std::int64_t tell(_VPTPIOobj* io);
+
+  void look_through();
+  std::int64_t read_some(void* buffer, std::uint32_t count);
+  void note_end(bool at_end);
+
+  std::unique_ptr<ByteStore> store_;
+  Settings settings_;
+  Observations& observations_;
+  std::optional<ChunkAlignedReader> aligned_;
+  std::uint64_t position_ = 0;
+  bool looked_through_ = false;
+  int ends_reported_ = 0;
+};
+
+// The content that a member or file of this name has.
+IoObject::Content content_of(const std::string& name);
+
+}  // namespace dorvex

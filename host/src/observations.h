@@ -1,0 +1,40 @@
+// What the host saw while the reader was at work. The reader itself tells
+// nothing but a number.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "dorvex/result.h"
+
+namespace dorvex {
+
+// A member that the container module would not hand out.
+struct RefusedMember {
+  std::string name;
+  int status = 0;  // a number of the shared error numbering
+
+  bool operator==(const RefusedMember&) const = default;
+};
+
+// Something that the operating system would not do.
+struct SystemFailure {
+  std::string name;  // of the stream
+  int error = 0;     // errno
+
+  bool operator==(const SystemFailure&) const = default;
+};
+
+struct Observations {
+  std::vector<SkippedMember> unsound;          // streams that the reader drops or cuts
+  std::optional<RefusedMember> refused;        // the last member refused
+  std::optional<std::string> not_a_container;  // what the container module would not open
+  std::optional<SystemFailure> open_failure;
+  std::optional<SystemFailure> read_failure;
+  std::optional<SystemFailure> scratch_failure;
+  std::optional<std::string> endless_read;    // the stream read behind its end for ever
+  std::optional<std::string> missing_module;  // a module that LoadDll could not load, and why
+};
+
+}  // namespace dorvex

@@ -1,0 +1,34 @@
+// An Input once it is open.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "byte_store.h"
+#include "dorvex/input.h"
+#include "dorvex/result.h"
+
+namespace dorvex {
+
+// Either a store that holds a file's bytes, or a directory.
+class OpenInput {
+ public:
+  // Opens input. When the operating system refuses, the object is empty and
+  // failure tells why.
+  static OpenInput open(const Input& input, std::size_t scratch_memory, Result& failure);
+
+  explicit operator bool() const { return store_ || directory_; }
+  // Null for a directory.
+  std::unique_ptr<ByteStore> take_store() { return std::move(store_); }
+  // An open descriptor, or none for a file.
+  const UniqueFd& directory() const { return directory_; }
+
+ private:
+  void open_path(const std::filesystem::path& path, std::size_t scratch_memory);
+  void keep(const Input::ReadFunction& read, std::size_t scratch_memory);
+
+  std::unique_ptr<ByteStore> store_;
+  UniqueFd directory_;
+};
+
+}  // namespace dorvex

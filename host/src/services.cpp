@@ -1,0 +1,262 @@
+#include "services.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "Readers/hostapi/container_status.h"
+
+namespace dorvex {
+namespace {
+
+constexpr char kContainerModule[] = "unzip.so";
+constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
+
+void* allocate(VNAllocator*, std::size_t size) { return std::malloc(size); }
+
+void release(VNAllocator*, void* pointer) { std::free(pointer); }
+
+HostServices& host(tag_TPVAPIServices* services) { return *static_cast<HostServices*>(services); }
+
+// Never waits for a writer at a pipe that poses as a member.
+UniqueFd open_regular(const char* path) {
+  UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+  struct stat status {};
+  if (!file || ::fstat(file.get(), &status) != 0) return {};
+  if (S_ISREG(status.st_mode)) return file;
+  errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+  return {};
+}
+
+}  // namespace
+
+// An object that the reader asked for and closes.
+struct HostServices::OwnedObject : IoObject {
+  OwnedObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations,
+              HostServices& owner)
+      : IoObject(std::move(store), std::move(settings), observations), owner(owner) {
+    Close = close_object;
+  }
+  HostServices& owner;
+};
+
+// A container that is open through the tap.
+struct HostServices::Container {
+  HostServices& host;
+  ContainerReaderInterface module;
+  void* handle;
+  std::string prefix;  // of the members' names: the container's own name, if it has one
+
+  std::string member_name(std::int32_t index) const {
+    ContainerEntryInfo entry;
+    if (module.GetEntryInfo(handle, index, &entry) != VN_CONTAINER_OK) {
+      return prefix + "member number " + std::to_string(index + 1);
+    }
+    return prefix + entry.name;
+  }
+};
+
+HostServices::HostServices(Settings settings, Observations& observations)
+    : tag_TPVAPIServices{}, settings_(std::move(settings)), observations_(observations) {
+  LoadDll = load_dll;
+  GetDllSymbol = get_dll_symbol;
+  FreeDll = free_dll;
+  OpenFile = open_file;
+  allocator.Alloc = allocate;
+  allocator.Free = release;
+  targetCharSet = VN_CHARSET_UTF8;
+}
+
+HostServices::~HostServices() {
+  for (const auto& [name, handle] : modules_) ::dlclose(handle);
+}
+
+// --- Modules ---
+
+// Only plain file names: a module comes from the module folder and nowhere else.
+void* HostServices::load(const std::string& name) {
+  if (name.empty() || name.find('/') != std::string::npos) return nullptr;
+  return ::dlopen((settings_.module_folder / name).c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+int HostServices::load_dll(tag_TPVAPIServices* services, const char* name, void** handle) {
+  auto& self = host(services);
+  try {
+    *handle = self.load(name);
+    if (*handle == nullptr) {
+      const char* reason = ::dlerror();
+      self.observations_.missing_module = reason != nullptr ? reason : name;
+      return 0;
+    }
+    if (!self.modules_.contains(name)) self.modules_[name] = self.load(name);
+    return 1;
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
+void* HostServices::get_dll_symbol(tag_TPVAPIServices* services, void* handle, const char* symbol) {
+  void* address = ::dlsym(handle, symbol);
+  if (address == nullptr || std::strcmp(symbol, kContainerEntryPoint) != 0) return address;
+  reinterpret_cast<GetContainerReaderInterfaceFunction>(address)(&host(services).container_module_);
+  return reinterpret_cast<void*>(&fill_tap);
+}
+
+void HostServices::free_dll(tag_TPVAPIServices*, void* handle) { ::dlclose(handle); }
+
+// --- Streams ---
+
+_VPTPIOobj* HostServices::open_file(tag_TPVAPIServices* services, const char* path,
+                                    const char* mode) {
+  auto& self = host(services);
+  const std::string_view wanted = mode != nullptr ? mode : "";
+  try {
+    if (path != nullptr && wanted == "rb") return self.open_path(path);
+    if (path == nullptr && wanted == "a+") return self.open_scratch();
+  } catch (const std::bad_alloc&) {
+    self.observations_.scratch_failure = {"", ENOMEM};
+  }
+  return nullptr;
+}
+
+_VPTPIOobj* HostServices::open_path(const char* path) {
+  UniqueFd file = open_regular(path);
+  std::unique_ptr<ByteStore> store = file ? make_file_store(std::move(file)) : nullptr;
+  if (!store) {
+    observations_.open_failure = {name_of(path), errno};
+    return nullptr;
+  }
+  return adopt(std::move(store), {.content = content_of(path),
+                                  .align_reads = settings_.align_reads,
+                                  .name = name_of(path),
+                                  .path = path});
+}
+
+_VPTPIOobj* HostServices::open_scratch() {
+  return adopt(make_scratch_store(settings_.scratch_memory), {.content = IoObject::Content::unknown,
+                                                              .align_reads = settings_.align_reads,
+                                                              .name = "",
+                                                              .path = ""});
+}
+
+_VPTPIOobj* HostServices::adopt(std::unique_ptr<ByteStore> store, IoObject::Settings settings) {
+  auto object =
+      std::make_unique<OwnedObject>(std::move(store), std::move(settings), observations_, *this);
+  _VPTPIOobj* io = object.get();
+  objects_.emplace(io, std::move(object));
+  return io;
+}
+
+int HostServices::close_object(_VPTPIOobj* io) {
+  static_cast<OwnedObject*>(io)->owner.objects_.erase(io);
+  return 1;
+}
+
+IoObject* HostServices::find(_VPTPIOobj* io) {
+  const auto found = objects_.find(io);
+  return found == objects_.end() ? nullptr : found->second.get();
+}
+
+std::string HostServices::name_of(const std::string& path) const {
+  const std::string prefix = settings_.root + "/";
+  return path.starts_with(prefix) ? path.substr(prefix.size()) : path;
+}
+
+// --- The tap ---
+
+int HostServices::fill_tap(ContainerReaderInterface* interface) {
+  *interface = {open_container, close_container, get_entry_info,
+                extract_entry,  get_entry_count, {}};
+  return 1;
+}
+
+void* HostServices::open_container(_VPTPIOobj* io, tag_TPVAPIServices* services, int option) {
+  auto& self = host(services);
+  const IoObject* object = self.find(io);
+  try {
+    const std::string name = object != nullptr ? object->name() : "";
+    auto container = std::make_unique<Container>(
+        Container{self, self.container_module_, nullptr, name.empty() ? "" : name + "/"});
+    container->handle = self.container_module_.OpenContainer(io, services, option);
+    if (container->handle != nullptr) return container.release();
+    self.observations_.not_a_container = name;
+  } catch (const std::bad_alloc&) {
+    self.observations_.scratch_failure = {"", ENOMEM};
+  }
+  return nullptr;
+}
+
+int HostServices::close_container(void* container) {
+  const std::unique_ptr<Container> owned(static_cast<Container*>(container));
+  return owned->module.CloseContainer(owned->handle);
+}
+
+int HostServices::get_entry_info(void* container, std::int32_t index, ContainerEntryInfo* entry) {
+  const auto& self = *static_cast<Container*>(container);
+  const int status = self.module.GetEntryInfo(self.handle, index, entry);
+  if (status == VN_CONTAINER_OK) return status;
+  try {
+    self.host.observations_.refused = {self.member_name(index), status};
+  } catch (const std::bad_alloc&) {
+    return VN_CONTAINER_OUT_OF_MEMORY;
+  }
+  return status;
+}
+
+// The size is compared once more: the reader would never find the end of a
+// stream that is shorter than its record says.
+int HostServices::extract_entry(void* container, std::int32_t index, _VPTPIOobj* stream) {
+  const auto& self = *static_cast<Container*>(container);
+  try {
+    const std::string name = self.member_name(index);
+    IoObject* object = self.host.find(stream);
+    if (object != nullptr) object->receive_member(name);
+    int status = self.module.ExtractEntry(self.handle, index, stream);
+    ContainerEntryInfo entry;
+    if (status == VN_CONTAINER_OK) status = self.module.GetEntryInfo(self.handle, index, &entry);
+    if (status == VN_CONTAINER_OK && object != nullptr && object->size() != entry.size) {
+      status = VN_CONTAINER_DAMAGED;
+    }
+    if (status != VN_CONTAINER_OK) self.host.observations_.refused = {name, status};
+    return status;
+  } catch (const std::bad_alloc&) {
+    return VN_CONTAINER_OUT_OF_MEMORY;
+  }
+}
+
+int HostServices::get_entry_count(void* container) {
+  const auto& self = *static_cast<Container*>(container);
+  return self.module.GetEntryCount(self.handle);
+}
+
+std::optional<std::vector<std::string>> HostServices::list_members(_VPTPIOobj& io) {
+  void* module = load(kContainerModule);
+  if (module == nullptr) return std::nullopt;
+  const auto close_module = [](void* handle) { ::dlclose(handle); };
+  const std::unique_ptr<void, decltype(close_module)> guard(module, close_module);
+  const auto fill =
+      reinterpret_cast<GetContainerReaderInterfaceFunction>(::dlsym(module, kContainerEntryPoint));
+  if (fill == nullptr) return std::nullopt;
+  ContainerReaderInterface container{};
+  fill(&container);
+  void* handle = container.OpenContainer(&io, this, 0);
+  if (handle == nullptr) return std::nullopt;
+  std::vector<std::string> names;
+  const int count = container.GetEntryCount(handle);
+  for (std::int32_t index = 0; index < count; ++index) {
+    ContainerEntryInfo entry;
+    if (container.GetEntryInfo(handle, index, &entry) == VN_CONTAINER_OK) {
+      names.emplace_back(entry.name);
+    }
+  }
+  container.CloseContainer(handle);
+  return names;
+}
+
+}  // namespace dorvex

@@ -1,0 +1,156 @@
+// Driving the reader through one document.
+
+#include <algorithm>
+#include <vector>
+
+#include "diagnosis.h"
+#include "document_source.h"
+#include "io_object.h"
+#include "package.h"
+#include "reader_module.h"
+#include "services.h"
+
+namespace dorvex {
+namespace {
+
+// A reader that keeps answering with nothing will not come to an end.
+constexpr int kMostEmptyAnswers = 1000;
+
+constexpr std::size_t kTokenOverhang = 14;
+constexpr std::size_t kSmallestBuffer = 4110;
+
+// The path of a directory package as the reader gets it. It looks for marker
+// names anywhere in the path and cuts long ones, so the true path, which may
+// hold such a name by chance, never reaches it.
+std::string neutral_root(const UniqueFd& directory) {
+  return directory ? "/proc/self/fd/" + std::to_string(directory.get()) : "";
+}
+
+IoObject::Settings document_settings(const std::string& root) {
+  IoObject::Settings settings;
+  if (!root.empty()) settings.path = root + "/Index/Document.iwa";
+  return settings;
+}
+
+std::unique_ptr<ByteStore> store_of(OpenInput& input) {
+  auto store = input.take_store();
+  return store ? std::move(store) : make_memory_store({});
+}
+
+class Session final : public Document::Source {
+ public:
+  Session(const HostOptions& options, OpenInput input)
+      : input_(std::move(input)),
+        root_(neutral_root(input_.directory())),
+        module_(ReaderModule::load(options.module)),
+        services_({.module_folder = std::filesystem::absolute(options.module).parent_path(),
+                   .scratch_memory = options.scratch_memory,
+                   .align_reads = options.align_reads,
+                   .root = root_},
+                  seen_),
+        io_(store_of(input_), document_settings(root_), seen_),
+        declared_size_(options.buffer_size),
+        buffer_(owned_buffer_size(options.buffer_size)) {
+    std::uint32_t allocated = 0;
+    context_ = reader().AllocateContext(nullptr, nullptr, &allocated, &services_, 0);
+    if (context_ == nullptr) {
+      returned_ = services_.lastError;
+      return;
+    }
+    reader().InitDoc(context_, nullptr, 0, &io_);
+  }
+
+  ~Session() override {
+    if (context_ != nullptr) reader().FreeContext(context_);
+  }
+
+  std::optional<std::span<const unsigned char>> next() override {
+    for (int empty = 0; empty < kMostEmptyAnswers; ++empty) {
+      if (context_ == nullptr || returned_ != 0 || percent_ == 100) return std::nullopt;
+      unsigned int length = 0;
+      returned_ = reader().FillBuffer(context_, buffer_.data(), &length, &percent_, declared_size_);
+      if (returned_ != 0) return std::nullopt;
+      if (length > buffer_.size()) return fail("the module wrote beyond its buffer");
+      if (length > 0) return std::span(buffer_).first(length);
+    }
+    return fail("the module never reports its end");
+  }
+
+  Result result() override {
+    if (!fault_.empty()) return module_failure(fault_);
+    return diagnose(returned_, seen_, [this] { return look(); });
+  }
+
+ private:
+  const ReaderInterface& reader() const { return module_->reader(); }
+
+  std::nullopt_t fail(const char* fault) {
+    fault_ = fault;
+    percent_ = 100;
+    return std::nullopt;
+  }
+
+  PackageLook look() {
+    PackageLook look;
+    if (input_.directory()) {
+      look.directory = true;
+      look_at_names(list_directory(input_.directory().get()), look);
+    } else {
+      look_at_start(io_.store(), look);
+      if (const auto names = services_.list_members(io_)) look_at_names(*names, look);
+    }
+    return look;
+  }
+
+  OpenInput input_;
+  std::string root_;
+  std::shared_ptr<ReaderModule> module_;
+  Observations seen_;
+  HostServices services_;
+  IoObject io_;
+  std::uint32_t declared_size_;
+  std::vector<unsigned char> buffer_;
+  void* context_ = nullptr;
+  int returned_ = 0;
+  int percent_ = 0;  // the reader adds to it from call to call
+  std::string fault_;
+};
+
+class FailedSource final : public Document::Source {
+ public:
+  explicit FailedSource(Result result) : result_(std::move(result)) {}
+  std::optional<std::span<const unsigned char>> next() override { return std::nullopt; }
+  Result result() override { return std::move(result_); }
+
+ private:
+  Result result_;
+};
+
+}  // namespace
+
+std::size_t owned_buffer_size(std::uint32_t declared) {
+  return std::max(declared + kTokenOverhang, kSmallestBuffer);
+}
+
+Result module_failure(const std::string& message) {
+  Result result;
+  result.status = Status::failed;
+  result.failure = Failure::module_unusable;
+  result.message = message;
+  return result;
+}
+
+std::unique_ptr<Document::Source> make_failed_source(Result result) {
+  return std::make_unique<FailedSource>(std::move(result));
+}
+
+std::unique_ptr<Document::Source> make_session(const HostOptions& options, OpenInput input) {
+  try {
+    return std::make_unique<Session>(options, std::move(input));
+  } catch (const ModuleError& error) {
+    return make_failed_source(
+        module_failure(std::string("cannot load the module: ") + error.what()));
+  }
+}
+
+}  // namespace dorvex
