@@ -38,7 +38,10 @@ std::string quoted(std::string_view text) {
 template <typename Values>
 std::string joined(const Values& values) {
   std::string result;
-  for (const auto value : values) result += " " + std::to_string(value);
+  for (const auto value : values) {
+    result += ' ';
+    result += std::to_string(value);
+  }
   return result;
 }
 
