@@ -12,15 +12,15 @@ namespace dorvex::cli {
 // Prints one document; what became of it is the result.
 using PrintDocument = Result (*)(Document& document, Output& output);
 
-Result print_texts_by_line(Document& document, Output& output);  // each ended by a line feed
-Result print_texts_by_nul(Document& document, Output& output);   // each ended by NUL
-Result print_tokens(Document& document, Output& output);         // one line each
-Result print_raw_tokens(Document& document, Output& output);     // the bytes
+Result printTextsByLine(Document& document, Output& output);  // each ended by a line feed
+Result printTextsByNul(Document& document, Output& output);   // each ended by NUL
+Result printTokens(Document& document, Output& output);       // one line each
+Result printRawTokens(Document& document, Output& output);    // the bytes
 
 // Prints each document; "-" stands for standard input. One that was not read
 // whole gets its line on standard error, and the others are printed all the
 // same. The exit status of the tool: 0, or 1 when one was not read whole.
 // Throws OutputError.
-int print_documents(const Host& host, const std::vector<std::string>& paths, PrintDocument print);
+int printDocuments(const Host& host, const std::vector<std::string>& paths, PrintDocument print);
 
 }  // namespace dorvex::cli

@@ -30,45 +30,45 @@ constexpr const char kExamples[] =
     "Exit status: 0 every document was read whole, 1 some were not, 2 bad usage.";
 
 struct Arguments {
-  std::vector<std::string> text_paths;
-  std::string token_path;
+  std::vector<std::string> textPaths;
+  std::string tokenPath;
   bool nul = false;
   bool raw = false;
-  bool in_process = false;
-  double timeout = std::chrono::duration<double>(Limits{}.wall_time).count();
-  std::string module = default_module().string();
+  bool inProcess = false;
+  double timeout = std::chrono::duration<double>(Limits{}.wallTime).count();
+  std::string module = defaultModule().string();
 };
 
-HostOptions host_options(const Arguments& arguments) {
+HostOptions hostOptions(const Arguments& arguments) {
   HostOptions options;
   options.module = arguments.module;
-  options.isolation = arguments.in_process ? Isolation::in_process : Isolation::child_process;
-  options.limits.wall_time = std::chrono::duration_cast<std::chrono::milliseconds>(
+  options.isolation = arguments.inProcess ? Isolation::kInProcess : Isolation::kChildProcess;
+  options.limits.wallTime = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::duration<double>(arguments.timeout));
   return options;
 }
 
-void add_text_command(CLI::App& app, Arguments& arguments) {
+void addTextCommand(CLI::App& app, Arguments& arguments) {
   auto* command = app.add_subcommand("text", "Print the texts of documents as UTF-8");
   command
-      ->add_option("documents", arguments.text_paths,
+      ->add_option("documents", arguments.textPaths,
                    "Files, package directories, or - for standard input")
       ->required()
       ->type_name("FILE|DIRECTORY");
   command->add_flag("-0,--null", arguments.nul, "End each text with NUL instead of a line feed");
 }
 
-void add_tokens_command(CLI::App& app, Arguments& arguments) {
+void addTokensCommand(CLI::App& app, Arguments& arguments) {
   auto* command = app.add_subcommand("tokens", "Print the token stream of one document");
   command
-      ->add_option("document", arguments.token_path,
+      ->add_option("document", arguments.tokenPath,
                    "File, package directory, or - for standard input")
       ->required()
       ->type_name("FILE|DIRECTORY");
   command->add_flag("--raw", arguments.raw, "Print the stream's bytes as they are");
 }
 
-void add_common_options(CLI::App& app, Arguments& arguments) {
+void addCommonOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--module", arguments.module, "The reader module's file")
       ->type_name("FILE")
       ->capture_default_str();
@@ -77,20 +77,20 @@ void add_common_options(CLI::App& app, Arguments& arguments) {
       ->type_name("SECONDS")
       ->check(CLI::Range(0.0, 1e6))
       ->capture_default_str();
-  app.add_flag("--in-process", arguments.in_process,
+  app.add_flag("--in-process", arguments.inProcess,
                "Read in the tool's own process: faster, but a crash ends everything and there is "
                "no time limit");
   app.set_version_flag("--version", "dorvex " DORVEX_VERSION);
 }
 
 int run(const CLI::App& app, const Arguments& arguments) {
-  const Host host(host_options(arguments));
+  const Host host(hostOptions(arguments));
   if (app.got_subcommand("tokens")) {
-    return print_documents(host, {arguments.token_path},
-                           arguments.raw ? print_raw_tokens : print_tokens);
+    return printDocuments(host, {arguments.tokenPath},
+                          arguments.raw ? printRawTokens : printTokens);
   }
-  return print_documents(host, arguments.text_paths,
-                         arguments.nul ? print_texts_by_nul : print_texts_by_line);
+  return printDocuments(host, arguments.textPaths,
+                        arguments.nul ? printTextsByNul : printTextsByLine);
 }
 
 // A reader that has gone away (head, less) wants no message.
@@ -101,16 +101,16 @@ int report(const OutputError& error) {
   return kNotAllRead;
 }
 
-int run_tool(int count, char** values) {
+int runTool(int count, char** values) {
   std::signal(SIGPIPE, SIG_IGN);
   Arguments arguments;
   CLI::App app("Reads the text of Pages, Keynote and Numbers documents.", "dorvex");
   app.footer(kExamples);
   app.require_subcommand(1);
   app.fallthrough();
-  add_common_options(app, arguments);
-  add_text_command(app, arguments);
-  add_tokens_command(app, arguments);
+  addCommonOptions(app, arguments);
+  addTextCommand(app, arguments);
+  addTokensCommand(app, arguments);
   try {
     app.parse(count, values);
     return run(app, arguments);
@@ -127,4 +127,4 @@ int run_tool(int count, char** values) {
 }  // namespace
 }  // namespace dorvex::cli
 
-int main(int count, char** values) { return dorvex::cli::run_tool(count, values); }
+int main(int count, char** values) { return dorvex::cli::runTool(count, values); }

@@ -4,7 +4,7 @@
 
 namespace dorvex::cli {
 
-std::filesystem::path default_module() {
+std::filesystem::path defaultModule() {
   std::error_code ignored;
   const auto tool = std::filesystem::read_symlink("/proc/self/exe", ignored);
   return (tool.parent_path() / DORVEX_MODULE_FOLDER / "dorvexsr.so").lexically_normal();

@@ -7,6 +7,6 @@ namespace dorvex::cli {
 
 // The module that belongs to this tool, as seen from the tool's own file; it
 // need not exist.
-std::filesystem::path default_module();
+std::filesystem::path defaultModule();
 
 }  // namespace dorvex::cli

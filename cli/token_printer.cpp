@@ -14,9 +14,9 @@ struct Escape {
 constexpr std::array<Escape, 5> kEscapes = {
     {{'\n', "\\n"}, {'\r', "\\r"}, {'\t', "\\t"}, {'"', "\\\""}, {'\\', "\\\\"}}};
 
-bool is_control(char byte) { return (byte >= 0 && byte < 0x20) || byte == 0x7F; }
+bool isControl(char byte) { return (byte >= 0 && byte < 0x20) || byte == 0x7F; }
 
-std::string in_hex(char byte) {
+std::string inHex(char byte) {
   constexpr std::string_view digits = "0123456789ABCDEF";
   const auto value = static_cast<unsigned char>(byte);
   return {'\\', 'x', digits[value >> 4], digits[value & 0xF]};
@@ -26,7 +26,7 @@ std::string escaped(char byte) {
   for (const Escape& escape : kEscapes) {
     if (escape.byte == byte) return std::string(escape.text);
   }
-  return is_control(byte) ? in_hex(byte) : std::string(1, byte);
+  return isControl(byte) ? inHex(byte) : std::string(1, byte);
 }
 
 std::string quoted(std::string_view text) {

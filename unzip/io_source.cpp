@@ -15,17 +15,17 @@ struct IoSource {
   zip_error_t error;
 };
 
-bool can_read_and_seek(const _VPTPIOobj* io) {
+bool canReadAndSeek(const _VPTPIOobj* io) {
   return io != nullptr && io->Read != nullptr && io->Seek != nullptr && io->Tell != nullptr;
 }
 
 // Seek has no result to rely on, so the position is asked for.
-bool move_to(_VPTPIOobj* io, std::int64_t position) {
+bool moveTo(_VPTPIOobj* io, std::int64_t position) {
   io->Seek(io, position, VN_SEEK_START);
   return io->Tell(io) == position;
 }
 
-std::int64_t size_of(_VPTPIOobj* io) {
+std::int64_t sizeOf(_VPTPIOobj* io) {
   io->Seek(io, 0, VN_SEEK_END);
   return io->Tell(io);
 }
@@ -41,7 +41,7 @@ zip_int64_t read(IoSource& source, void* data, zip_uint64_t wanted) {
   const auto count = static_cast<std::uint32_t>(
       std::min({wanted, left, zip_uint64_t{std::numeric_limits<std::int32_t>::max()}}));
   if (count == 0) return 0;
-  if (!move_to(source.io, source.position)) return fail(source, ZIP_ER_SEEK);
+  if (!moveTo(source.io, source.position)) return fail(source, ZIP_ER_SEEK);
   const int got = source.io->Read(source.io, data, count);
   if (got < 0 || static_cast<std::uint32_t>(got) > count) return fail(source, ZIP_ER_READ);
   source.position += got;
@@ -108,9 +108,9 @@ zip_int64_t callback(void* state, void* data, zip_uint64_t length, zip_source_cm
 
 }  // namespace
 
-zip_source_t* make_io_source(_VPTPIOobj* io) {
-  if (!can_read_and_seek(io)) return nullptr;
-  const std::int64_t size = size_of(io);
+zip_source_t* makeIoSource(_VPTPIOobj* io) {
+  if (!canReadAndSeek(io)) return nullptr;
+  const std::int64_t size = sizeOf(io);
   // libzip would take an empty file for an archive without members.
   if (size <= 0) return nullptr;
   std::unique_ptr<IoSource> source(new (std::nothrow) IoSource{io, size, 0, {}});

@@ -11,6 +11,6 @@ namespace dorvex::unzip {
 // caller's; it is read in place, nothing is copied aside. Null when io lacks
 // Read, Seek or Tell, when it is empty, or when memory is out. The source is
 // owned by the caller until an archive takes it over.
-zip_source_t* make_io_source(_VPTPIOobj* io);
+zip_source_t* makeIoSource(_VPTPIOobj* io);
 
 }  // namespace dorvex::unzip

@@ -12,48 +12,48 @@ namespace dorvex::unzip {
 namespace {
 
 template <typename Result, typename Function>
-Result guarded(Result out_of_memory, Result failure, Function function) noexcept {
+Result guarded(Result outOfMemory, Result failure, Function function) noexcept {
   try {
     return function();
   } catch (const std::bad_alloc&) {
-    return out_of_memory;
+    return outOfMemory;
   } catch (...) {
     return failure;
   }
 }
 
 template <typename Function>
-int guarded_status(Function function) noexcept {
+int guardedStatus(Function function) noexcept {
   return guarded<int>(VN_CONTAINER_OUT_OF_MEMORY, VN_CONTAINER_GENERAL_FAILURE, function);
 }
 
-void* open_container(_VPTPIOobj* io, tag_TPVAPIServices*, int) {
+void* openContainer(_VPTPIOobj* io, tag_TPVAPIServices*, int) {
   return guarded<void*>(nullptr, nullptr, [=] { return ZipContainer::open(io).release(); });
 }
 
-int close_container(void* container) {
-  return guarded_status([=] {
+int closeContainer(void* container) {
+  return guardedStatus([=] {
     delete static_cast<ZipContainer*>(container);
     return VN_CONTAINER_OK;
   });
 }
 
-int get_entry_info(void* container, std::int32_t index, ContainerEntryInfo* entry) {
+int getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry) {
   if (container == nullptr || entry == nullptr) return VN_CONTAINER_INVALID_ARGUMENT;
-  return guarded_status(
-      [=] { return static_cast<const ZipContainer*>(container)->entry_info(index, *entry); });
+  return guardedStatus(
+      [=] { return static_cast<const ZipContainer*>(container)->entryInfo(index, *entry); });
 }
 
-int extract_entry(void* container, std::int32_t index, _VPTPIOobj* stream) {
+int extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream) {
   if (container == nullptr) return VN_CONTAINER_INVALID_ARGUMENT;
-  return guarded_status(
+  return guardedStatus(
       [=] { return static_cast<const ZipContainer*>(container)->extract(index, stream); });
 }
 
-int get_entry_count(void* container) {
+int getEntryCount(void* container) {
   if (container == nullptr) return 0;
   return guarded<int>(0, 0,
-                      [=] { return static_cast<const ZipContainer*>(container)->entry_count(); });
+                      [=] { return static_cast<const ZipContainer*>(container)->entryCount(); });
 }
 
 }  // namespace
@@ -62,7 +62,6 @@ int get_entry_count(void* container) {
 // Fills *interface; the slots that no reader calls are null. Always 1.
 extern "C" VN_API int unzipGetContainerReaderInterface(ContainerReaderInterface* interface) {
   using namespace dorvex::unzip;
-  *interface = {open_container, close_container, get_entry_info,
-                extract_entry,  get_entry_count, {}};
+  *interface = {openContainer, closeContainer, getEntryInfo, extractEntry, getEntryCount, {}};
   return 1;
 }

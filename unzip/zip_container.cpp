@@ -20,7 +20,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<zip_file_t, CloseFile>;
 
-VNContainerStatus status_of(const zip_error_t* error) {
+VNContainerStatus statusOf(const zip_error_t* error) {
   switch (zip_error_code_zip(error)) {
     case ZIP_ER_MEMORY:
       return VN_CONTAINER_OUT_OF_MEMORY;
@@ -35,7 +35,7 @@ VNContainerStatus status_of(const zip_error_t* error) {
   }
 }
 
-std::size_t count_code_points(std::string_view text) {
+std::size_t countCodePoints(std::string_view text) {
   return static_cast<std::size_t>(
       std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
@@ -44,12 +44,12 @@ std::size_t count_code_points(std::string_view text) {
 // a control character in it is read as code page 437, though, where each byte
 // becomes one character and NUL a visible one: what is longer there than the
 // raw name was cut.
-bool was_cut_at_nul(zip_t* archive, zip_uint64_t index, std::string_view raw) {
+bool wasCutAtNul(zip_t* archive, zip_uint64_t index, std::string_view raw) {
   const char* decoded = zip_get_name(archive, index, ZIP_FL_ENC_GUESS);
-  return decoded == nullptr || (raw != decoded && count_code_points(decoded) > raw.size());
+  return decoded == nullptr || (raw != decoded && countCodePoints(decoded) > raw.size());
 }
 
-bool write_all(_VPTPIOobj* stream, const char* data, std::size_t size) {
+bool writeAll(_VPTPIOobj* stream, const char* data, std::size_t size) {
   while (size > 0) {
     const int written = stream->Write(stream, data, static_cast<std::uint32_t>(size));
     if (written <= 0 || static_cast<std::size_t>(written) > size) return false;
@@ -65,11 +65,11 @@ VNContainerStatus copy(zip_file_t* file, zip_uint64_t size, _VPTPIOobj* stream) 
   zip_uint64_t total = 0;
   for (;;) {
     const zip_int64_t got = zip_fread(file, block.data(), block.size());
-    if (got < 0) return status_of(zip_file_get_error(file));
+    if (got < 0) return statusOf(zip_file_get_error(file));
     if (got == 0) break;
     total += static_cast<zip_uint64_t>(got);
     if (total > size) return VN_CONTAINER_DAMAGED;
-    if (!write_all(stream, block.data(), static_cast<std::size_t>(got))) {
+    if (!writeAll(stream, block.data(), static_cast<std::size_t>(got))) {
       return VN_CONTAINER_WRITE_FAILURE;
     }
   }
@@ -79,7 +79,7 @@ VNContainerStatus copy(zip_file_t* file, zip_uint64_t size, _VPTPIOobj* stream) 
 }  // namespace
 
 std::unique_ptr<ZipContainer> ZipContainer::open(_VPTPIOobj* io) {
-  zip_source_t* source = make_io_source(io);
+  zip_source_t* source = makeIoSource(io);
   if (source == nullptr) return nullptr;
   Archive archive(zip_open_from_source(source, ZIP_RDONLY, nullptr));
   if (!archive) {
@@ -89,14 +89,14 @@ std::unique_ptr<ZipContainer> ZipContainer::open(_VPTPIOobj* io) {
   return std::unique_ptr<ZipContainer>(new ZipContainer(std::move(archive)));
 }
 
-int ZipContainer::entry_count() const {
+int ZipContainer::entryCount() const {
   const zip_int64_t count = zip_get_num_entries(archive_.get(), 0);
   return static_cast<int>(std::clamp<zip_int64_t>(count, 0, std::numeric_limits<int>::max()));
 }
 
-bool ZipContainer::has(std::int32_t index) const { return index >= 0 && index < entry_count(); }
+bool ZipContainer::has(std::int32_t index) const { return index >= 0 && index < entryCount(); }
 
-VNContainerStatus ZipContainer::entry_info(std::int32_t index, ContainerEntryInfo& entry) const {
+VNContainerStatus ZipContainer::entryInfo(std::int32_t index, ContainerEntryInfo& entry) const {
   entry.name[0] = '\0';
   entry.size = 0;
   if (!has(index)) return VN_CONTAINER_INVALID_ARGUMENT;
@@ -104,10 +104,10 @@ VNContainerStatus ZipContainer::entry_info(std::int32_t index, ContainerEntryInf
   zip_stat_t stat;
   const char* name = zip_get_name(archive_.get(), position, ZIP_FL_ENC_RAW);
   if (name == nullptr || zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
-    return status_of(zip_get_error(archive_.get()));
+    return statusOf(zip_get_error(archive_.get()));
   }
   const std::size_t length = std::strlen(name);
-  if (length >= sizeof(entry.name) || was_cut_at_nul(archive_.get(), position, {name, length})) {
+  if (length >= sizeof(entry.name) || wasCutAtNul(archive_.get(), position, {name, length})) {
     return VN_CONTAINER_DAMAGED;
   }
   std::memcpy(entry.name, name, length + 1);
@@ -121,12 +121,12 @@ VNContainerStatus ZipContainer::extract(std::int32_t index, _VPTPIOobj* stream) 
   const auto position = static_cast<zip_uint64_t>(index);
   zip_stat_t stat;
   if (zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
-    return status_of(zip_get_error(archive_.get()));
+    return statusOf(zip_get_error(archive_.get()));
   }
   if (stat.encryption_method != ZIP_EM_NONE) return VN_CONTAINER_ENCRYPTED;
   if (stat.size > kLargestSize) return VN_CONTAINER_GENERAL_FAILURE;
   const File file(zip_fopen_index(archive_.get(), position, 0));
-  if (!file) return status_of(zip_get_error(archive_.get()));
+  if (!file) return statusOf(zip_get_error(archive_.get()));
   return copy(file.get(), stat.size, stream);
 }
 

@@ -14,7 +14,7 @@ namespace dorvex::unzip {
 //
 //  - A directory is a member of size 0 whose name ends in a slash.
 //  - A name that the record cannot hold whole (1048 bytes and more, or a NUL
-//    within) makes entry_info fail as damaged: cut short it could pass for
+//    within) makes entryInfo fail as damaged: cut short it could pass for
 //    another member, or hide one that counts.
 //  - A member of 4 GiB or more has the size 0xFFFFFFFF in its record, so that a
 //    container can be listed past it; extracting it is a general failure.
@@ -27,10 +27,10 @@ class ZipContainer {
   static std::unique_ptr<ZipContainer> open(_VPTPIOobj* io);
 
   // The number of members.
-  int entry_count() const;
+  int entryCount() const;
 
   // Fills entry for member index. On failure entry holds an empty name, size 0.
-  VNContainerStatus entry_info(std::int32_t index, ContainerEntryInfo& entry) const;
+  VNContainerStatus entryInfo(std::int32_t index, ContainerEntryInfo& entry) const;
 
   // Writes the member's contents through the Write slot of stream: exactly as
   // many bytes as its record says, with a matching checksum, or the status is

@@ -18,7 +18,7 @@ int main(int count, char** arguments) {
   for (const std::string& text : document.texts()) std::cout << text << '\n';
 
   const dorvex::Result& result = document.result();
-  if (result.status == dorvex::Status::ok) return EXIT_SUCCESS;
+  if (result.status == dorvex::Status::kOk) return EXIT_SUCCESS;
   std::cerr << arguments[2] << ": " << describe(result) << '\n';
   return EXIT_FAILURE;
 }

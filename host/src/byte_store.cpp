@@ -12,15 +12,15 @@
 namespace dorvex {
 namespace {
 
-std::int64_t copy_out(std::span<const unsigned char> bytes, std::uint64_t offset, void* buffer,
-                      std::size_t count) {
+std::int64_t copyOut(std::span<const unsigned char> bytes, std::uint64_t offset, void* buffer,
+                     std::size_t count) {
   if (offset >= bytes.size()) return 0;
   count = std::min<std::size_t>(count, bytes.size() - offset);
   std::memcpy(buffer, bytes.data() + offset, count);
   return static_cast<std::int64_t>(count);
 }
 
-std::int64_t read_fully(int fd, std::uint64_t offset, void* buffer, std::size_t count) {
+std::int64_t readFully(int fd, std::uint64_t offset, void* buffer, std::size_t count) {
   std::size_t done = 0;
   while (done < count) {
     const ssize_t got = ::pread(fd, static_cast<char*>(buffer) + done, count - done,
@@ -33,7 +33,7 @@ std::int64_t read_fully(int fd, std::uint64_t offset, void* buffer, std::size_t 
   return static_cast<std::int64_t>(done);
 }
 
-bool write_fully(int fd, std::uint64_t offset, const void* data, std::size_t count) {
+bool writeFully(int fd, std::uint64_t offset, const void* data, std::size_t count) {
   std::size_t done = 0;
   while (done < count) {
     const ssize_t put = ::pwrite(fd, static_cast<const char*>(data) + done, count - done,
@@ -47,7 +47,7 @@ bool write_fully(int fd, std::uint64_t offset, const void* data, std::size_t cou
 
 // O_TMPFILE where the file system has it, otherwise a name that is taken away
 // at once.
-UniqueFd open_unnamed_file() {
+UniqueFd openUnnamedFile() {
   const char* folder = std::getenv("TMPDIR");
   if (folder == nullptr || *folder == '\0') folder = "/tmp";
   UniqueFd file(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
@@ -62,10 +62,10 @@ class MemoryStore final : public ByteStore {
  public:
   explicit MemoryStore(std::span<const unsigned char> bytes) : bytes_(bytes) {}
   std::uint64_t size() const override { return bytes_.size(); }
-  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) override {
-    return copy_out(bytes_, offset, buffer, count);
+  std::int64_t readAt(std::uint64_t offset, void* buffer, std::size_t count) override {
+    return copyOut(bytes_, offset, buffer, count);
   }
-  std::span<const unsigned char> in_memory() const override { return bytes_; }
+  std::span<const unsigned char> inMemory() const override { return bytes_; }
 
  private:
   std::span<const unsigned char> bytes_;
@@ -75,9 +75,9 @@ class FileStore final : public ByteStore {
  public:
   FileStore(UniqueFd file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
   std::uint64_t size() const override { return size_; }
-  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) override {
+  std::int64_t readAt(std::uint64_t offset, void* buffer, std::size_t count) override {
     if (offset >= size_) return 0;
-    return read_fully(file_.get(), offset, buffer, std::min<std::uint64_t>(count, size_ - offset));
+    return readFully(file_.get(), offset, buffer, std::min<std::uint64_t>(count, size_ - offset));
   }
 
  private:
@@ -87,19 +87,19 @@ class FileStore final : public ByteStore {
 
 class ScratchStore final : public ByteStore {
  public:
-  explicit ScratchStore(std::size_t memory_limit) : memory_limit_(memory_limit) {}
+  explicit ScratchStore(std::size_t memoryLimit) : memoryLimit_(memoryLimit) {}
 
   std::uint64_t size() const override { return size_; }
 
-  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) override {
-    if (!file_) return copy_out(memory_, offset, buffer, count);
-    return read_fully(file_.get(), offset, buffer, count);
+  std::int64_t readAt(std::uint64_t offset, void* buffer, std::size_t count) override {
+    if (!file_) return copyOut(memory_, offset, buffer, count);
+    return readFully(file_.get(), offset, buffer, count);
   }
 
   bool append(const void* data, std::size_t count) override {
-    if (!file_ && memory_.size() + count > memory_limit_ && !move_to_file()) return false;
+    if (!file_ && memory_.size() + count > memoryLimit_ && !moveToFile()) return false;
     if (file_) {
-      if (!write_fully(file_.get(), size_, data, count)) return false;
+      if (!writeFully(file_.get(), size_, data, count)) return false;
     } else {
       const auto* bytes = static_cast<const unsigned char*>(data);
       memory_.insert(memory_.end(), bytes, bytes + count);
@@ -108,18 +108,18 @@ class ScratchStore final : public ByteStore {
     return true;
   }
 
-  std::span<const unsigned char> in_memory() const override { return memory_; }
+  std::span<const unsigned char> inMemory() const override { return memory_; }
 
  private:
-  bool move_to_file() {
-    UniqueFd file = open_unnamed_file();
-    if (!file || !write_fully(file.get(), 0, memory_.data(), memory_.size())) return false;
+  bool moveToFile() {
+    UniqueFd file = openUnnamedFile();
+    if (!file || !writeFully(file.get(), 0, memory_.data(), memory_.size())) return false;
     file_ = std::move(file);
     memory_ = {};
     return true;
   }
 
-  std::size_t memory_limit_;
+  std::size_t memoryLimit_;
   std::vector<unsigned char> memory_;
   UniqueFd file_;
   std::uint64_t size_ = 0;
@@ -132,18 +132,18 @@ bool ByteStore::append(const void*, std::size_t) {
   return false;
 }
 
-std::unique_ptr<ByteStore> make_memory_store(std::span<const unsigned char> bytes) {
+std::unique_ptr<ByteStore> makeMemoryStore(std::span<const unsigned char> bytes) {
   return std::make_unique<MemoryStore>(bytes);
 }
 
-std::unique_ptr<ByteStore> make_file_store(UniqueFd file) {
+std::unique_ptr<ByteStore> makeFileStore(UniqueFd file) {
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) return nullptr;
   return std::make_unique<FileStore>(std::move(file), static_cast<std::uint64_t>(status.st_size));
 }
 
-std::unique_ptr<ByteStore> make_scratch_store(std::size_t memory_limit) {
-  return std::make_unique<ScratchStore>(memory_limit);
+std::unique_ptr<ByteStore> makeScratchStore(std::size_t memoryLimit) {
+  return std::make_unique<ScratchStore>(memoryLimit);
 }
 
 }  // namespace dorvex

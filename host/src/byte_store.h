@@ -20,22 +20,22 @@ class ByteStore {
   virtual std::uint64_t size() const = 0;
   // Reads up to count bytes from offset: the number read, 0 behind the end,
   // -1 on failure. Less than asked for means that the end was reached.
-  virtual std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count) = 0;
+  virtual std::int64_t readAt(std::uint64_t offset, void* buffer, std::size_t count) = 0;
   // Adds count bytes at the end. False on failure, and for a read-only store.
   virtual bool append(const void* data, std::size_t count);
   // The contents where they lie in one piece in memory, otherwise empty. Valid
   // until the next append.
-  virtual std::span<const unsigned char> in_memory() const { return {}; }
+  virtual std::span<const unsigned char> inMemory() const { return {}; }
 };
 
 // Bytes that stay the caller's and must outlive the store.
-std::unique_ptr<ByteStore> make_memory_store(std::span<const unsigned char> bytes);
+std::unique_ptr<ByteStore> makeMemoryStore(std::span<const unsigned char> bytes);
 
 // A regular file, at the size that it has now. Null when that cannot be told.
-std::unique_ptr<ByteStore> make_file_store(UniqueFd file);
+std::unique_ptr<ByteStore> makeFileStore(UniqueFd file);
 
-// Empty, for appending. Up to memory_limit bytes stay in memory; beyond that
+// Empty, for appending. Up to memoryLimit bytes stay in memory; beyond that
 // everything moves to a temporary file without a name, in $TMPDIR or /tmp.
-std::unique_ptr<ByteStore> make_scratch_store(std::size_t memory_limit);
+std::unique_ptr<ByteStore> makeScratchStore(std::size_t memoryLimit);
 
 }  // namespace dorvex

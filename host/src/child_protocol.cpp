@@ -32,7 +32,7 @@ class Writer {
   std::string bytes_;
 };
 
-// After a value that is not there everything reads as zero, and ended_well is
+// After a value that is not there everything reads as zero, and endedWell is
 // false.
 class Reader {
  public:
@@ -56,7 +56,7 @@ class Reader {
     return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
   }
   bool good() const { return good_; }
-  bool ended_well() const { return good_ && rest_.empty(); }
+  bool endedWell() const { return good_ && rest_.empty(); }
 
  private:
   std::optional<std::span<const unsigned char>> take(std::size_t count) {
@@ -71,7 +71,7 @@ class Reader {
   bool good_ = true;
 };
 
-bool write_all(int pipe, std::span<const unsigned char> bytes) {
+bool writeAll(int pipe, std::span<const unsigned char> bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(pipe, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
@@ -83,40 +83,40 @@ bool write_all(int pipe, std::span<const unsigned char> bytes) {
 
 }  // namespace
 
-std::array<unsigned char, kFrameHeaderSize> encode_header(FrameHeader header) {
+std::array<unsigned char, kFrameHeaderSize> encodeHeader(FrameHeader header) {
   std::array<unsigned char, kFrameHeaderSize> bytes{};
   bytes[0] = static_cast<unsigned char>(header.type);
   std::memcpy(&bytes[1], &header.length, sizeof header.length);
   return bytes;
 }
 
-std::optional<FrameHeader> decode_header(std::span<const unsigned char> bytes,
-                                         std::size_t largest_tokens) {
+std::optional<FrameHeader> decodeHeader(std::span<const unsigned char> bytes,
+                                        std::size_t largestTokens) {
   if (bytes.size() != kFrameHeaderSize) return std::nullopt;
   FrameHeader header{static_cast<FrameType>(bytes[0]), 0};
   std::memcpy(&header.length, &bytes[1], sizeof header.length);
   bool fits = false;
   switch (header.type) {
-    case FrameType::tokens:
-      fits = header.length > 0 && header.length <= largest_tokens;
+    case FrameType::kTokens:
+      fits = header.length > 0 && header.length <= largestTokens;
       break;
-    case FrameType::result:
+    case FrameType::kResult:
       fits = header.length <= kLargestResultFrame;
       break;
-    case FrameType::out_of_memory:
+    case FrameType::kOutOfMemory:
       fits = header.length == 0;
       break;
   }
   return fits ? std::optional(header) : std::nullopt;
 }
 
-std::vector<unsigned char> encode_result(const Result& result) {
+std::vector<unsigned char> encodeResult(const Result& result) {
   Writer writer;
   writer.number(static_cast<std::uint8_t>(result.status));
   writer.number(static_cast<std::uint8_t>(result.failure));
   writer.string(result.message);
-  writer.number(static_cast<std::uint8_t>(result.module_result.has_value()));
-  writer.number(static_cast<std::int32_t>(result.module_result.value_or(0)));
+  writer.number(static_cast<std::uint8_t>(result.moduleResult.has_value()));
+  writer.number(static_cast<std::int32_t>(result.moduleResult.value_or(0)));
   const std::size_t skipped = std::min(result.skipped.size(), kMostSkipped);
   writer.number(static_cast<std::uint32_t>(skipped));
   for (std::size_t i = 0; i < skipped; ++i) {
@@ -126,26 +126,26 @@ std::vector<unsigned char> encode_result(const Result& result) {
   return writer.bytes();
 }
 
-std::optional<Result> decode_result(std::span<const unsigned char> payload) {
+std::optional<Result> decodeResult(std::span<const unsigned char> payload) {
   Reader reader(payload);
   Result result;
-  result.status = reader.choice(Status::failed);
-  result.failure = reader.choice(Failure::other);
+  result.status = reader.choice(Status::kFailed);
+  result.failure = reader.choice(Failure::kOther);
   result.message = reader.string();
   const bool answered = reader.number<std::uint8_t>() != 0;
-  const auto module_result = reader.number<std::int32_t>();
-  if (answered) result.module_result = module_result;
+  const auto moduleResult = reader.number<std::int32_t>();
+  if (answered) result.moduleResult = moduleResult;
   const auto skipped = reader.number<std::uint32_t>();
   for (std::uint32_t i = 0; i < skipped && reader.good(); ++i) {
     std::string name = reader.string();
     result.skipped.push_back({std::move(name), reader.string()});
   }
-  return reader.ended_well() ? std::optional(std::move(result)) : std::nullopt;
+  return reader.endedWell() ? std::optional(std::move(result)) : std::nullopt;
 }
 
-bool send_frame(int pipe, FrameType type, std::span<const unsigned char> payload) {
-  return write_all(pipe, encode_header({type, static_cast<std::uint32_t>(payload.size())})) &&
-         write_all(pipe, payload);
+bool sendFrame(int pipe, FrameType type, std::span<const unsigned char> payload) {
+  return writeAll(pipe, encodeHeader({type, static_cast<std::uint32_t>(payload.size())})) &&
+         writeAll(pipe, payload);
 }
 
 }  // namespace dorvex

@@ -16,7 +16,7 @@
 
 namespace dorvex {
 
-enum class FrameType : std::uint8_t { tokens = 'T', result = 'R', out_of_memory = 'M' };
+enum class FrameType : std::uint8_t { kTokens = 'T', kResult = 'R', kOutOfMemory = 'M' };
 
 struct FrameHeader {
   FrameType type;
@@ -25,18 +25,18 @@ struct FrameHeader {
 constexpr std::size_t kFrameHeaderSize = 5;
 constexpr std::uint32_t kLargestResultFrame = 16 * 1024 * 1024;
 
-std::array<unsigned char, kFrameHeaderSize> encode_header(FrameHeader header);
+std::array<unsigned char, kFrameHeaderSize> encodeHeader(FrameHeader header);
 // Nothing for a type that is unknown or a length that its type never has.
-std::optional<FrameHeader> decode_header(std::span<const unsigned char> bytes,
-                                         std::size_t largest_tokens);
+std::optional<FrameHeader> decodeHeader(std::span<const unsigned char> bytes,
+                                        std::size_t largestTokens);
 
 // A result as a payload of at most kLargestResultFrame bytes; what is too much
 // of the list of skipped members is left out.
-std::vector<unsigned char> encode_result(const Result& result);
-// Nothing for anything but the whole of what encode_result gives.
-std::optional<Result> decode_result(std::span<const unsigned char> payload);
+std::vector<unsigned char> encodeResult(const Result& result);
+// Nothing for anything but the whole of what encodeResult gives.
+std::optional<Result> decodeResult(std::span<const unsigned char> payload);
 
 // Writes all of it; false when the other end is gone or the write fails.
-bool send_frame(int pipe, FrameType type, std::span<const unsigned char> payload);
+bool sendFrame(int pipe, FrameType type, std::span<const unsigned char> payload);
 
 }  // namespace dorvex

@@ -31,36 +31,36 @@ using Clock = std::chrono::steady_clock;
 
 // --- In the child ---
 
-int result_pipe = -1;
+int resultPipe = -1;
 
 // Without this the reader would take a failed allocation for a member that is
 // damaged, drop it and go on. Nothing here allocates.
-void report_out_of_memory() {
-  send_frame(result_pipe, FrameType::out_of_memory, {});
+void reportOutOfMemory() {
+  sendFrame(resultPipe, FrameType::kOutOfMemory, {});
   ::_exit(EXIT_FAILURE);
 }
 
-void set_limit(decltype(RLIMIT_CPU) resource, rlim_t value) {
+void setLimit(decltype(RLIMIT_CPU) resource, rlim_t value) {
   if (value == 0) return;
   const rlimit limit{value, value};
   ::setrlimit(resource, &limit);
 }
 
 void apply(const Limits& limits) {
-  set_limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processor_time.count()));
-  set_limit(RLIMIT_AS, limits.memory);
+  setLimit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorTime.count()));
+  setLimit(RLIMIT_AS, limits.memory);
 }
 
-[[noreturn]] void run_child(int pipe, const HostOptions& options, OpenInput input) {
+[[noreturn]] void runChild(int pipe, const HostOptions& options, OpenInput input) {
   ::signal(SIGPIPE, SIG_IGN);
-  result_pipe = pipe;
+  resultPipe = pipe;
   apply(options.limits);
-  std::set_new_handler(report_out_of_memory);
-  const auto session = make_session(options, std::move(input));
+  std::set_new_handler(reportOutOfMemory);
+  const auto session = makeSession(options, std::move(input));
   while (const auto buffer = session->next()) {
-    if (!send_frame(pipe, FrameType::tokens, *buffer)) ::_exit(EXIT_FAILURE);
+    if (!sendFrame(pipe, FrameType::kTokens, *buffer)) ::_exit(EXIT_FAILURE);
   }
-  send_frame(pipe, FrameType::result, encode_result(session->result()));
+  sendFrame(pipe, FrameType::kResult, encodeResult(session->result()));
   // No destructors, no unloading: the process is all that has to be cleaned up.
   ::_exit(EXIT_SUCCESS);
 }
@@ -69,21 +69,21 @@ void apply(const Limits& limits) {
 
 Result failed(Failure failure, std::string message) {
   Result result;
-  result.status = Status::failed;
+  result.status = Status::kFailed;
   result.failure = failure;
   result.message = std::move(message);
   return result;
 }
 
-Result death_result(int wait_status) {
-  if (!WIFSIGNALED(wait_status)) {
-    return failed(Failure::crashed, "the reader's process ended without a result");
+Result deathResult(int waitStatus) {
+  if (!WIFSIGNALED(waitStatus)) {
+    return failed(Failure::kCrashed, "the reader's process ended without a result");
   }
-  const int signal = WTERMSIG(wait_status);
+  const int signal = WTERMSIG(waitStatus);
   Result result =
       signal == SIGXCPU
-          ? failed(Failure::timed_out, "stopped: the reader used up its processor time")
-          : failed(Failure::crashed, std::string("the reader crashed: ") + ::strsignal(signal));
+          ? failed(Failure::kTimedOut, "stopped: the reader used up its processor time")
+          : failed(Failure::kCrashed, std::string("the reader crashed: ") + ::strsignal(signal));
   result.signal = signal;
   return result;
 }
@@ -94,23 +94,23 @@ class ChildSource final : public Document::Source {
       : child_(child),
         pipe_(std::move(pipe)),
         exit_(::pidfd_open(child, 0)),
-        time_left_(options.limits.wall_time),
-        limited_(options.limits.wall_time.count() > 0),
-        buffer_(owned_buffer_size(options.buffer_size)) {}
+        timeLeft_(options.limits.wallTime),
+        limited_(options.limits.wallTime.count() > 0),
+        buffer_(ownedBufferSize(options.bufferSize)) {}
 
   ~ChildSource() override { stop(); }
 
   std::optional<std::span<const unsigned char>> next() override {
     while (!result_) {
-      const auto header = receive_header();
+      const auto header = receiveHeader();
       if (!header) break;
-      if (header->type == FrameType::tokens) {
+      if (header->type == FrameType::kTokens) {
         if (receive({buffer_.data(), header->length}))
           return std::span(buffer_).first(header->length);
-      } else if (header->type == FrameType::result) {
-        receive_result(header->length);
+      } else if (header->type == FrameType::kResult) {
+        receiveResult(header->length);
       } else {
-        result_ = failed(Failure::out_of_memory, "memory is out");
+        result_ = failed(Failure::kOutOfMemory, "memory is out");
       }
     }
     return std::nullopt;
@@ -122,25 +122,25 @@ class ChildSource final : public Document::Source {
   }
 
  private:
-  std::optional<FrameHeader> receive_header() {
+  std::optional<FrameHeader> receiveHeader() {
     std::array<unsigned char, kFrameHeaderSize> bytes;
     if (!receive(bytes)) return std::nullopt;
-    auto header = decode_header(bytes, buffer_.size());
-    if (!header) result_ = failed(Failure::crashed, "the reader's process sent nonsense");
+    auto header = decodeHeader(bytes, buffer_.size());
+    if (!header) result_ = failed(Failure::kCrashed, "the reader's process sent nonsense");
     return header;
   }
 
-  void receive_result(std::uint32_t length) {
+  void receiveResult(std::uint32_t length) {
     std::vector<unsigned char> payload(length);
     if (!receive(payload)) return;
-    result_ = decode_result(payload);
-    if (!result_) result_ = failed(Failure::crashed, "the reader's process sent nonsense");
+    result_ = decodeResult(payload);
+    if (!result_) result_ = failed(Failure::kCrashed, "the reader's process sent nonsense");
   }
 
   // Fills bytes, or sets the result.
   bool receive(std::span<unsigned char> bytes) {
     while (!bytes.empty()) {
-      if (!wait_for_bytes()) return false;
+      if (!waitForBytes()) return false;
       const ssize_t got = ::read(pipe_.get(), bytes.data(), bytes.size());
       if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
       if (got <= 0) {
@@ -155,16 +155,16 @@ class ChildSource final : public Document::Source {
   // A pipe that stays silent does not tell a dead child from a busy one when
   // another child, forked meanwhile, holds its other end too. The descriptor of
   // the process does.
-  bool wait_for_bytes() {
+  bool waitForBytes() {
     std::array<pollfd, 2> sources{{{pipe_.get(), POLLIN, 0}, {exit_.get(), POLLIN, 0}}};
     const auto start = Clock::now();
     const int ready = ::poll(sources.data(), sources.size(), timeout());
-    time_left_ -= std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    timeLeft_ -= std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
     if (ready < 0 && errno != EINTR) {
-      result_ = system_failure(errno);
+      result_ = systemFailure(errno);
       return false;
     }
-    if (ready <= 0) return !out_of_time();
+    if (ready <= 0) return !outOfTime();
     if (sources[0].revents == 0) {
       reap();
       return false;
@@ -175,12 +175,12 @@ class ChildSource final : public Document::Source {
   int timeout() const {
     if (!limited_) return -1;
     constexpr std::chrono::milliseconds longest = std::chrono::hours(24);
-    return static_cast<int>(std::clamp(time_left_, std::chrono::milliseconds(0), longest).count());
+    return static_cast<int>(std::clamp(timeLeft_, std::chrono::milliseconds(0), longest).count());
   }
 
-  bool out_of_time() {
-    if (!limited_ || time_left_.count() > 0) return false;
-    result_ = failed(Failure::timed_out, "stopped: the reader took too long");
+  bool outOfTime() {
+    if (!limited_ || timeLeft_.count() > 0) return false;
+    result_ = failed(Failure::kTimedOut, "stopped: the reader took too long");
     return true;
   }
 
@@ -190,7 +190,7 @@ class ChildSource final : public Document::Source {
     while (::waitpid(child_, &status, 0) < 0 && errno == EINTR) {
     }
     child_ = -1;
-    result_ = death_result(status);
+    result_ = deathResult(status);
   }
 
   void stop() {
@@ -204,7 +204,7 @@ class ChildSource final : public Document::Source {
   pid_t child_;
   UniqueFd pipe_;
   UniqueFd exit_;
-  std::chrono::milliseconds time_left_;
+  std::chrono::milliseconds timeLeft_;
   bool limited_;
   std::vector<unsigned char> buffer_;
   std::optional<Result> result_;
@@ -212,18 +212,18 @@ class ChildSource final : public Document::Source {
 
 }  // namespace
 
-std::unique_ptr<Document::Source> make_child_source(const HostOptions& options, OpenInput input) {
+std::unique_ptr<Document::Source> makeChildSource(const HostOptions& options, OpenInput input) {
   std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return make_failed_source(system_failure(errno));
-  UniqueFd read_end(ends[0]);
-  UniqueFd write_end(ends[1]);
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return makeFailedSource(systemFailure(errno));
+  UniqueFd readEnd(ends[0]);
+  UniqueFd writeEnd(ends[1]);
   const pid_t child = ::fork();
-  if (child < 0) return make_failed_source(system_failure(errno));
+  if (child < 0) return makeFailedSource(systemFailure(errno));
   if (child == 0) {
-    read_end.reset();
-    run_child(write_end.get(), options, std::move(input));
+    readEnd.reset();
+    runChild(writeEnd.get(), options, std::move(input));
   }
-  return std::make_unique<ChildSource>(child, std::move(read_end), options);
+  return std::make_unique<ChildSource>(child, std::move(readEnd), options);
 }
 
 }  // namespace dorvex

@@ -15,13 +15,13 @@ constexpr std::uint64_t kHeaderSize = 4;
 
 using Header = std::array<unsigned char, kHeaderSize>;
 
-bool is_header(const Header& header) { return header[0] == 0; }
+bool isHeader(const Header& header) { return header[0] == 0; }
 
-std::uint64_t body_length(const Header& header) {
+std::uint64_t bodyLength(const Header& header) {
   return std::uint64_t{header[1]} | std::uint64_t{header[2]} << 8 | std::uint64_t{header[3]} << 16;
 }
 
-std::string at_chunk(std::uint64_t number, const std::string& fault) {
+std::string atChunk(std::uint64_t number, const std::string& fault) {
   return "chunk " + std::to_string(number) + " " + fault;
 }
 
@@ -32,10 +32,10 @@ class BodyReader {
 
   // Null on a read failure.
   const char* read(std::uint64_t offset, std::size_t length) {
-    const auto memory = store_.in_memory();
+    const auto memory = store_.inMemory();
     if (!memory.empty()) return reinterpret_cast<const char*>(memory.data()) + offset;
     buffer_.resize(std::max<std::size_t>(length, 1));
-    const std::int64_t got = store_.read_at(offset, buffer_.data(), length);
+    const std::int64_t got = store_.readAt(offset, buffer_.data(), length);
     return got == static_cast<std::int64_t>(length) ? buffer_.data() : nullptr;
   }
 
@@ -46,36 +46,36 @@ class BodyReader {
 
 }  // namespace
 
-std::int64_t ChunkAlignedReader::read_at(std::uint64_t offset, void* buffer, std::size_t count) {
-  return store_.read_at(offset, buffer, aligned_count(offset, count));
+std::int64_t ChunkAlignedReader::readAt(std::uint64_t offset, void* buffer, std::size_t count) {
+  return store_.readAt(offset, buffer, alignedCount(offset, count));
 }
 
-std::size_t ChunkAlignedReader::aligned_count(std::uint64_t offset, std::size_t count) {
+std::size_t ChunkAlignedReader::alignedCount(std::uint64_t offset, std::size_t count) {
   const std::uint64_t size = store_.size();
   if (offset >= size) return count;
-  if (offset < last_header_) rewind();
+  if (offset < lastHeader_) rewind();
   const std::uint64_t end = offset + std::min<std::uint64_t>(count, size - offset);
-  while (!lost_ && next_header_ + kHeaderSize < end) lost_ = !follow_header();
-  const bool ends_in_header = !lost_ && next_header_ < end && next_header_ > offset;
-  return static_cast<std::size_t>((ends_in_header ? next_header_ : end) - offset);
+  while (!lost_ && nextHeader_ + kHeaderSize < end) lost_ = !followHeader();
+  const bool endsInHeader = !lost_ && nextHeader_ < end && nextHeader_ > offset;
+  return static_cast<std::size_t>((endsInHeader ? nextHeader_ : end) - offset);
 }
 
 void ChunkAlignedReader::rewind() {
-  last_header_ = 0;
-  next_header_ = 0;
+  lastHeader_ = 0;
+  nextHeader_ = 0;
   lost_ = false;
 }
 
-bool ChunkAlignedReader::follow_header() {
+bool ChunkAlignedReader::followHeader() {
   Header header;
-  if (store_.read_at(next_header_, header.data(), kHeaderSize) != kHeaderSize) return false;
-  if (!is_header(header)) return false;
-  last_header_ = next_header_;
-  next_header_ += kHeaderSize + body_length(header);
+  if (store_.readAt(nextHeader_, header.data(), kHeaderSize) != kHeaderSize) return false;
+  if (!isHeader(header)) return false;
+  lastHeader_ = nextHeader_;
+  nextHeader_ += kHeaderSize + bodyLength(header);
   return true;
 }
 
-std::optional<std::string> find_chunk_fault(ByteStore& store) {
+std::optional<std::string> findChunkFault(ByteStore& store) {
   const std::uint64_t size = store.size();
   BodyReader bodies(store);
   std::uint64_t position = 0;
@@ -83,18 +83,18 @@ std::optional<std::string> find_chunk_fault(ByteStore& store) {
     const std::uint64_t left = size - position;
     if (left < kHeaderSize) return "it has stray bytes behind its last chunk";
     Header header;
-    if (store.read_at(position, header.data(), kHeaderSize) != kHeaderSize) {
-      return at_chunk(number, std::string("cannot be read: ") + std::strerror(errno));
+    if (store.readAt(position, header.data(), kHeaderSize) != kHeaderSize) {
+      return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
     }
-    if (!is_header(header)) return at_chunk(number, "has no valid header");
-    const std::uint64_t length = body_length(header);
-    if (length > left - kHeaderSize) return at_chunk(number, "is cut short");
+    if (!isHeader(header)) return atChunk(number, "has no valid header");
+    const std::uint64_t length = bodyLength(header);
+    if (length > left - kHeaderSize) return atChunk(number, "is cut short");
     const char* body = bodies.read(position + kHeaderSize, length);
     if (body == nullptr) {
-      return at_chunk(number, std::string("cannot be read: ") + std::strerror(errno));
+      return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
     }
     if (!snappy::IsValidCompressedBuffer(body, length)) {
-      return at_chunk(number, "holds damaged data");
+      return atChunk(number, "holds damaged data");
     }
     position += kHeaderSize + length;
   }

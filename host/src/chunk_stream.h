@@ -29,24 +29,24 @@ class ChunkAlignedReader {
   // Reads up to count bytes at offset, so that the read does not end 1 to 4
   // bytes behind the start of a chunk; a read that would be empty by that rule
   // (at most four bytes are left, or asked for) is given as it stands. Behind a
-  // header that is none, reads are not shortened. Result as ByteStore::read_at.
-  std::int64_t read_at(std::uint64_t offset, void* buffer, std::size_t count);
+  // header that is none, reads are not shortened. Result as ByteStore::readAt.
+  std::int64_t readAt(std::uint64_t offset, void* buffer, std::size_t count);
 
  private:
-  std::size_t aligned_count(std::uint64_t offset, std::size_t count);
-  bool follow_header();
+  std::size_t alignedCount(std::uint64_t offset, std::size_t count);
+  bool followHeader();
   void rewind();
 
   ByteStore& store_;
-  std::uint64_t last_header_ = 0;  // the header before next_header_
-  std::uint64_t next_header_ = 0;  // the first header that no read has gone past
-  bool lost_ = false;              // what stands at next_header_ is no header
+  std::uint64_t lastHeader_ = 0;  // the header before nextHeader_
+  std::uint64_t nextHeader_ = 0;  // the first header that no read has gone past
+  bool lost_ = false;             // what stands at nextHeader_ is no header
 };
 
 // Looks through a whole chunk stream: every header and every Snappy block, and
 // that nothing follows the last chunk. Nothing for a sound stream (an empty one
 // is sound); otherwise what is wrong, as a phrase for people. The reader drops
 // such a stream, or its end, without a word.
-std::optional<std::string> find_chunk_fault(ByteStore& store);
+std::optional<std::string> findChunkFault(ByteStore& store);
 
 }  // namespace dorvex

@@ -11,12 +11,12 @@
 namespace dorvex {
 
 // The result for an error of the operating system at the document itself.
-Result system_failure(int error);
+Result systemFailure(int error);
 
-// The result of a document for which the module returned module_result. look
+// The result of a document for which the module returned moduleResult. look
 // is asked for only when something is wrong. A text of which anything is
-// missing is never Status::ok.
-Result diagnose(int module_result, const Observations& seen,
+// missing is never Status::kOk.
+Result diagnose(int moduleResult, const Observations& seen,
                 const std::function<PackageLook()>& look);
 
 }  // namespace dorvex

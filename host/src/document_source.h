@@ -22,20 +22,20 @@ class Document::Source {
 };
 
 // A document of which nothing but the result is known.
-std::unique_ptr<Document::Source> make_failed_source(Result result);
+std::unique_ptr<Document::Source> makeFailedSource(Result result);
 
 // Reads in this process.
-std::unique_ptr<Document::Source> make_session(const HostOptions& options, OpenInput input);
+std::unique_ptr<Document::Source> makeSession(const HostOptions& options, OpenInput input);
 
 // Forks a child that reads with a session and sends its buffers.
-std::unique_ptr<Document::Source> make_child_source(const HostOptions& options, OpenInput input);
+std::unique_ptr<Document::Source> makeChildSource(const HostOptions& options, OpenInput input);
 
 // The result for a module that cannot be used.
-Result module_failure(const std::string& message);
+Result moduleFailure(const std::string& message);
 
 // Bytes that an output buffer must really own for a declared size: the reader's
 // last token may pass the declared end by 14 bytes, and one whole token of 4110
 // bytes fits any buffer.
-std::size_t owned_buffer_size(std::uint32_t declared);
+std::size_t ownedBufferSize(std::uint32_t declared);
 
 }  // namespace dorvex

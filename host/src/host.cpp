@@ -26,19 +26,19 @@ Document::~Document() = default;
 
 // Texts that came out before a failure make it a partial reading.
 void Document::end(Result result) {
-  const bool texts_came_out = token_bytes_ > 0;
-  if (result.status == Status::failed && texts_came_out) {
-    result.status = Status::partial;
+  const bool textsCameOut = tokenBytes_ > 0;
+  if (result.status == Status::kFailed && textsCameOut) {
+    result.status = Status::kPartial;
     result.message = "partial text: " + result.message;
   }
-  result.token_bytes = token_bytes_;
+  result.tokenBytes = tokenBytes_;
   result_ = std::move(result);
   source_.reset();
   buffer_ = {};
 }
 
-void Document::fail_on_tokens(const TokenStreamError& error) {
-  end(module_failure(std::string("the module's token stream is broken: ") + error.what()));
+void Document::failOnTokens(const TokenStreamError& error) {
+  end(moduleFailure(std::string("the module's token stream is broken: ") + error.what()));
 }
 
 bool Document::fetch() {
@@ -47,15 +47,15 @@ bool Document::fetch() {
   if (!buffer) {
     Result result = source_->result();
     try {
-      if (result.status != Status::failed) reader_.finish();
+      if (result.status != Status::kFailed) reader_.finish();
       end(std::move(result));
     } catch (const TokenStreamError& error) {
-      fail_on_tokens(error);
+      failOnTokens(error);
     }
     return false;
   }
   buffer_ = *buffer;
-  token_bytes_ += buffer_.size();
+  tokenBytes_ += buffer_.size();
   return true;
 }
 
@@ -66,17 +66,17 @@ bool Document::check(std::span<const unsigned char> buffer) {
     }
     return true;
   } catch (const TokenStreamError& error) {
-    fail_on_tokens(error);
+    failOnTokens(error);
     return false;
   }
 }
 
-std::optional<std::span<const unsigned char>> Document::next_buffer() {
+std::optional<std::span<const unsigned char>> Document::nextBuffer() {
   if (!fetch() || !check(buffer_)) return std::nullopt;
   return buffer_;
 }
 
-std::optional<std::string> Document::next_text() {
+std::optional<std::string> Document::nextText() {
   while (!result_) {
     try {
       while (const auto token = reader_.next()) {
@@ -84,7 +84,7 @@ std::optional<std::string> Document::next_text() {
       }
       if (fetch()) reader_.start(buffer_);
     } catch (const TokenStreamError& error) {
-      fail_on_tokens(error);
+      failOnTokens(error);
     }
   }
   return std::nullopt;
@@ -93,7 +93,7 @@ std::optional<std::string> Document::next_text() {
 TextRange Document::texts() { return TextRange(*this); }
 
 const Result& Document::result() {
-  while (next_text()) {
+  while (nextText()) {
   }
   return *result_;
 }
@@ -102,11 +102,11 @@ const Result& Document::result() {
 
 struct Host::State {
   HostOptions options;
-  // With in_process, the module stays loaded from one document to the next.
+  // With inProcess, the module stays loaded from one document to the next.
   std::mutex mutex;
   std::shared_ptr<ReaderModule> module;
 
-  void keep_module() {
+  void keepModule() {
     const std::lock_guard lock(mutex);
     try {
       if (!module) module = ReaderModule::load(options.module);
@@ -117,9 +117,9 @@ struct Host::State {
 };
 
 Host::Host(HostOptions options) {
-  if (options.buffer_size < kSmallestDeclared || options.buffer_size > kLargestDeclared) {
-    throw std::invalid_argument("buffer_size must be " + std::to_string(kSmallestDeclared) +
-                                " to " + std::to_string(kLargestDeclared));
+  if (options.bufferSize < kSmallestDeclared || options.bufferSize > kLargestDeclared) {
+    throw std::invalid_argument("bufferSize must be " + std::to_string(kSmallestDeclared) + " to " +
+                                std::to_string(kLargestDeclared));
   }
   state_ = std::make_unique<State>();
   state_->options = std::move(options);
@@ -134,19 +134,19 @@ const HostOptions& Host::options() const { return state_->options; }
 Document Host::open(const Input& input) const {
   const HostOptions& options = state_->options;
   Result failure;
-  OpenInput opened = OpenInput::open(input, options.scratch_memory, failure);
-  if (!opened) return Document(make_failed_source(std::move(failure)));
-  if (options.isolation == Isolation::child_process) {
-    return Document(make_child_source(options, std::move(opened)));
+  OpenInput opened = OpenInput::open(input, options.scratchMemory, failure);
+  if (!opened) return Document(makeFailedSource(std::move(failure)));
+  if (options.isolation == Isolation::kChildProcess) {
+    return Document(makeChildSource(options, std::move(opened)));
   }
-  state_->keep_module();
-  return Document(make_session(options, std::move(opened)));
+  state_->keepModule();
+  return Document(makeSession(options, std::move(opened)));
 }
 
-Result Host::for_each_text(const Input& input,
-                           const std::function<void(std::string_view text)>& take) const {
+Result Host::forEachText(const Input& input,
+                         const std::function<void(std::string_view text)>& take) const {
   Document document = open(input);
-  while (const auto text = document.next_text()) take(*text);
+  while (const auto text = document.nextText()) take(*text);
   return document.result();
 }
 

@@ -13,15 +13,15 @@ namespace {
 // count, and then it never stops.
 constexpr int kEndsBeforeEndless = 2;
 
-bool begins_like_a_zip(ByteStore& store) {
+bool beginsLikeAZip(ByteStore& store) {
   std::array<char, 2> start{};
-  return store.read_at(0, start.data(), start.size()) == 2 && start[0] == 'P' && start[1] == 'K';
+  return store.readAt(0, start.data(), start.size()) == 2 && start[0] == 'P' && start[1] == 'K';
 }
 
 }  // namespace
 
-IoObject::Content content_of(const std::string& name) {
-  return name.ends_with(".iwa") ? IoObject::Content::chunks : IoObject::Content::bytes;
+IoObject::Content contentOf(const std::string& name) {
+  return name.ends_with(".iwa") ? IoObject::Content::kChunks : IoObject::Content::kBytes;
 }
 
 IoObject::IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations)
@@ -37,8 +37,8 @@ IoObject::IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observat
   Tell = tell;
 }
 
-void IoObject::receive_member(std::string name) {
-  settings_.content = content_of(name);
+void IoObject::receiveMember(std::string name) {
+  settings_.content = contentOf(name);
   settings_.name = std::move(name);
 }
 
@@ -46,7 +46,7 @@ int IoObject::open(_VPTPIOobj* io) {
   auto& self = *static_cast<IoObject*>(io);
   self.position_ = 0;
   try {
-    self.look_through();
+    self.lookThrough();
   } catch (const std::bad_alloc&) {
     return 0;
   }
@@ -54,15 +54,15 @@ int IoObject::open(_VPTPIOobj* io) {
 }
 
 // Once only, when the stream has all its bytes.
-void IoObject::look_through() {
-  if (looked_through_) return;
-  looked_through_ = true;
-  if (settings_.content == Content::unknown) {
-    settings_.content = begins_like_a_zip(*store_) ? Content::bytes : Content::chunks;
+void IoObject::lookThrough() {
+  if (lookedThrough_) return;
+  lookedThrough_ = true;
+  if (settings_.content == Content::kUnknown) {
+    settings_.content = beginsLikeAZip(*store_) ? Content::kBytes : Content::kChunks;
   }
-  if (settings_.content != Content::chunks) return;
-  if (settings_.align_reads) aligned_.emplace(*store_);
-  if (auto fault = find_chunk_fault(*store_)) {
+  if (settings_.content != Content::kChunks) return;
+  if (settings_.alignReads) aligned_.emplace(*store_);
+  if (auto fault = findChunkFault(*store_)) {
     observations_.unsound.push_back({settings_.name, std::move(*fault)});
   }
 }
@@ -71,34 +71,34 @@ int IoObject::read(_VPTPIOobj* io, void* buffer, std::uint32_t count) {
   auto& self = *static_cast<IoObject*>(io);
   std::int64_t got = 0;
   try {
-    self.look_through();
-    got = self.read_some(buffer, count);
+    self.lookThrough();
+    got = self.readSome(buffer, count);
   } catch (const std::bad_alloc&) {
     got = -1;
     errno = ENOMEM;
   }
-  if (got < 0) self.observations_.read_failure = {self.settings_.name, errno};
-  self.note_end(count > 0 && got <= 0);
+  if (got < 0) self.observations_.readFailure = {self.settings_.name, errno};
+  self.noteEnd(count > 0 && got <= 0);
   return static_cast<int>(std::max<std::int64_t>(got, 0));
 }
 
-std::int64_t IoObject::read_some(void* buffer, std::uint32_t count) {
+std::int64_t IoObject::readSome(void* buffer, std::uint32_t count) {
   count = std::min<std::uint32_t>(count, std::numeric_limits<int>::max());
-  const std::int64_t got = aligned_ ? aligned_->read_at(position_, buffer, count)
-                                    : store_->read_at(position_, buffer, count);
+  const std::int64_t got = aligned_ ? aligned_->readAt(position_, buffer, count)
+                                    : store_->readAt(position_, buffer, count);
   if (got > 0) position_ += static_cast<std::uint64_t>(got);
   return got;
 }
 
 // The container module may well ask twice at the end of a zip; the reader's
 // chunk loop may not.
-void IoObject::note_end(bool at_end) {
-  if (settings_.content != Content::chunks || !at_end) {
-    ends_reported_ = 0;
+void IoObject::noteEnd(bool atEnd) {
+  if (settings_.content != Content::kChunks || !atEnd) {
+    endsReported_ = 0;
     return;
   }
-  if (++ends_reported_ < kEndsBeforeEndless) return;
-  observations_.endless_read = settings_.name;
+  if (++endsReported_ < kEndsBeforeEndless) return;
+  observations_.endlessRead = settings_.name;
   throw EndlessRead{};
 }
 
@@ -110,7 +110,7 @@ int IoObject::write(_VPTPIOobj* io, const void* buffer, std::uint32_t count) {
     if (self.store_->append(buffer, count)) return static_cast<int>(count);
   } catch (const std::bad_alloc&) {
   }
-  self.observations_.scratch_failure = {self.settings_.name, errno};
+  self.observations_.scratchFailure = {self.settings_.name, errno};
   return 0;
 }
 

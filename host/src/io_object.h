@@ -25,23 +25,23 @@ class IoObject : public _VPTPIOobj {
  public:
   // What the stream holds decides how it may be read.
   enum class Content {
-    bytes,    // given as asked for
-    chunks,   // a member stream: looked through once, read in step with its chunks
-    unknown,  // chunks, unless it begins like a zip
+    kBytes,    // given as asked for
+    kChunks,   // a member stream: looked through once, read in step with its chunks
+    kUnknown,  // chunks, unless it begins like a zip
   };
 
   struct Settings {
-    Content content = Content::bytes;
-    bool align_reads = true;  // for chunks
-    std::string name;         // for the observations
-    std::string path;         // what pathName shows; empty for none
+    Content content = Content::kBytes;
+    bool alignReads = true;  // for chunks
+    std::string name;        // for the observations
+    std::string path;        // what pathName shows; empty for none
   };
 
   IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations);
 
   // Names the member that an empty scratch stream is about to receive; the name
   // tells its content.
-  void receive_member(std::string name);
+  void receiveMember(std::string name);
 
   const std::string& name() const { return settings_.name; }
   std::uint64_t size() const { return store_->size(); }
@@ -54,20 +54,20 @@ class IoObject : public _VPTPIOobj {
   static int seek(_VPTPIOobj* io, std::int64_t offset, int whence);
   static std::int64_t tell(_VPTPIOobj* io);
 
-  void look_through();
-  std::int64_t read_some(void* buffer, std::uint32_t count);
-  void note_end(bool at_end);
+  void lookThrough();
+  std::int64_t readSome(void* buffer, std::uint32_t count);
+  void noteEnd(bool atEnd);
 
   std::unique_ptr<ByteStore> store_;
   Settings settings_;
   Observations& observations_;
   std::optional<ChunkAlignedReader> aligned_;
   std::uint64_t position_ = 0;
-  bool looked_through_ = false;
-  int ends_reported_ = 0;
+  bool lookedThrough_ = false;
+  int endsReported_ = 0;
 };
 
 // The content that a member or file of this name has.
-IoObject::Content content_of(const std::string& name);
+IoObject::Content contentOf(const std::string& name);
 
 }  // namespace dorvex

@@ -27,14 +27,14 @@ struct SystemFailure {
 };
 
 struct Observations {
-  std::vector<SkippedMember> unsound;          // streams that the reader drops or cuts
-  std::optional<RefusedMember> refused;        // the last member refused
-  std::optional<std::string> not_a_container;  // what the container module would not open
-  std::optional<SystemFailure> open_failure;
-  std::optional<SystemFailure> read_failure;
-  std::optional<SystemFailure> scratch_failure;
-  std::optional<std::string> endless_read;    // the stream read behind its end for ever
-  std::optional<std::string> missing_module;  // a module that LoadDll could not load, and why
+  std::vector<SkippedMember> unsound;        // streams that the reader drops or cuts
+  std::optional<RefusedMember> refused;      // the last member refused
+  std::optional<std::string> notAContainer;  // what the container module would not open
+  std::optional<SystemFailure> openFailure;
+  std::optional<SystemFailure> readFailure;
+  std::optional<SystemFailure> scratchFailure;
+  std::optional<std::string> endlessRead;    // the stream read behind its end for ever
+  std::optional<std::string> missingModule;  // a module that LoadDll could not load, and why
 };
 
 }  // namespace dorvex

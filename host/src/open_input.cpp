@@ -14,19 +14,19 @@ namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
 
-[[noreturn]] void raise_errno() { throw std::system_error(errno, std::generic_category()); }
+[[noreturn]] void raiseErrno() { throw std::system_error(errno, std::generic_category()); }
 
-Input::ReadFunction reader_of(int fd) {
+Input::ReadFunction readerOf(int fd) {
   return [fd](void* buffer, std::size_t count) {
     ssize_t got = 0;
     do got = ::read(fd, buffer, count);
     while (got < 0 && errno == EINTR);
-    if (got < 0) raise_errno();
+    if (got < 0) raiseErrno();
     return static_cast<std::size_t>(got);
   };
 }
 
-Input::ReadFunction reader_of(std::istream& stream) {
+Input::ReadFunction readerOf(std::istream& stream) {
   return [&stream](void* buffer, std::size_t count) {
     stream.read(static_cast<char*>(buffer), static_cast<std::streamsize>(count));
     if (stream.bad()) throw std::system_error(EIO, std::generic_category());
@@ -36,44 +36,44 @@ Input::ReadFunction reader_of(std::istream& stream) {
 
 }  // namespace
 
-OpenInput OpenInput::open(const Input& input, std::size_t scratch_memory, Result& failure) {
+OpenInput OpenInput::open(const Input& input, std::size_t scratchMemory, Result& failure) {
   OpenInput opened;
   try {
     if (const auto* path = std::get_if<std::filesystem::path>(&input.source_)) {
-      opened.open_path(*path, scratch_memory);
+      opened.openPath(*path, scratchMemory);
     } else if (const auto* bytes = std::get_if<std::span<const unsigned char>>(&input.source_)) {
-      opened.store_ = make_memory_store(*bytes);
+      opened.store_ = makeMemoryStore(*bytes);
     } else if (const auto* stream = std::get_if<std::istream*>(&input.source_)) {
-      opened.keep(reader_of(**stream), scratch_memory);
+      opened.keep(readerOf(**stream), scratchMemory);
     } else {
-      opened.keep(std::get<Input::ReadFunction>(input.source_), scratch_memory);
+      opened.keep(std::get<Input::ReadFunction>(input.source_), scratchMemory);
     }
   } catch (const std::system_error& error) {
-    failure = system_failure(error.code().value());
+    failure = systemFailure(error.code().value());
     return {};
   }
   return opened;
 }
 
-void OpenInput::open_path(const std::filesystem::path& path, std::size_t scratch_memory) {
+void OpenInput::openPath(const std::filesystem::path& path, std::size_t scratchMemory) {
   UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
   struct stat status {};
-  if (!file || ::fstat(file.get(), &status) != 0) raise_errno();
+  if (!file || ::fstat(file.get(), &status) != 0) raiseErrno();
   if (S_ISDIR(status.st_mode)) {
     directory_ = std::move(file);
   } else if (S_ISREG(status.st_mode)) {
-    store_ = make_file_store(std::move(file));
-    if (!store_) raise_errno();
+    store_ = makeFileStore(std::move(file));
+    if (!store_) raiseErrno();
   } else {
-    keep(reader_of(file.get()), scratch_memory);
+    keep(readerOf(file.get()), scratchMemory);
   }
 }
 
-void OpenInput::keep(const Input::ReadFunction& read, std::size_t scratch_memory) {
-  auto store = make_scratch_store(scratch_memory);
+void OpenInput::keep(const Input::ReadFunction& read, std::size_t scratchMemory) {
+  auto store = makeScratchStore(scratchMemory);
   std::vector<unsigned char> block(kBlock);
   while (const std::size_t got = read(block.data(), block.size())) {
-    if (!store->append(block.data(), got)) raise_errno();
+    if (!store->append(block.data(), got)) raiseErrno();
   }
   store_ = std::move(store);
 }

@@ -15,17 +15,17 @@ class OpenInput {
  public:
   // Opens input. When the operating system refuses, the object is empty and
   // failure tells why.
-  static OpenInput open(const Input& input, std::size_t scratch_memory, Result& failure);
+  static OpenInput open(const Input& input, std::size_t scratchMemory, Result& failure);
 
   explicit operator bool() const { return store_ || directory_; }
   // Null for a directory.
-  std::unique_ptr<ByteStore> take_store() { return std::move(store_); }
+  std::unique_ptr<ByteStore> takeStore() { return std::move(store_); }
   // An open descriptor, or none for a file.
   const UniqueFd& directory() const { return directory_; }
 
  private:
-  void open_path(const std::filesystem::path& path, std::size_t scratch_memory);
-  void keep(const Input::ReadFunction& read, std::size_t scratch_memory);
+  void openPath(const std::filesystem::path& path, std::size_t scratchMemory);
+  void keep(const Input::ReadFunction& read, std::size_t scratchMemory);
 
   std::unique_ptr<ByteStore> store_;
   UniqueFd directory_;

@@ -9,7 +9,7 @@
 namespace dorvex {
 namespace {
 
-std::string last_loader_error(const std::string& otherwise) {
+std::string lastLoaderError(const std::string& otherwise) {
   const char* error = ::dlerror();
   return error != nullptr ? error : otherwise;
 }
@@ -19,7 +19,7 @@ Function find(void* handle, const char* symbol) {
   return reinterpret_cast<Function>(::dlsym(handle, symbol));
 }
 
-bool is_complete(const ReaderInterface& reader) {
+bool isComplete(const ReaderInterface& reader) {
   return reader.AllocateContext != nullptr && reader.FreeContext != nullptr &&
          reader.InitDoc != nullptr && reader.FillBuffer != nullptr;
 }
@@ -45,19 +45,19 @@ ReaderModule::ReaderModule(const std::filesystem::path& file) {
   // Without a slash the loader would search its own folders.
   const auto path = std::filesystem::absolute(file);
   handle_ = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (handle_ == nullptr) throw ModuleError(last_loader_error(path.string()));
-  shut_down_ = find<DllShutdownFunction>(handle_, "vnDllShutdown");
+  if (handle_ == nullptr) throw ModuleError(lastLoaderError(path.string()));
+  shutDown_ = find<DllShutdownFunction>(handle_, "vnDllShutdown");
   const auto fill = find<GetReaderInterfaceFunction>(handle_, "dorvexGetReaderInterface");
   const auto start = find<DllInitFunction>(handle_, "vnDllInit");
   if (fill != nullptr) fill(&reader_);
-  if (fill == nullptr || !is_complete(reader_) || (start != nullptr && !start())) {
+  if (fill == nullptr || !isComplete(reader_) || (start != nullptr && !start())) {
     ::dlclose(handle_);
     throw ModuleError(path.string() + ": not a reader module");
   }
 }
 
 ReaderModule::~ReaderModule() {
-  if (shut_down_ != nullptr) shut_down_();
+  if (shutDown_ != nullptr) shutDown_();
   ::dlclose(handle_);
 }
 

@@ -33,7 +33,7 @@ class ReaderModule {
   explicit ReaderModule(const std::filesystem::path& file);
 
   void* handle_;
-  DllShutdownFunction shut_down_;
+  DllShutdownFunction shutDown_;
   ReaderInterface reader_{};
 };
 

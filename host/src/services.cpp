@@ -25,7 +25,7 @@ void release(VNAllocator*, void* pointer) { std::free(pointer); }
 HostServices& host(tag_TPVAPIServices* services) { return *static_cast<HostServices*>(services); }
 
 // Never waits for a writer at a pipe that poses as a member.
-UniqueFd open_regular(const char* path) {
+UniqueFd openRegular(const char* path) {
   UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
   struct stat status {};
   if (!file || ::fstat(file.get(), &status) != 0) return {};
@@ -41,7 +41,7 @@ struct HostServices::OwnedObject : IoObject {
   OwnedObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations,
               HostServices& owner)
       : IoObject(std::move(store), std::move(settings), observations), owner(owner) {
-    Close = close_object;
+    Close = closeObject;
   }
   HostServices& owner;
 };
@@ -53,7 +53,7 @@ struct HostServices::Container {
   void* handle;
   std::string prefix;  // of the members' names: the container's own name, if it has one
 
-  std::string member_name(std::int32_t index) const {
+  std::string memberName(std::int32_t index) const {
     ContainerEntryInfo entry;
     if (module.GetEntryInfo(handle, index, &entry) != VN_CONTAINER_OK) {
       return prefix + "member number " + std::to_string(index + 1);
@@ -64,10 +64,10 @@ struct HostServices::Container {
 
 HostServices::HostServices(Settings settings, Observations& observations)
     : tag_TPVAPIServices{}, settings_(std::move(settings)), observations_(observations) {
-  LoadDll = load_dll;
-  GetDllSymbol = get_dll_symbol;
-  FreeDll = free_dll;
-  OpenFile = open_file;
+  LoadDll = loadDll;
+  GetDllSymbol = getDllSymbol;
+  FreeDll = freeDll;
+  OpenFile = openFile;
   allocator.Alloc = allocate;
   allocator.Free = release;
   targetCharSet = VN_CHARSET_UTF8;
@@ -82,16 +82,16 @@ HostServices::~HostServices() {
 // Only plain file names: a module comes from the module folder and nowhere else.
 void* HostServices::load(const std::string& name) {
   if (name.empty() || name.find('/') != std::string::npos) return nullptr;
-  return ::dlopen((settings_.module_folder / name).c_str(), RTLD_NOW | RTLD_LOCAL);
+  return ::dlopen((settings_.moduleFolder / name).c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
-int HostServices::load_dll(tag_TPVAPIServices* services, const char* name, void** handle) {
+int HostServices::loadDll(tag_TPVAPIServices* services, const char* name, void** handle) {
   auto& self = host(services);
   try {
     *handle = self.load(name);
     if (*handle == nullptr) {
       const char* reason = ::dlerror();
-      self.observations_.missing_module = reason != nullptr ? reason : name;
+      self.observations_.missingModule = reason != nullptr ? reason : name;
       return 0;
     }
     if (!self.modules_.contains(name)) self.modules_[name] = self.load(name);
@@ -101,48 +101,48 @@ int HostServices::load_dll(tag_TPVAPIServices* services, const char* name, void*
   }
 }
 
-void* HostServices::get_dll_symbol(tag_TPVAPIServices* services, void* handle, const char* symbol) {
+void* HostServices::getDllSymbol(tag_TPVAPIServices* services, void* handle, const char* symbol) {
   void* address = ::dlsym(handle, symbol);
   if (address == nullptr || std::strcmp(symbol, kContainerEntryPoint) != 0) return address;
-  reinterpret_cast<GetContainerReaderInterfaceFunction>(address)(&host(services).container_module_);
-  return reinterpret_cast<void*>(&fill_tap);
+  reinterpret_cast<GetContainerReaderInterfaceFunction>(address)(&host(services).containerModule_);
+  return reinterpret_cast<void*>(&fillTap);
 }
 
-void HostServices::free_dll(tag_TPVAPIServices*, void* handle) { ::dlclose(handle); }
+void HostServices::freeDll(tag_TPVAPIServices*, void* handle) { ::dlclose(handle); }
 
 // --- Streams ---
 
-_VPTPIOobj* HostServices::open_file(tag_TPVAPIServices* services, const char* path,
-                                    const char* mode) {
+_VPTPIOobj* HostServices::openFile(tag_TPVAPIServices* services, const char* path,
+                                   const char* mode) {
   auto& self = host(services);
   const std::string_view wanted = mode != nullptr ? mode : "";
   try {
-    if (path != nullptr && wanted == "rb") return self.open_path(path);
-    if (path == nullptr && wanted == "a+") return self.open_scratch();
+    if (path != nullptr && wanted == "rb") return self.openPath(path);
+    if (path == nullptr && wanted == "a+") return self.openScratch();
   } catch (const std::bad_alloc&) {
-    self.observations_.scratch_failure = {"", ENOMEM};
+    self.observations_.scratchFailure = {"", ENOMEM};
   }
   return nullptr;
 }
 
-_VPTPIOobj* HostServices::open_path(const char* path) {
-  UniqueFd file = open_regular(path);
-  std::unique_ptr<ByteStore> store = file ? make_file_store(std::move(file)) : nullptr;
+_VPTPIOobj* HostServices::openPath(const char* path) {
+  UniqueFd file = openRegular(path);
+  std::unique_ptr<ByteStore> store = file ? makeFileStore(std::move(file)) : nullptr;
   if (!store) {
-    observations_.open_failure = {name_of(path), errno};
+    observations_.openFailure = {nameOf(path), errno};
     return nullptr;
   }
-  return adopt(std::move(store), {.content = content_of(path),
-                                  .align_reads = settings_.align_reads,
-                                  .name = name_of(path),
+  return adopt(std::move(store), {.content = contentOf(path),
+                                  .alignReads = settings_.alignReads,
+                                  .name = nameOf(path),
                                   .path = path});
 }
 
-_VPTPIOobj* HostServices::open_scratch() {
-  return adopt(make_scratch_store(settings_.scratch_memory), {.content = IoObject::Content::unknown,
-                                                              .align_reads = settings_.align_reads,
-                                                              .name = "",
-                                                              .path = ""});
+_VPTPIOobj* HostServices::openScratch() {
+  return adopt(makeScratchStore(settings_.scratchMemory), {.content = IoObject::Content::kUnknown,
+                                                           .alignReads = settings_.alignReads,
+                                                           .name = "",
+                                                           .path = ""});
 }
 
 _VPTPIOobj* HostServices::adopt(std::unique_ptr<ByteStore> store, IoObject::Settings settings) {
@@ -153,7 +153,7 @@ _VPTPIOobj* HostServices::adopt(std::unique_ptr<ByteStore> store, IoObject::Sett
   return io;
 }
 
-int HostServices::close_object(_VPTPIOobj* io) {
+int HostServices::closeObject(_VPTPIOobj* io) {
   static_cast<OwnedObject*>(io)->owner.objects_.erase(io);
   return 1;
 }
@@ -163,46 +163,45 @@ IoObject* HostServices::find(_VPTPIOobj* io) {
   return found == objects_.end() ? nullptr : found->second.get();
 }
 
-std::string HostServices::name_of(const std::string& path) const {
+std::string HostServices::nameOf(const std::string& path) const {
   const std::string prefix = settings_.root + "/";
   return path.starts_with(prefix) ? path.substr(prefix.size()) : path;
 }
 
 // --- The tap ---
 
-int HostServices::fill_tap(ContainerReaderInterface* interface) {
-  *interface = {open_container, close_container, get_entry_info,
-                extract_entry,  get_entry_count, {}};
+int HostServices::fillTap(ContainerReaderInterface* interface) {
+  *interface = {openContainer, closeContainer, getEntryInfo, extractEntry, getEntryCount, {}};
   return 1;
 }
 
-void* HostServices::open_container(_VPTPIOobj* io, tag_TPVAPIServices* services, int option) {
+void* HostServices::openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, int option) {
   auto& self = host(services);
   const IoObject* object = self.find(io);
   try {
     const std::string name = object != nullptr ? object->name() : "";
     auto container = std::make_unique<Container>(
-        Container{self, self.container_module_, nullptr, name.empty() ? "" : name + "/"});
-    container->handle = self.container_module_.OpenContainer(io, services, option);
+        Container{self, self.containerModule_, nullptr, name.empty() ? "" : name + "/"});
+    container->handle = self.containerModule_.OpenContainer(io, services, option);
     if (container->handle != nullptr) return container.release();
-    self.observations_.not_a_container = name;
+    self.observations_.notAContainer = name;
   } catch (const std::bad_alloc&) {
-    self.observations_.scratch_failure = {"", ENOMEM};
+    self.observations_.scratchFailure = {"", ENOMEM};
   }
   return nullptr;
 }
 
-int HostServices::close_container(void* container) {
+int HostServices::closeContainer(void* container) {
   const std::unique_ptr<Container> owned(static_cast<Container*>(container));
   return owned->module.CloseContainer(owned->handle);
 }
 
-int HostServices::get_entry_info(void* container, std::int32_t index, ContainerEntryInfo* entry) {
+int HostServices::getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry) {
   const auto& self = *static_cast<Container*>(container);
   const int status = self.module.GetEntryInfo(self.handle, index, entry);
   if (status == VN_CONTAINER_OK) return status;
   try {
-    self.host.observations_.refused = {self.member_name(index), status};
+    self.host.observations_.refused = {self.memberName(index), status};
   } catch (const std::bad_alloc&) {
     return VN_CONTAINER_OUT_OF_MEMORY;
   }
@@ -211,12 +210,12 @@ int HostServices::get_entry_info(void* container, std::int32_t index, ContainerE
 
 // The size is compared once more: the reader would never find the end of a
 // stream that is shorter than its record says.
-int HostServices::extract_entry(void* container, std::int32_t index, _VPTPIOobj* stream) {
+int HostServices::extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream) {
   const auto& self = *static_cast<Container*>(container);
   try {
-    const std::string name = self.member_name(index);
+    const std::string name = self.memberName(index);
     IoObject* object = self.host.find(stream);
-    if (object != nullptr) object->receive_member(name);
+    if (object != nullptr) object->receiveMember(name);
     int status = self.module.ExtractEntry(self.handle, index, stream);
     ContainerEntryInfo entry;
     if (status == VN_CONTAINER_OK) status = self.module.GetEntryInfo(self.handle, index, &entry);
@@ -230,16 +229,16 @@ int HostServices::extract_entry(void* container, std::int32_t index, _VPTPIOobj*
   }
 }
 
-int HostServices::get_entry_count(void* container) {
+int HostServices::getEntryCount(void* container) {
   const auto& self = *static_cast<Container*>(container);
   return self.module.GetEntryCount(self.handle);
 }
 
-std::optional<std::vector<std::string>> HostServices::list_members(_VPTPIOobj& io) {
+std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io) {
   void* module = load(kContainerModule);
   if (module == nullptr) return std::nullopt;
-  const auto close_module = [](void* handle) { ::dlclose(handle); };
-  const std::unique_ptr<void, decltype(close_module)> guard(module, close_module);
+  const auto closeModule = [](void* handle) { ::dlclose(handle); };
+  const std::unique_ptr<void, decltype(closeModule)> guard(module, closeModule);
   const auto fill =
       reinterpret_cast<GetContainerReaderInterfaceFunction>(::dlsym(module, kContainerEntryPoint));
   if (fill == nullptr) return std::nullopt;

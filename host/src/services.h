@@ -27,10 +27,10 @@ namespace dorvex {
 class HostServices : public tag_TPVAPIServices {
  public:
   struct Settings {
-    std::filesystem::path module_folder;  // where LoadDll looks
-    std::size_t scratch_memory = 0;       // bytes of a scratch stream kept in memory
-    bool align_reads = true;              // read member streams in step with their chunks
-    std::string root;                     // of a package directory; left out of names
+    std::filesystem::path moduleFolder;  // where LoadDll looks
+    std::size_t scratchMemory = 0;       // bytes of a scratch stream kept in memory
+    bool alignReads = true;              // read member streams in step with their chunks
+    std::string root;                    // of a package directory; left out of names
   };
 
   HostServices(Settings settings, Observations& observations);
@@ -41,37 +41,37 @@ class HostServices : public tag_TPVAPIServices {
 
   // The names of the members of a zip, through the container module. Nothing
   // when it cannot be loaded or cannot open io. Not noted in the observations.
-  std::optional<std::vector<std::string>> list_members(_VPTPIOobj& io);
+  std::optional<std::vector<std::string>> listMembers(_VPTPIOobj& io);
 
  private:
   struct OwnedObject;
   struct Container;
 
-  static int load_dll(tag_TPVAPIServices* services, const char* name, void** handle);
-  static void* get_dll_symbol(tag_TPVAPIServices* services, void* handle, const char* symbol);
-  static void free_dll(tag_TPVAPIServices* services, void* handle);
-  static _VPTPIOobj* open_file(tag_TPVAPIServices* services, const char* path, const char* mode);
-  static int close_object(_VPTPIOobj* io);
+  static int loadDll(tag_TPVAPIServices* services, const char* name, void** handle);
+  static void* getDllSymbol(tag_TPVAPIServices* services, void* handle, const char* symbol);
+  static void freeDll(tag_TPVAPIServices* services, void* handle);
+  static _VPTPIOobj* openFile(tag_TPVAPIServices* services, const char* path, const char* mode);
+  static int closeObject(_VPTPIOobj* io);
 
-  static int fill_tap(ContainerReaderInterface* interface);
-  static void* open_container(_VPTPIOobj* io, tag_TPVAPIServices* services, int option);
-  static int close_container(void* container);
-  static int get_entry_info(void* container, std::int32_t index, ContainerEntryInfo* entry);
-  static int extract_entry(void* container, std::int32_t index, _VPTPIOobj* stream);
-  static int get_entry_count(void* container);
+  static int fillTap(ContainerReaderInterface* interface);
+  static void* openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, int option);
+  static int closeContainer(void* container);
+  static int getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry);
+  static int extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream);
+  static int getEntryCount(void* container);
 
   void* load(const std::string& name);
-  _VPTPIOobj* open_path(const char* path);
-  _VPTPIOobj* open_scratch();
+  _VPTPIOobj* openPath(const char* path);
+  _VPTPIOobj* openScratch();
   _VPTPIOobj* adopt(std::unique_ptr<ByteStore> store, IoObject::Settings settings);
   IoObject* find(_VPTPIOobj* io);
-  std::string name_of(const std::string& path) const;
+  std::string nameOf(const std::string& path) const;
 
   Settings settings_;
   Observations& observations_;
   std::map<std::string, void*> modules_;  // held, so that a nested container costs no reload
   std::unordered_map<_VPTPIOobj*, std::unique_ptr<OwnedObject>> objects_;
-  ContainerReaderInterface container_module_{};
+  ContainerReaderInterface containerModule_{};
 };
 
 }  // namespace dorvex

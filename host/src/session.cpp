@@ -22,35 +22,35 @@ constexpr std::size_t kSmallestBuffer = 4110;
 // The path of a directory package as the reader gets it. It looks for marker
 // names anywhere in the path and cuts long ones, so the true path, which may
 // hold such a name by chance, never reaches it.
-std::string neutral_root(const UniqueFd& directory) {
+std::string neutralRoot(const UniqueFd& directory) {
   return directory ? "/proc/self/fd/" + std::to_string(directory.get()) : "";
 }
 
-IoObject::Settings document_settings(const std::string& root) {
+IoObject::Settings documentSettings(const std::string& root) {
   IoObject::Settings settings;
   if (!root.empty()) settings.path = root + "/Index/Document.iwa";
   return settings;
 }
 
-std::unique_ptr<ByteStore> store_of(OpenInput& input) {
-  auto store = input.take_store();
-  return store ? std::move(store) : make_memory_store({});
+std::unique_ptr<ByteStore> storeOf(OpenInput& input) {
+  auto store = input.takeStore();
+  return store ? std::move(store) : makeMemoryStore({});
 }
 
 class Session final : public Document::Source {
  public:
   Session(const HostOptions& options, OpenInput input)
       : input_(std::move(input)),
-        root_(neutral_root(input_.directory())),
+        root_(neutralRoot(input_.directory())),
         module_(ReaderModule::load(options.module)),
-        services_({.module_folder = std::filesystem::absolute(options.module).parent_path(),
-                   .scratch_memory = options.scratch_memory,
-                   .align_reads = options.align_reads,
+        services_({.moduleFolder = std::filesystem::absolute(options.module).parent_path(),
+                   .scratchMemory = options.scratchMemory,
+                   .alignReads = options.alignReads,
                    .root = root_},
                   seen_),
-        io_(store_of(input_), document_settings(root_), seen_),
-        declared_size_(options.buffer_size),
-        buffer_(owned_buffer_size(options.buffer_size)) {
+        io_(storeOf(input_), documentSettings(root_), seen_),
+        declaredSize_(options.bufferSize),
+        buffer_(ownedBufferSize(options.bufferSize)) {
     std::uint32_t allocated = 0;
     context_ = reader().AllocateContext(nullptr, nullptr, &allocated, &services_, 0);
     if (context_ == nullptr) {
@@ -68,7 +68,7 @@ class Session final : public Document::Source {
     for (int empty = 0; empty < kMostEmptyAnswers; ++empty) {
       if (context_ == nullptr || returned_ != 0 || percent_ == 100) return std::nullopt;
       unsigned int length = 0;
-      returned_ = reader().FillBuffer(context_, buffer_.data(), &length, &percent_, declared_size_);
+      returned_ = reader().FillBuffer(context_, buffer_.data(), &length, &percent_, declaredSize_);
       if (returned_ != 0) return std::nullopt;
       if (length > buffer_.size()) return fail("the module wrote beyond its buffer");
       if (length > 0) return std::span(buffer_).first(length);
@@ -77,7 +77,7 @@ class Session final : public Document::Source {
   }
 
   Result result() override {
-    if (!fault_.empty()) return module_failure(fault_);
+    if (!fault_.empty()) return moduleFailure(fault_);
     return diagnose(returned_, seen_, [this] { return look(); });
   }
 
@@ -94,10 +94,10 @@ class Session final : public Document::Source {
     PackageLook look;
     if (input_.directory()) {
       look.directory = true;
-      look_at_names(list_directory(input_.directory().get()), look);
+      lookAtNames(listDirectory(input_.directory().get()), look);
     } else {
-      look_at_start(io_.store(), look);
-      if (const auto names = services_.list_members(io_)) look_at_names(*names, look);
+      lookAtStart(io_.store(), look);
+      if (const auto names = services_.listMembers(io_)) lookAtNames(*names, look);
     }
     return look;
   }
@@ -108,7 +108,7 @@ class Session final : public Document::Source {
   Observations seen_;
   HostServices services_;
   IoObject io_;
-  std::uint32_t declared_size_;
+  std::uint32_t declaredSize_;
   std::vector<unsigned char> buffer_;
   void* context_ = nullptr;
   int returned_ = 0;
@@ -128,28 +128,27 @@ class FailedSource final : public Document::Source {
 
 }  // namespace
 
-std::size_t owned_buffer_size(std::uint32_t declared) {
+std::size_t ownedBufferSize(std::uint32_t declared) {
   return std::max(declared + kTokenOverhang, kSmallestBuffer);
 }
 
-Result module_failure(const std::string& message) {
+Result moduleFailure(const std::string& message) {
   Result result;
-  result.status = Status::failed;
-  result.failure = Failure::module_unusable;
+  result.status = Status::kFailed;
+  result.failure = Failure::kModuleUnusable;
   result.message = message;
   return result;
 }
 
-std::unique_ptr<Document::Source> make_failed_source(Result result) {
+std::unique_ptr<Document::Source> makeFailedSource(Result result) {
   return std::make_unique<FailedSource>(std::move(result));
 }
 
-std::unique_ptr<Document::Source> make_session(const HostOptions& options, OpenInput input) {
+std::unique_ptr<Document::Source> makeSession(const HostOptions& options, OpenInput input) {
   try {
     return std::make_unique<Session>(options, std::move(input));
   } catch (const ModuleError& error) {
-    return make_failed_source(
-        module_failure(std::string("cannot load the module: ") + error.what()));
+    return makeFailedSource(moduleFailure(std::string("cannot load the module: ") + error.what()));
   }
 }
 

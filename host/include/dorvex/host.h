@@ -3,7 +3,7 @@
 //   dorvex::Host host({.module = "/usr/lib/dorvex/dorvexsr.so"});
 //   dorvex::Document document = host.open(dorvex::Input::path("Letter.pages"));
 //   for (const std::string& text : document.texts()) std::cout << text << '\n';
-//   if (document.result().status != dorvex::Status::ok) std::cerr << describe(document.result());
+//   if (document.result().status != dorvex::Status::kOk) std::cerr << describe(document.result());
 #pragma once
 
 #include <chrono>
@@ -27,17 +27,17 @@ namespace dorvex {
 // Where the reader works. It keeps what it parsed allocated for ever, and a
 // hostile document may make it run for ever.
 enum class Isolation {
-  child_process,  // forked for each document; a crash or a hang costs that document only
-  in_process,     // in the caller's process: memory stays behind, nothing limits it
+  kChildProcess,  // forked for each document; a crash or a hang costs that document only
+  kInProcess,     // in the caller's process: memory stays behind, nothing limits it
 };
 
 // What one document may take. Zero means no limit. Only with a child process.
 struct Limits {
   // Time that the host waits for the child; time in which the caller does not
   // ask for more does not count.
-  std::chrono::milliseconds wall_time = std::chrono::seconds(60);
+  std::chrono::milliseconds wallTime = std::chrono::seconds(60);
   // Processor time of the child, rounded up to seconds.
-  std::chrono::seconds processor_time{0};
+  std::chrono::seconds processorTime{0};
   // Address space of the child in bytes.
   std::uint64_t memory = 0;
 };
@@ -45,17 +45,17 @@ struct Limits {
 struct HostOptions {
   // The reader module's file. The container module is looked for beside it.
   std::filesystem::path module;
-  Isolation isolation = Isolation::child_process;
+  Isolation isolation = Isolation::kChildProcess;
   Limits limits{};
   // The size that is declared to the reader for its output buffer: 51 to
-  // 16777216 bytes. It decides how much next_buffer gives at a time.
-  std::uint32_t buffer_size = 65536;
+  // 16777216 bytes. It decides how much nextBuffer gives at a time.
+  std::uint32_t bufferSize = 65536;
   // Bytes of an unpacked member, or of an input that is no file, that are kept
   // in memory; a larger one goes to an unnamed temporary file.
-  std::size_t scratch_memory = 16 * 1024 * 1024;
+  std::size_t scratchMemory = 16 * 1024 * 1024;
   // Read member streams in step with their chunks. Without it the reader loses
   // sound members whose chunks do not suit its reads of 4096 bytes.
-  bool align_reads = true;
+  bool alignReads = true;
 };
 
 class TextRange;
@@ -74,12 +74,12 @@ class Document {
 
   // The next buffer of whole tokens, never empty; nothing at the end. Valid
   // until the next call. Not to be mixed with the two functions below.
-  std::optional<std::span<const unsigned char>> next_buffer();
+  std::optional<std::span<const unsigned char>> nextBuffer();
 
   // The next text in UTF-8 as the document stores it, its pieces joined;
   // nothing at the end. What a broken token stream holds is given up to the
   // fault, and the result tells.
-  std::optional<std::string> next_text();
+  std::optional<std::string> nextText();
 
   // The texts that are left, as a range to go through once.
   TextRange texts();
@@ -89,7 +89,7 @@ class Document {
 
  private:
   void end(Result result);
-  void fail_on_tokens(const TokenStreamError& error);
+  void failOnTokens(const TokenStreamError& error);
   bool fetch();
   bool check(std::span<const unsigned char> buffer);
 
@@ -97,7 +97,7 @@ class Document {
   std::span<const unsigned char> buffer_;
   TokenStreamReader reader_;
   TextJoiner joiner_;
-  std::uint64_t token_bytes_ = 0;
+  std::uint64_t tokenBytes_ = 0;
   std::optional<Result> result_;
 };
 
@@ -114,7 +114,7 @@ class TextRange {
     const std::string& operator*() const { return *text_; }
     const std::string* operator->() const { return &*text_; }
     iterator& operator++() {
-      text_ = document_->next_text();
+      text_ = document_->nextText();
       return *this;
     }
     void operator++(int) { ++*this; }
@@ -122,7 +122,7 @@ class TextRange {
 
    private:
     friend class TextRange;
-    explicit iterator(Document* document) : document_(document), text_(document->next_text()) {}
+    explicit iterator(Document* document) : document_(document), text_(document->nextText()) {}
 
     Document* document_ = nullptr;
     std::optional<std::string> text_;
@@ -154,8 +154,8 @@ class Host {
   Document open(const Input& input) const;
 
   // Hands every text to take, then tells what became of the document.
-  Result for_each_text(const Input& input,
-                       const std::function<void(std::string_view text)>& take) const;
+  Result forEachText(const Input& input,
+                     const std::function<void(std::string_view text)>& take) const;
 
   const HostOptions& options() const;
 

@@ -23,7 +23,7 @@ class Input {
   // Bytes that stay the caller's, unchanged, until the Document is gone.
   static Input memory(std::span<const unsigned char> bytes) { return Input(bytes); }
   // A stream, read to its end when the document is opened: in memory up to
-  // HostOptions::scratch_memory, in an unnamed temporary file beyond. It must
+  // HostOptions::scratchMemory, in an unnamed temporary file beyond. It must
   // live until then.
   static Input stream(std::istream& stream) { return Input(&stream); }
   // A callback, read in the same way.

@@ -9,29 +9,29 @@
 namespace dorvex {
 
 enum class Status {
-  ok,       // the document was read whole
-  partial,  // texts came out, but some of the document did not
-  failed,   // nothing came out that counts
+  kOk,       // the document was read whole
+  kPartial,  // texts came out, but some of the document did not
+  kFailed,   // nothing came out that counts
 };
 
 // Why a document was not read whole.
 enum class Failure {
-  none,
-  no_such_file,
-  permission_denied,
-  cannot_read,    // any other failure of the operating system
-  not_a_package,  // neither a zip nor a package directory
-  iwork09,        // a package of the generation before
-  password_protected,
-  damaged,
-  unsupported_compression,  // a zip member that the container module cannot expand
-  nothing_recognised,       // a package in which the reader found nothing it knows
-  out_of_memory,
-  endless_read,  // the reader would have read behind an end for ever
-  timed_out,
-  crashed,          // the child process died
-  module_unusable,  // the reader module cannot be loaded or breaks its contract
-  other,
+  kNone,
+  kNoSuchFile,
+  kPermissionDenied,
+  kCannotRead,   // any other failure of the operating system
+  kNotAPackage,  // neither a zip nor a package directory
+  kIwork09,      // a package of the generation before
+  kPasswordProtected,
+  kDamaged,
+  kUnsupportedCompression,  // a zip member that the container module cannot expand
+  kNothingRecognised,       // a package in which the reader found nothing it knows
+  kOutOfMemory,
+  kEndlessRead,  // the reader would have read behind an end for ever
+  kTimedOut,
+  kCrashed,         // the child process died
+  kModuleUnusable,  // the reader module cannot be loaded or breaks its contract
+  kOther,
 };
 
 // A member stream of the package that did not reach the text, or not whole.
@@ -43,16 +43,16 @@ struct SkippedMember {
 };
 
 struct Result {
-  Status status = Status::ok;
-  Failure failure = Failure::none;
+  Status status = Status::kOk;
+  Failure failure = Failure::kNone;
   // One sentence for people, without the document's name. Empty for ok.
   std::string message;
   // What the module returned last: 0, 2, 4 or 6; nothing when it was not asked
   // or gave no answer.
-  std::optional<int> module_result;
+  std::optional<int> moduleResult;
   int signal = 0;  // that ended the child process, or 0
   std::vector<SkippedMember> skipped;
-  std::uint64_t token_bytes = 0;  // length of the token stream so far
+  std::uint64_t tokenBytes = 0;  // length of the token stream so far
 
   bool operator==(const Result&) const = default;
 };

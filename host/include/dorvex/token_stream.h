@@ -19,10 +19,10 @@
 namespace dorvex {
 
 enum class TokenType : std::uint8_t {
-  text = 0x00,
-  text_break = 0x0E,
-  doc_header = 0x0F,
-  page_setup = 0x10,
+  kText = 0x00,
+  kTextBreak = 0x0E,
+  kDocHeader = 0x0F,
+  kPageSetup = 0x10,
 };
 
 // The payloads. The meaning of the numbers is the filtering host's own.
@@ -62,15 +62,15 @@ class TokenStreamReader {
   void finish() const;
 
  private:
-  enum class Expect { doc_header, page_setup, text, text_or_break };
+  enum class Expect { kDocHeader, kPageSetup, kText, kTextOrBreak };
 
-  Token read_token(std::uint8_t type, std::span<const unsigned char> payload);
+  Token readToken(std::uint8_t type, std::span<const unsigned char> payload);
   void allow(bool allowed, const char* token);
   [[noreturn]] void fail(const std::string& fault) const;
 
   std::span<const unsigned char> rest_;
   std::uint64_t position_ = 0;  // in the whole stream
-  Expect expect_ = Expect::doc_header;
+  Expect expect_ = Expect::kDocHeader;
 };
 
 // Joins the pieces of each text.
