@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Readers/dorvexsr/dorvexutil.h"
+#include "Tools/formats/vniwork13/pending_message.h"
 #include "Tools/formats/vniwork13/printed_form.h"
 
 namespace {
@@ -24,17 +25,34 @@ void normalise(std::string& value) {
   removeFirstCharOfPattern(value, "\\\"");
 }
 
+// The values of a message that was not built: the scanner knows where they are,
+// and that printing the message would give no others.
+void writeScannedValues(TAG_VNDORVEXGlobals* context, const vn::iwork13::PendingMessage& message) {
+  for (const vn::iwork13::SweptValue& found : message.values()) {
+    std::string value;
+    vn::iwork13::appendEscaped(message.bytesOf(found), value);
+    normalise(value);
+    writeToOutput(context, std::move(value));
+  }
+}
+
+void writePrintedValues(TAG_VNDORVEXGlobals* context, const std::string& printed) {
+  std::list<std::string> values;
+  extractFields(values, printed, "text");
+  extractFields(values, printed, "string");
+  for (const std::string& value : values) writeToOutput(context, value);
+}
+
 }  // namespace
 
 void getAllText(TAG_VNDORVEXGlobals* context, const vn::iwork13::MessageMap& map) {
   if (map.empty()) return;
   const vn::iwork13::MessagePrinter printer;
-  for (const auto& [identifier, message] : map) {
-    const std::string printed = printer.print(*message);
-    std::list<std::string> values;
-    extractFields(values, printed, "text");
-    extractFields(values, printed, "string");
-    for (const std::string& value : values) writeToOutput(context, value);
+  for (const auto& [identifier, message] : map.entries()) {
+    if (const auto* pending = dynamic_cast<const vn::iwork13::PendingMessage*>(message))
+      writeScannedValues(context, *pending);
+    else
+      writePrintedValues(context, printer.print(*message));
   }
 }
 

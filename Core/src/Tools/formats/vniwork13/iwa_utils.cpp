@@ -1,6 +1,5 @@
 #include "Tools/formats/vniwork13/iwa_utils.h"
 
-#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/message.h>
 
 #include <algorithm>
@@ -9,9 +8,8 @@
 #include <exception>
 
 #include "Readers/hostapi/container_reader.h"
-#include "TSPArchiveMessages.pb.h"
 #include "TSPMessages.pb.h"
-#include "Tools/formats/vniwork13/message_parser.h"
+#include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
 #include "Tools/vnstring/vnstring.h"
 
@@ -86,37 +84,7 @@ void DataDecompresser::read(_VPTPIOobj* io) {
 // ---------------------------------------------------------------------------
 // MessageMap
 
-namespace {
-
 using google::protobuf::Message;
-using google::protobuf::io::CodedInputStream;
-
-// Only so much of an object stream is readable; the walk of a longer one never
-// ends. Set by hand, since the library's own default differs between releases.
-constexpr int kTotalBytesLimit = 0x4000000;
-
-// Parses one message under a limit of length bytes; a length from 0x80000000 on
-// is no limit of its own. The cursor stays where the parse stopped.
-bool parseLimited(Message& message, CodedInputStream& input, std::uint64_t length) {
-  const CodedInputStream::Limit outer = input.PushLimit(static_cast<int>(length));
-  const bool parsed = parseMessage(message, input);
-  input.PopLimit(outer);
-  return parsed;
-}
-
-void addPayload(MessageMap::Map& map, const TSP::ArchiveInfo& archive, const TSP::MessageInfo& info,
-                CodedInputStream& input, MessageFactory factory) {
-  Message* message = factory(static_cast<int>(info.type()));
-  if (message == nullptr) {
-    input.Skip(static_cast<int>(info.length()));  // past the end: to the end
-    return;
-  }
-  // An instance that fails to parse, or whose identifier is taken, stays
-  // allocated: no owner is kept for it.
-  if (parseLimited(*message, input, info.length())) map.emplace(archive.identifier(), message);
-}
-
-}  // namespace
 
 MessageMap::~MessageMap() noexcept(false) {
   for (const auto& [identifier, message] : map_) delete message;
@@ -130,24 +98,12 @@ void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buf
 }
 
 void MessageMap::populate(const std::vector<unsigned char>& objectStream, MessageFactory factory) {
-  TSP::ArchiveInfo archive;
-  CodedInputStream input(objectStream.data(), static_cast<int>(objectStream.size()));
-  input.SetTotalBytesLimit(kTotalBytesLimit);
-  input.SetRecursionLimit(kRecursionLimit);
-  while (input.BytesUntilLimit() > 0) {
-    std::uint64_t length = 0;
-    // An unreadable prefix counts as 0. Where the cursor did not move either,
-    // the walk arrives here again for ever: nothing realigns a stream.
-    input.ReadVarint64(&length);
-    if (!parseLimited(archive, input, length)) continue;
-    for (const TSP::MessageInfo& info : archive.message_infos())
-      addPayload(map_, archive, info, input, factory);
-  }
+  walkObjectStream(objectStream, factory, kDefaultReading, map_);
 }
 
 Message* MessageMap::lookup(unsigned long long identifier) const {
   const auto entry = map_.find(identifier);
-  return entry != map_.end() ? entry->second : nullptr;
+  return entry != map_.end() ? buildPending(entry->second) : nullptr;
 }
 
 Message* MessageMap::lookup(const TSP::Reference& reference) const {

@@ -86,11 +86,13 @@ class VN_API MessageMap {
 
   bool empty() const { return map_.empty(); }
   std::size_t size() const { return map_.size(); }
-  Map::const_iterator begin() const { return map_.begin(); }
-  Map::const_iterator end() const { return map_.end(); }
+
+  // The container itself, for the text sweep: a message in it may still be
+  // pending (pending_message.h). Use lookup to get a message.
+  const Map& entries() const { return map_; }
 
  private:
-  Map map_;
+  mutable Map map_;  // a lookup builds the message that it returns
 };
 
 // Walks the zip that io holds, through the host's unzip module, and adds the
