@@ -1,0 +1,139 @@
+#include "documents.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "Tools/formats/vniwork13/snappy_utils.h"
+#include "support/package_writer.h"
+
+namespace dorvex::bench {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Member;
+
+bool isSelected(const std::string& name) {
+  static const char* const kPrefixes[] = {"Index/Document", "Document", "Index/CalculationEngine",
+                                          "CalculationEngine", "Index/Slide", "Slide",
+                                          "Index/Tables/", "Tables/"};
+  return name.ends_with(".iwa") &&
+         std::ranges::any_of(kPrefixes, [&](auto prefix) { return name.starts_with(prefix); });
+}
+
+void addMembers(const std::string& zip, Document& document) {
+  for (Member& member : testing::unzip(zip)) {
+    if (member.name.ends_with("Index.zip"))
+      addMembers(member.contents, document);
+    else if (isSelected(member.name))
+      document.members.push_back(std::move(member.contents));
+  }
+}
+
+void measure(Document& document) {
+  for (const auto& stream : objectStreams(document)) document.streamBytes += stream.size();
+}
+
+Document load(const fs::path& path) {
+  Document document{path.filename(), {}, {}, {}};
+  if (fs::is_directory(path)) {
+    document.memberPath = path / "Index" / "Document.iwa";
+    if (fs::exists(path / "Index.zip")) addMembers(testing::readFile(path / "Index.zip"), document);
+  } else {
+    document.bytes = testing::readFile(path);
+    addMembers(document.bytes, document);
+  }
+  measure(document);
+  return document;
+}
+
+// A style that holds no text: a stand-in for most of a real document.
+testing::Archive style(std::uint64_t identifier) {
+  testing::Wire properties;
+  for (unsigned field = 1; field < 30; ++field) properties.fixed32(field, 0x3F800000U + field);
+  testing::Wire payload;
+  testing::Wire super;
+  super.bytes(1, "a style").bytes(2, "style-identifier-" + std::to_string(identifier));
+  payload.message(1, super).varint(10, 12).message(11, properties);
+  return testing::object(identifier, 2021, payload);  // TSWP.CharacterStyleArchive
+}
+
+testing::Archive strings(std::uint64_t identifier) {
+  testing::Wire list;
+  list.varint(1, 1).varint(2, 10);
+  for (unsigned key = 1; key < 10; ++key) {
+    testing::Wire entry;
+    entry.varint(1, key).varint(2, 1).bytes(3, "cell " + std::to_string(identifier * 10 + key));
+    list.message(3, entry);
+  }
+  return testing::object(identifier, testing::kTableDataListType, list);
+}
+
+}  // namespace
+
+std::vector<std::vector<unsigned char>> objectStreams(const Document& document) {
+  std::vector<std::vector<unsigned char>> streams;
+  for (const std::string& member : document.members) {
+    const auto* cursor = reinterpret_cast<const unsigned char*>(member.data());
+    const auto* end = cursor + member.size();
+    vn::iwork13::DataDecompresser decompresser{};
+    while (cursor != end) {
+      const std::uint32_t length = vn::iwork13::getChunkLength(cursor);
+      decompresser.decompressChunk(cursor + vn::iwork13::kChunkHeaderSize, length);
+      cursor += vn::iwork13::kChunkHeaderSize + length;
+    }
+    streams.push_back(std::move(decompresser.objectStream));
+  }
+  return streams;
+}
+
+const std::vector<Document>& corpus() {
+  static const std::vector<Document> documents = [] {
+    std::vector<Document> found;
+    const fs::path folder = fs::path(DORVEX_CORPUS) / "documents";
+    if (!fs::exists(folder)) return found;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      try {
+        Document document = load(entry.path());
+        if (document.streamBytes > 0) found.push_back(std::move(document));
+      } catch (const std::exception&) {
+        // The folder holds a few files that are no packages.
+      }
+    }
+    std::ranges::sort(found, {}, &Document::name);
+    return found;
+  }();
+  return documents;
+}
+
+Document generated(const std::string& name, int objects, int members) {
+  std::vector<Member> files;
+  std::uint64_t identifier = 1;
+  for (int member = 0; member < members; ++member) {
+    std::vector<testing::Archive> archives;
+    for (int i = 0; i < objects / members; ++i, ++identifier) {
+      if (i % 16 == 0)
+        archives.push_back(testing::storage(
+            identifier, {"The lamp of lighthouse " + std::to_string(identifier) +
+                         " turns once in ten seconds, and nobody is up to see it.\n"}));
+      else if (i % 16 == 1)
+        archives.push_back(strings(identifier));
+      else
+        archives.push_back(style(identifier));
+    }
+    files.push_back({"Index/Tables/Member-" + std::to_string(member) + ".iwa",
+                     testing::iwa(archives)});
+  }
+  Document document{name, testing::zip(files), {}, {}};
+  addMembers(document.bytes, document);
+  measure(document);
+  return document;
+}
+
+const std::vector<Document>& generatedBySize() {
+  static const std::vector<Document> documents = {
+      generated("generated-3k", 3000, 3), generated("generated-30k", 30000, 3),
+      generated("generated-300k", 300000, 3), generated("generated-3k-members", 30000, 3000)};
+  return documents;
+}
+
+}  // namespace dorvex::bench

@@ -1,0 +1,123 @@
+// Each stage of reading on its own, over all real documents together.
+#include <benchmark/benchmark.h>
+#include <google/protobuf/message.h>
+
+#include "Readers/dorvexsr/dorvexlistutil.h"
+#include "Readers/dorvexsr/dorvexutil.h"
+#include "Tools/formats/vniwork13/object_walk.h"
+#include "Tools/formats/vniwork13/registry.h"
+#include "documents.h"
+#include "support/bare_host.h"
+
+namespace dorvex::bench {
+namespace {
+
+using vn::iwork13::MessageMap;
+using vn::iwork13::PayloadReading;
+using Streams = std::vector<std::vector<unsigned char>>;
+
+std::size_t totalStreamBytes() {
+  std::size_t bytes = 0;
+  for (const Document& document : corpus()) bytes += document.streamBytes;
+  return bytes;
+}
+
+void reportBytes(benchmark::State& state) {
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * totalStreamBytes()));
+  state.counters["documents"] =
+      benchmark::Counter(static_cast<double>(state.iterations() * corpus().size()),
+                         benchmark::Counter::kIsRate);
+}
+
+void walk(const Streams& streams, PayloadReading reading, MessageMap::Map& map) {
+  for (const auto& stream : streams)
+    vn::iwork13::walkObjectStream(stream, vn::iwork13::getPagesMessage, reading, map);
+}
+
+void clear(MessageMap::Map& map) {
+  for (auto& [identifier, message] : map) delete message;
+  map.clear();
+}
+
+void decompression(benchmark::State& state) {
+  for (auto _ : state)
+    for (const Document& document : corpus()) benchmark::DoNotOptimize(objectStreams(document));
+  reportBytes(state);
+}
+
+void objectWalk(benchmark::State& state, PayloadReading reading) {
+  std::vector<Streams> all;
+  for (const Document& document : corpus()) all.push_back(objectStreams(document));
+  for (auto _ : state) {
+    for (const Streams& streams : all) {
+      MessageMap::Map map;
+      walk(streams, reading, map);
+      state.PauseTiming();
+      clear(map);
+      state.ResumeTiming();
+    }
+  }
+  reportBytes(state);
+}
+
+// What any reader of the format pays: decompressing, and the generated parser.
+void floorOfReading(benchmark::State& state) {
+  for (auto _ : state) {
+    for (const Document& document : corpus()) {
+      MessageMap::Map map;
+      walk(objectStreams(document), PayloadReading::kBuild, map);
+      state.PauseTiming();
+      clear(map);
+      state.ResumeTiming();
+    }
+  }
+  reportBytes(state);
+}
+
+void normalisation(benchmark::State& state, const std::string& piece) {
+  std::string value;
+  while (value.size() < 1U << 20U) value += piece;
+  for (auto _ : state) {
+    std::string copy = value;
+    convertAllOctalCodesToAscii(copy);
+    replaceAllLFsAndTabs(copy);
+    removeFirstCharOfPattern(copy, "\\'");
+    removeFirstCharOfPattern(copy, "\\\"");
+    benchmark::DoNotOptimize(copy);
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * value.size()));
+}
+
+// Texts through output staging, overflow buffers included.
+void staging(benchmark::State& state) {
+  const std::string text(200, 'x');
+  std::size_t bytes = 0;
+  for (auto _ : state) {
+    testing::BareHost host;
+    TAG_VNDORVEXGlobals context{};
+    std::vector<unsigned char> buffer(65536 + 4110);
+    context.services = host.services();
+    context.tokenBufStart = context.tokenCursor = buffer.data();
+    context.tokenBufSize = 65536;
+    for (int i = 0; i < 10000; ++i) writeToOutput(&context, text);
+    bytes += 10000 * text.size();
+    while (OverflowNode* head = context.overflowHead) {
+      host.services()->allocator.Free(&host.services()->allocator, head->data);
+      dorvexOverflow_delete(&context);
+    }
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+}
+
+BENCHMARK(decompression)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(objectWalk, scan, PayloadReading::kScan)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(objectWalk, build, PayloadReading::kBuild)->Unit(benchmark::kMillisecond);
+BENCHMARK(floorOfReading)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(normalisation, prose, std::string("a line of prose\\n"));
+BENCHMARK_CAPTURE(normalisation, backslashes, std::string("\\\\"));
+BENCHMARK_CAPTURE(normalisation, octal, std::string("\\001"));
+BENCHMARK_CAPTURE(normalisation, nested, std::string("\\0\\001\\00\\00202"));
+BENCHMARK(staging);
+
+}  // namespace
+}  // namespace dorvex::bench
