@@ -172,7 +172,9 @@ struct BareHost::Slots {
     try {
       auto container = std::make_unique<EmulatedContainer>();
       container->host = &host;
-      container->members = unzip(toStream(io).contents);
+      const std::string& bytes = toStream(io).contents;
+      if (bytes.empty()) return nullptr;  // libzip would take it for a zip of no members
+      container->members = unzip(bytes);
       ++host.openContainers_;
       return container.release();
     } catch (const std::exception&) {

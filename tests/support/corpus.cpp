@@ -1,4 +1,4 @@
-#include "module/corpus.h"
+#include "support/corpus.h"
 
 #include <algorithm>
 #include <cctype>
