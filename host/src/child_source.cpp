@@ -40,15 +40,17 @@ void reportOutOfMemory() {
   ::_exit(EXIT_FAILURE);
 }
 
-void setLimit(decltype(RLIMIT_CPU) resource, rlim_t value) {
-  if (value == 0) return;
-  const rlimit limit{value, value};
-  ::setrlimit(resource, &limit);
-}
-
+// The hard limit on processor time lies above, since passing it is SIGKILL,
+// which does not tell what happened.
 void apply(const Limits& limits) {
-  setLimit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorTime.count()));
-  setLimit(RLIMIT_AS, limits.memory);
+  if (const auto seconds = static_cast<rlim_t>(limits.processorTime.count()); seconds > 0) {
+    const rlimit limit{seconds, seconds + 1};
+    ::setrlimit(RLIMIT_CPU, &limit);
+  }
+  if (limits.memory > 0) {
+    const rlimit limit{limits.memory, limits.memory};
+    ::setrlimit(RLIMIT_AS, &limit);
+  }
 }
 
 [[noreturn]] void runChild(int pipe, const HostOptions& options, OpenInput input) {

@@ -165,7 +165,8 @@ IoObject* HostServices::find(_VPTPIOobj* io) {
 
 std::string HostServices::nameOf(const std::string& path) const {
   const std::string prefix = settings_.root + "/";
-  return path.starts_with(prefix) ? path.substr(prefix.size()) : path;
+  const bool inside = !settings_.root.empty() && path.starts_with(prefix);
+  return inside ? path.substr(prefix.size()) : path;
 }
 
 // --- The tap ---

@@ -16,6 +16,9 @@ namespace {
 // A reader that keeps answering with nothing will not come to an end.
 constexpr int kMostEmptyAnswers = 1000;
 
+// The only reason for which a reader has no context to give.
+constexpr int kOutOfMemory = 2;
+
 constexpr std::size_t kTokenOverhang = 14;
 constexpr std::size_t kSmallestBuffer = 4110;
 
@@ -54,10 +57,10 @@ class Session final : public Document::Source {
     std::uint32_t allocated = 0;
     context_ = reader().AllocateContext(nullptr, nullptr, &allocated, &services_, 0);
     if (context_ == nullptr) {
-      returned_ = services_.lastError;
-      return;
+      returned_ = kOutOfMemory;
+    } else {
+      reader().InitDoc(context_, nullptr, 0, &io_);
     }
-    reader().InitDoc(context_, nullptr, 0, &io_);
   }
 
   ~Session() override {
