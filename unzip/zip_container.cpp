@@ -5,7 +5,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <string_view>
 
 #include "io_source.h"
 
@@ -33,20 +32,6 @@ VNContainerStatus statusOf(const zip_error_t* error) {
     default:
       return VN_CONTAINER_DAMAGED;
   }
-}
-
-std::size_t countCodePoints(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
-}
-
-// libzip hands names out as C strings, which end at the first NUL. A name with
-// a control character in it is read as code page 437, though, where each byte
-// becomes one character and NUL a visible one: what is longer there than the
-// raw name was cut.
-bool wasCutAtNul(zip_t* archive, zip_uint64_t index, std::string_view raw) {
-  const char* decoded = zip_get_name(archive, index, ZIP_FL_ENC_GUESS);
-  return decoded == nullptr || (raw != decoded && countCodePoints(decoded) > raw.size());
 }
 
 bool writeAll(_VPTPIOobj* stream, const char* data, std::size_t size) {
@@ -107,9 +92,7 @@ VNContainerStatus ZipContainer::entryInfo(std::int32_t index, ContainerEntryInfo
     return statusOf(zip_get_error(archive_.get()));
   }
   const std::size_t length = std::strlen(name);
-  if (length >= sizeof(entry.name) || wasCutAtNul(archive_.get(), position, {name, length})) {
-    return VN_CONTAINER_DAMAGED;
-  }
+  if (length >= sizeof(entry.name)) return VN_CONTAINER_DAMAGED;
   std::memcpy(entry.name, name, length + 1);
   entry.size = static_cast<std::uint32_t>(std::min<zip_uint64_t>(stat.size, kLargestSize));
   return VN_CONTAINER_OK;

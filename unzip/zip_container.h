@@ -13,9 +13,11 @@ namespace dorvex::unzip {
 // What a zip may hold and what becomes of it:
 //
 //  - A directory is a member of size 0 whose name ends in a slash.
-//  - A name that the record cannot hold whole (1048 bytes and more, or a NUL
-//    within) makes entryInfo fail as damaged: cut short it could pass for
-//    another member, or hide one that counts.
+//  - A name of 1048 bytes and more, which the record cannot hold, makes
+//    entryInfo fail as damaged: cut short it could pass for another member, or
+//    hide one that counts.
+//  - A NUL within a name is shown as a blank (libzip's doing), so that it cannot
+//    cut the name short either.
 //  - A member of 4 GiB or more has the size 0xFFFFFFFF in its record, so that a
 //    container can be listed past it; extracting it is a general failure.
 //  - An encrypted member and one with a compression that libzip lacks are
