@@ -13,9 +13,9 @@ namespace fs = std::filesystem;
 using testing::Member;
 
 bool isSelected(const std::string& name) {
-  static const char* const kPrefixes[] = {"Index/Document", "Document", "Index/CalculationEngine",
-                                          "CalculationEngine", "Index/Slide", "Slide",
-                                          "Index/Tables/", "Tables/"};
+  static const char* const kPrefixes[] = {
+      "Index/Document", "Document", "Index/CalculationEngine", "CalculationEngine",
+      "Index/Slide",    "Slide",    "Index/Tables/",           "Tables/"};
   return name.ends_with(".iwa") &&
          std::ranges::any_of(kPrefixes, [&](auto prefix) { return name.starts_with(prefix); });
 }
@@ -120,8 +120,8 @@ Document generated(const std::string& name, int objects, int members) {
       else
         archives.push_back(style(identifier));
     }
-    files.push_back({"Index/Tables/Member-" + std::to_string(member) + ".iwa",
-                     testing::iwa(archives)});
+    files.push_back(
+        {"Index/Tables/Member-" + std::to_string(member) + ".iwa", testing::iwa(archives)});
   }
   Document document{name, testing::zip(files), {}, {}};
   addMembers(document.bytes, document);

@@ -24,9 +24,8 @@ std::size_t totalStreamBytes() {
 
 void reportBytes(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * totalStreamBytes()));
-  state.counters["documents"] =
-      benchmark::Counter(static_cast<double>(state.iterations() * corpus().size()),
-                         benchmark::Counter::kIsRate);
+  state.counters["documents"] = benchmark::Counter(
+      static_cast<double>(state.iterations() * corpus().size()), benchmark::Counter::kIsRate);
 }
 
 void walk(const Streams& streams, PayloadReading reading, MessageMap::Map& map) {

@@ -30,6 +30,10 @@ unsigned int bytesInBuffer(const TAG_VNDORVEXGlobals* context) {
   return static_cast<unsigned int>(context->tokenCursor - context->tokenBufStart);
 }
 
+// Whether dorvexOverflow_getSize is above 0, without walking the list: with a
+// small host buffer there is a call of the pump for each of many nodes.
+bool hasOverflow(const TAG_VNDORVEXGlobals* context) { return context->overflowHead != nullptr; }
+
 // Reads the document and stages all its tokens.
 void readDocument(TAG_VNDORVEXGlobals* context) {
   writePrologue(context);
@@ -42,7 +46,7 @@ void readDocument(TAG_VNDORVEXGlobals* context) {
 void finishFirstBuffer(TAG_VNDORVEXGlobals* context, unsigned int* length, int* percent) {
   dorvexOverflowUpdateTailTokenBufSize(context, context->tokenCursor, context->tokenBufStart);
   *length = bytesInBuffer(context);
-  if (dorvexOverflow_getSize(context) > 0) {
+  if (hasOverflow(context)) {
     *length = static_cast<unsigned int>(context->firstBufferBytes);
     *percent = percentOf(context->firstBufferBytes, context->overflowTotal);
   } else {
@@ -61,7 +65,7 @@ void drainOverflow(TAG_VNDORVEXGlobals* context, unsigned char* buffer, unsigned
   VNAllocator& allocator = context->services->allocator;
   if (head->data != nullptr) allocator.Free(&allocator, head->data);
   dorvexOverflow_delete(context);
-  if (dorvexOverflow_getSize(context) == 0) *percent = kDone;  // whatever truncation left
+  if (!hasOverflow(context)) *percent = kDone;  // whatever truncation left
   *length = bytesInBuffer(context);
 }
 
@@ -72,7 +76,7 @@ void fillBuffer(TAG_VNDORVEXGlobals* context, unsigned char* buffer, unsigned in
   context->tokenBufStart = buffer;
   context->tokenCursor = buffer;
   context->tokenBufSize = size;
-  if (dorvexOverflow_getSize(context) > 0) {
+  if (hasOverflow(context)) {
     drainOverflow(context, buffer, length, percent);
     return;
   }

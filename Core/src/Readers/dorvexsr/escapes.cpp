@@ -2,6 +2,7 @@
 // tables, in their order. There is deliberately no decoder here: what the output
 // of the reader looks like follows from these tables and their order.
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 
@@ -41,6 +42,16 @@ constexpr std::string_view kDeleteTable[] = {
     R"(\001)", R"(\002)", R"(\003)", R"(\004)", R"(\005)",
     R"(\006)", R"(\007)", R"(\008)", R"(\009)", R"(\357\277\274)",
 };
+
+// std::string::find looks for a search text's first character, and a value may
+// be nothing but backslashes.
+std::size_t findText(const std::string& value, std::string_view search, std::size_t from) {
+  if (from > value.size()) return std::string::npos;
+  const char* start = value.data();
+  const void* found = memmem(start + from, value.size() - from, search.data(), search.size());
+  return found != nullptr ? static_cast<std::size_t>(static_cast<const char*>(found) - start)
+                          : std::string::npos;
+}
 
 // Rewrites a string from front to back in its own buffer. What it writes is
 // never longer than what it has passed.
@@ -83,8 +94,8 @@ class InPlaceRewriter {
 // up from pieces begins before the place of the erasure and is not found.
 void replaceEach(std::string& value, std::string_view search, std::string_view replacement) {
   InPlaceRewriter rewriter(value);
-  for (std::size_t found = value.find(search); found != std::string::npos;
-       found = value.find(search, found + search.size())) {
+  for (std::size_t found = findText(value, search, 0); found != std::string::npos;
+       found = findText(value, search, found + search.size())) {
     rewriter.keepUpTo(found);
     rewriter.skip(search.size());
     rewriter.put(replacement);
@@ -116,8 +127,8 @@ void removeFirstCharOfPattern(std::string& value, const std::string& pattern) {
   InPlaceRewriter rewriter(value);
   // The search goes on one byte behind the erased one in the new text, which is
   // two bytes on in the old.
-  for (std::size_t found = value.find(pattern); found != std::string::npos;
-       found = value.find(pattern, found + 2)) {
+  for (std::size_t found = findText(value, pattern, 0); found != std::string::npos;
+       found = findText(value, pattern, found + 2)) {
     rewriter.keepUpTo(found);
     rewriter.skip(1);
   }

@@ -34,6 +34,7 @@ const unsigned char* beginChunk(DataDecompresser& decompresser, const unsigned c
   const unsigned char* body = cursor + kChunkHeaderSize;
   const auto available = static_cast<std::size_t>(end - body);
   if (length > available) {
+    decompresser.pendingChunk.reserve(length);
     decompresser.pendingChunk.insert(decompresser.pendingChunk.end(), body, end);
     decompresser.pendingChunkRemaining = length - static_cast<std::uint32_t>(available);
     return end;

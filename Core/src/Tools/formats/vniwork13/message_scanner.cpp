@@ -41,25 +41,12 @@ bool isVarintRun(std::string_view run) {
   return length == 0;
 }
 
-// Finds fields by number. They mostly come in ascending order, so the search
-// goes on where the last one ended.
-class FieldFinder {
- public:
-  explicit FieldFinder(MessageLayout layout) : layout_(layout) {}
-
-  const FieldLayout* find(std::uint32_t number) {
-    if (next_ < layout_.size() && layout_[next_].number == number) return &layout_[next_];
-    const auto found = std::ranges::lower_bound(layout_, number, {}, &FieldLayout::number);
-    if (found == layout_.end() || found->number != number) return nullptr;
-    next_ = static_cast<std::size_t>(found - layout_.begin());
-    if (!found->repeated) ++next_;
-    return &*found;
-  }
-
- private:
-  MessageLayout layout_;
-  std::size_t next_ = 0;
-};
+// Fields are mostly numbered from 1 without gaps, up to some number.
+const FieldLayout* findField(MessageLayout layout, std::uint32_t number) {
+  if (number <= layout.size() && layout[number - 1].number == number) return &layout[number - 1];
+  const auto found = std::ranges::lower_bound(layout, number, {}, &FieldLayout::number);
+  return found != layout.end() && found->number == number ? &*found : nullptr;
+}
 
 // Every function that returns bool returns false where nothing is certain any
 // more: the payload is malformed, or of a form that is not worth following.
@@ -69,12 +56,11 @@ class Scanner {
       : payload_(payload), values_(values) {}
 
   bool scanMessage(MessageLayout layout, std::size_t end, int levels) {
-    FieldFinder fields(layout);
     std::uint32_t lastSwept = 0;
     while (cursor_ < end) {
       std::uint32_t tag = 0;
       if (!readVarint32(end, tag) || tag >> 3 == 0) return false;
-      const FieldLayout* field = fields.find(tag >> 3);
+      const FieldLayout* field = findField(layout, tag >> 3);
       if (field != nullptr && !isInPrintedOrder(*field, lastSwept)) return false;
       if (!scanField(field, tag & 7, end, levels)) return false;
     }

@@ -17,8 +17,7 @@ void appendChunks(const char* cursor, const char* end, std::vector<char>& result
     const std::uint32_t length = getChunkLength(reinterpret_cast<const unsigned char*>(cursor));
     if (length > static_cast<std::size_t>(end - cursor) - kChunkHeaderSize)
       throw iwa_uncompression_error(kInvalidSize);
-    const std::vector<char> chunk = snappyUncompressChunk(cursor + kChunkHeaderSize, length);
-    result.insert(result.end(), chunk.begin(), chunk.end());
+    appendUncompressedChunk(cursor + kChunkHeaderSize, length, result);
     cursor += kChunkHeaderSize + length;
     // Strictly more than a header: a tail of up to four bytes is no chunk.
   } while (end - cursor > static_cast<std::ptrdiff_t>(kChunkHeaderSize));
@@ -32,16 +31,28 @@ std::uint32_t getChunkLength(const unsigned char* header) {
          static_cast<std::uint32_t>(header[3]) << 16;
 }
 
-std::vector<char> snappyUncompressChunk(const char* body, std::uint32_t length) {
+template <typename Byte>
+void appendUncompressedChunk(const char* body, std::uint32_t length, std::vector<Byte>& stream) {
   // The validating pass comes first: the preamble is trusted for the size of
   // the allocation only once the whole block is known to decode to that size.
   std::size_t size = 0;
   if (!snappy::IsValidCompressedBuffer(body, length) ||
       !snappy::GetUncompressedLength(body, length, &size))
     throw iwa_uncompression_error(kInvalidBody);
-  std::vector<char> block(size);
-  if (!snappy::RawUncompress(body, length, block.data()))
+  const std::size_t start = stream.size();
+  stream.resize(start + size);
+  if (!snappy::RawUncompress(body, length, reinterpret_cast<char*>(stream.data() + start))) {
+    stream.resize(start);
     throw iwa_uncompression_error(kInvalidBody);
+  }
+}
+
+template void appendUncompressedChunk(const char*, std::uint32_t, std::vector<char>&);
+template void appendUncompressedChunk(const char*, std::uint32_t, std::vector<unsigned char>&);
+
+std::vector<char> snappyUncompressChunk(const char* body, std::uint32_t length) {
+  std::vector<char> block;
+  appendUncompressedChunk(body, length, block);
   return block;
 }
 

@@ -31,6 +31,11 @@ std::uint32_t getChunkLength(const unsigned char* header);
 // "Invalid compressed iwa buffer" for anything that Snappy refuses.
 std::vector<char> snappyUncompressChunk(const char* body, std::uint32_t length);
 
+// The same, with the result appended to a stream, which a failure leaves as it
+// was. Instantiated for char and unsigned char.
+template <typename Byte>
+void appendUncompressedChunk(const char* body, std::uint32_t length, std::vector<Byte>& stream);
+
 // Decompresses a whole member of size bytes. Never throws for bad data: the
 // result holds every chunk before the first one that cannot be decoded, and a
 // tail of up to four bytes is ignored. Throws std::bad_alloc.
