@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kNotAllRead = 1;
 constexpr int kBadUsage = 2;
+constexpr double kLongestTimeout = 1e6;
 
 constexpr const char kExamples[] =
     "Examples:\n"
@@ -74,8 +75,8 @@ void addCommonOptions(CLI::App& app, Arguments& arguments) {
       ->capture_default_str();
   app.add_option("--timeout", arguments.timeout,
                  "Seconds that one document may take, 0 for no limit")
+      ->check(CLI::Range(0.0, kLongestTimeout).description(""))
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.0, 1e6))
       ->capture_default_str();
   app.add_flag("--in-process", arguments.inProcess,
                "Read in the tool's own process: faster, but a crash ends everything and there is "

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include "program.h"
+#include "support/package_writer.h"
+#include "support/temporary_directory.h"
+
+namespace dorvex {
+namespace {
+
+using namespace testing;
+
+class MainTest : public ::testing::Test {
+ protected:
+  std::string document(const std::string& bytes) {
+    writeFile(folder.path() / "a", bytes);
+    return folder.path() / "a";
+  }
+  TemporaryDirectory folder;
+};
+
+TEST_F(MainTest, TellsItsVersion) {
+  const Finished run = runTool({"--version"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "dorvex " DORVEX_VERSION "\n");
+}
+
+TEST_F(MainTest, HelpsWithExamples) {
+  const Finished run = runTool({"--help"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.output.find("Examples:"), std::string::npos);
+  EXPECT_NE(run.output.find("dorvex text Letter.pages"), std::string::npos);
+  EXPECT_EQ(runTool({"text", "--help"}).status, 0);
+}
+
+TEST_F(MainTest, AnswersBadUsageWithStatusTwo) {
+  const std::vector<std::vector<std::string>> bad = {{},
+                                                     {"text"},
+                                                     {"tokens"},
+                                                     {"no-such-command"},
+                                                     {"text", "--no-such-option", "a"},
+                                                     {"tokens", "a", "b"},
+                                                     {"--timeout", "soon", "text", "a"},
+                                                     {"--timeout", "-1", "text", "a"}};
+  for (const auto& arguments : bad) {
+    const Finished run = runTool(arguments);
+    EXPECT_EQ(run.status, 2) << ::testing::PrintToString(arguments);
+    EXPECT_EQ(run.output, "");
+    EXPECT_NE(run.errors, "");
+  }
+}
+
+TEST_F(MainTest, TakesAnotherModule) {
+  const Finished run = runTool({"--module", FAKE_READER_MODULE, "text", document("text one\n")});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "one\n");
+}
+
+TEST_F(MainTest, TakesCommonOptionsBehindTheCommandToo) {
+  EXPECT_EQ(runTool({"text", document("text one\n"), "--module", FAKE_READER_MODULE}).output,
+            "one\n");
+}
+
+TEST_F(MainTest, SurvivesACrashUnlessItReadsInItsOwnProcess) {
+  const std::string path = document("crash\n");
+  const Finished run = runTool({"--module", FAKE_READER_MODULE, "text", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "dorvex: " + path + ": the reader crashed: Segmentation fault\n");
+  EXPECT_EQ(runTool({"--module", FAKE_READER_MODULE, "--in-process", "text", path}).status,
+            -SIGSEGV);
+}
+
+TEST_F(MainTest, ReadsInItsOwnProcessOnRequest) {
+  const Finished run =
+      runTool({"--in-process", "text",
+               document(zip({{"Index/Document.iwa", iwa({storage(1, {"one"})})}}))});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "one\n");
+}
+
+TEST_F(MainTest, EndsADocumentAfterTheTimeout) {
+  const std::string path = document("hang\n");
+  const Finished run = runTool({"--module", FAKE_READER_MODULE, "--timeout", "0.2", "text", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "dorvex: " + path + ": stopped: the reader took too long\n");
+}
+
+}  // namespace
+}  // namespace dorvex

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "program.h"
+#include "support/package_writer.h"
+#include "support/temporary_directory.h"
+
+namespace dorvex {
+namespace {
+
+using namespace testing;
+
+const std::string kDocument = zip({{"Index/Document.iwa", iwa({storage(1, {"found"})})}});
+
+// The tool, the modules and a document as they lie once installed.
+struct Installation {
+  Installation() {
+    const std::filesystem::path tool = DORVEX_PROGRAM;
+    const std::filesystem::path reader = DORVEX_READER_MODULE;
+    const auto modules =
+        folder.path() /
+        std::filesystem::relative(reader.parent_path(), tool.parent_path().parent_path());
+    std::filesystem::create_directories(modules);
+    std::filesystem::create_directories(folder.path() / "bin");
+    std::filesystem::copy_file(tool, folder.path() / "bin/dorvex");
+    std::filesystem::copy_file(reader, modules / "dorvexsr.so");
+    std::filesystem::copy_file(DORVEX_CONTAINER_MODULE, modules / "unzip.so");
+    writeFile(folder.path() / "a.pages", kDocument);
+  }
+  Finished run(const std::string& program) const {
+    return runProgram(program, {"text", folder.path() / "a.pages"});
+  }
+  TemporaryDirectory folder;
+};
+
+TEST(DefaultModule, IsTheOneInstalledWithTheTool) {
+  const Installation installation;
+  EXPECT_EQ(installation.run(installation.folder.path() / "bin/dorvex").output, "found\n");
+}
+
+TEST(DefaultModule, IsFoundThroughALinkToTheTool) {
+  const Installation installation;
+  const auto link = installation.folder.path() / "link";
+  std::filesystem::create_symlink(installation.folder.path() / "bin/dorvex", link);
+  EXPECT_EQ(installation.run(link).output, "found\n");
+}
+
+TEST(DefaultModule, ThatIsMissingIsNamed) {
+  const TemporaryDirectory folder;
+  std::filesystem::copy_file(DORVEX_PROGRAM, folder.path() / "dorvex");
+  writeFile(folder.path() / "a.pages", kDocument);
+  const Finished run = runProgram(folder.path() / "dorvex", {"text", folder.path() / "a.pages"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.errors.find("cannot load the module"), std::string::npos) << run.errors;
+  EXPECT_NE(run.errors.find("dorvexsr.so"), std::string::npos) << run.errors;
+}
+
+}  // namespace
+}  // namespace dorvex
