@@ -40,7 +40,11 @@ add_library(dorvex_options INTERFACE)
 target_compile_options(dorvex_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion
   $<$<BOOL:${DORVEX_WARNINGS_AS_ERRORS}>:-Werror>
-  "$<$<BOOL:${DORVEX_SANITIZERS}>:-fsanitize=${DORVEX_SANITIZERS};-fno-omit-frame-pointer;-g>"
   $<$<BOOL:${DORVEX_COVERAGE}>:--coverage>)
 target_link_options(dorvex_options INTERFACE $<$<BOOL:${DORVEX_COVERAGE}>:--coverage>)
+# Not a generator expression: a comma in the list would end its argument.
+if(DORVEX_SANITIZERS)
+  target_compile_options(dorvex_options INTERFACE
+    -fsanitize=${DORVEX_SANITIZERS} -fno-omit-frame-pointer -g)
+endif()
 target_include_directories(dorvex_options INTERFACE ${PROJECT_SOURCE_DIR}/Core/src)
