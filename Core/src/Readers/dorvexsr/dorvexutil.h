@@ -9,25 +9,7 @@
 #include <string>
 
 #include "Readers/dorvexsr/dorvexglobals.h"
-#include "Tools/vnexport.h"
-
-extern "C" {
-
-// Module start: nothing to do, true.
-VN_API bool vnDllInit();
-
-// Module stop: shuts protobuf down. No document may be open, and none may be
-// opened afterwards without loading the module anew.
-VN_API void vnDllShutdown();
-
-// Empty, and no load-time initialiser despite its name.
-VN_API void init();
-
-// The module's load-time terminator: the loader runs it at unload. Shuts
-// protobuf down, which is harmless after vnDllShutdown.
-VN_API void fini();
-
-}  // extern "C"
+#include "Readers/hostapi/reader_exports.h"
 
 // Bytes of the path buffer of package discovery; longer paths are cut.
 inline constexpr std::size_t kPathBufferSize = 1024;

@@ -8,10 +8,10 @@ enum VNContainerStatus : int {
   VN_CONTAINER_OK = 0,
   VN_CONTAINER_OUT_OF_MEMORY = 2,
   VN_CONTAINER_GENERAL_FAILURE = 6,
-  VN_CONTAINER_WRITE_FAILURE = 16,            // the stream took less than it was given
-  VN_CONTAINER_DAMAGED = 21,                  // the container's data is not sound
-  VN_CONTAINER_ENCRYPTED = 33,                // the member needs a password
-  VN_CONTAINER_INVALID_ARGUMENT = 34,         // null, or an index that is not there
+  VN_CONTAINER_WRITE_FAILURE = 16,     // the stream took less than it was given
+  VN_CONTAINER_DAMAGED = 21,           // the container's data is not sound
+  VN_CONTAINER_ENCRYPTED = 33,         // the member needs a password
+  VN_CONTAINER_INVALID_ARGUMENT = 34,  // null, or an index that is not there
   VN_CONTAINER_COMPRESSION_NOT_SUPPORTED = 43,
 };
 

@@ -1,0 +1,65 @@
+# What is installed, in three components:
+#
+#   module       the reader and the container module, side by side
+#   host         the dorvex tool, and the host library with its headers
+#   development  the reader's headers, the schema, and the files by which CMake
+#                and pkg-config find all of it
+include(CMakePackageConfigHelpers)
+
+set(module_dir ${CMAKE_INSTALL_LIBDIR}/dorvex)
+set(reader_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/dorvex-reader)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/dorvex)
+
+install(TARGETS dorvexsr EXPORT dorvexTargets
+  LIBRARY DESTINATION ${module_dir} COMPONENT module)
+install(TARGETS unzip LIBRARY DESTINATION ${module_dir} COMPONENT module)
+
+install(TARGETS dorvex RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT host)
+install(TARGETS dorvex_host EXPORT dorvexTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT host)
+install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT host
+  FILES_MATCHING PATTERN "*.h")
+
+# The headers of what the module exports; the reader's own stay here.
+foreach(header IN ITEMS
+    Readers/hostapi/container_reader.h
+    Readers/hostapi/container_status.h
+    Readers/hostapi/host_records.h
+    Readers/hostapi/reader_exports.h
+    Readers/hostapi/reader_interface.h
+    Tools/formats/vniwork13/iwa_utils.h
+    Tools/formats/vniwork13/protobuf_general.h
+    Tools/formats/vniwork13/registry.h
+    Tools/formats/vniwork13/snappy_utils.h
+    Tools/vennik/vnexcept/vennik_error.h
+    Tools/vennik/vnexcept/vnerrorcode.h
+    Tools/vennik/vnexcept/vnerrorcodeex.h
+    Tools/vennik/vnexcept/vnexcept.h
+    Tools/vnexport.h
+    Tools/vnose/vnose.h
+    Tools/vnstring/detail/utf8Sanitizer.h
+    Tools/vnstring/vnstring.h)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES Core/src/${header} DESTINATION ${reader_include_dir}/${folder}
+    COMPONENT development)
+endforeach()
+install(DIRECTORY Core/src/Tools/formats/vniwork13/messages/
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/dorvex/messages COMPONENT development
+  FILES_MATCHING PATTERN "*.proto")
+
+install(EXPORT dorvexTargets NAMESPACE dorvex:: DESTINATION ${package_dir}
+  COMPONENT development)
+configure_package_config_file(cmake/dorvexConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/dorvexConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/dorvexConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES
+  ${PROJECT_BINARY_DIR}/dorvexConfig.cmake
+  ${PROJECT_BINARY_DIR}/dorvexConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT development)
+
+foreach(package IN ITEMS dorvex-reader dorvex-host)
+  configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${package}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()
