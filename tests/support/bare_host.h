@@ -92,6 +92,8 @@ class BareHost {
   // that have not been closed.
   std::size_t liveBlocks() const { return blocks_.size(); }
   std::size_t openStreams() const { return streams_.size(); }
+  // Disposes of streams that had no Close slot.
+  void forgetStreams() { streams_.clear(); }
   // Modules and containers that are held.
   int loadedModules() const { return loadedModules_; }
   int openContainers() const { return openContainers_; }

@@ -1,0 +1,206 @@
+// The routines of escapes.cpp.
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "Readers/dorvexsr/dorvexutil.h"
+#include "Tools/formats/vniwork13/printed_form.h"
+
+namespace {
+
+std::string octalToAscii(std::string value) {
+  convertAllOctalCodesToAscii(value);
+  return value;
+}
+
+std::string lineFeedsAndTabs(std::string value) {
+  replaceAllLFsAndTabs(value);
+  return value;
+}
+
+std::string inplace(std::string value, const std::string& search, const std::string& replacement) {
+  replaceInplace(value, search, replacement);
+  return value;
+}
+
+std::string withoutFirst(std::string value, const std::string& pattern) {
+  removeFirstCharOfPattern(value, pattern);
+  return value;
+}
+
+// What the sweep makes of a text that stands in a message.
+std::string swept(const std::string& text) {
+  std::string printed = "text: \"";
+  vn::iwork13::appendEscaped(text, printed);
+  return getFieldContents(printed + "\"\n", 7);
+}
+
+struct Row {
+  const char* search;
+  const char* replacement;
+};
+
+constexpr Row kReplaceRows[] = {
+    {R"(\342\200\176)", "'"},   {R"(\342\200\177)", "'"},  {R"(\342\200\230)", "'"},
+    {R"(\342\200\231)", "'"},   {R"(\342\200\232)", ","},  {R"(\342\200\233)", "'"},
+    {R"(\342\200\234)", "\""},  {R"(\342\200\235)", "\""}, {R"(\342\200\041)", "-"},
+    {R"(\342\200\174)", "-"},   {R"(\342\200\220)", "-"},  {R"(\342\200\223)", "-"},
+    {R"(\342\200\224)", "--"},  {R"(\342\200\225)", "--"}, {R"(\342\200\042)", "--"},
+    {R"(\342\200\246)", "..."}, {R"(\")", "\""},
+};
+
+constexpr const char* kDeleteRows[] = {R"(\001)", R"(\002)",        R"(\003)", R"(\004)",
+                                       R"(\005)", R"(\006)",        R"(\007)", R"(\008)",
+                                       R"(\009)", R"(\357\277\274)"};
+
+TEST(ConvertAllOctalCodesToAscii, ReplacesEachOfTheSeventeenRows) {
+  for (const auto& [search, replacement] : kReplaceRows) {
+    const std::string printed = search;
+    const std::string plain = replacement;
+    EXPECT_EQ(octalToAscii(printed), plain);
+    EXPECT_EQ(octalToAscii("a" + printed + printed + "b" + printed),
+              "a" + plain + plain + "b" + plain);
+  }
+}
+
+TEST(ConvertAllOctalCodesToAscii, DeletesEachOfTheTenRows) {
+  for (const std::string printed : kDeleteRows)
+    EXPECT_EQ(octalToAscii("a" + printed + printed + "b" + printed), "ab");
+}
+
+TEST(ConvertAllOctalCodesToAscii, LeavesWhatNoRowNames) {
+  for (const std::string value : {"", "plain", "\\", "\\000", "\\010", "\\013", "\\037", "\\177",
+                                  "\\342\\200\\240", "\\r", "\\n", "\\'", "\\00", "\xE2\x80\x99"})
+    EXPECT_EQ(octalToAscii(value), value);
+}
+
+TEST(ConvertAllOctalCodesToAscii, DoesNotSearchAReplacementAgainByTheSameRow) {
+  // Row 17 leaves a backslash in front of its quote, which is a match again.
+  EXPECT_EQ(octalToAscii(R"(\\")"), R"(\")");
+}
+
+TEST(ConvertAllOctalCodesToAscii, ShowsLaterRowsWhatEarlierOnesPut) {
+  // Row 7 puts a quote behind a backslash, which row 17 then takes away.
+  EXPECT_EQ(octalToAscii(R"(\\342\200\234)"), "\"");
+}
+
+TEST(ConvertAllOctalCodesToAscii, FindsNothingThatADeletionHasClosedUpBeforeItsPlace) {
+  EXPECT_EQ(octalToAscii(R"(\0\00101)"), R"(\001)");
+}
+
+TEST(ConvertAllOctalCodesToAscii, FindsInALaterRowWhatAnEarlierOneHasClosedUp) {
+  EXPECT_EQ(octalToAscii(R"(\0\00102)"), "");
+  EXPECT_EQ(octalToAscii(R"(\0\00201)"), R"(\001)");  // row "\001" has gone by
+}
+
+TEST(ConvertAllOctalCodesToAscii, FindsASecondOccurrenceRightBehindTheFirst) {
+  EXPECT_EQ(octalToAscii(R"(\001\001\001x)"), "x");
+}
+
+TEST(ReplaceAllLFsAndTabs, ReplacesBothEscapes) {
+  EXPECT_EQ(lineFeedsAndTabs(R"(a\nb\tc\n)"), "a\nb\tc\n");
+  EXPECT_EQ(lineFeedsAndTabs(""), "");
+  EXPECT_EQ(lineFeedsAndTabs(R"(\r\v\)"), R"(\r\v\)");
+}
+
+TEST(ReplaceAllLFsAndTabs, TakesTheSecondOfTwoBackslashesForTheBeginningOfAnEscape) {
+  EXPECT_EQ(lineFeedsAndTabs(R"(C:\\temp)"), "C:\\\temp");
+  EXPECT_EQ(lineFeedsAndTabs(R"(C:\\new)"), "C:\\\new");
+}
+
+TEST(ReplaceInplace, ReplacesEveryOccurrenceFromLeftToRight) {
+  EXPECT_EQ(inplace("aXXbXXXc", "XX", "y"), "aybyXc");
+  EXPECT_EQ(inplace("abab", "ab", "ba"), "baba");
+  EXPECT_EQ(inplace("abab", "ab", ""), "");
+  EXPECT_EQ(inplace("a", "abc", "x"), "a");
+  EXPECT_EQ(inplace("", "a", ""), "");
+}
+
+TEST(ReplaceInplace, DoesNotLookAtWhatAReplacementWrote) {
+  EXPECT_EQ(inplace("aaab", "aab", "ab"), "aab");
+  EXPECT_EQ(inplace("aab", "ab", "b"), "ab");
+}
+
+TEST(ReplaceInplace, RefusesAReplacementThatIsLonger) {
+  std::string value = "unchanged";
+  try {
+    replaceInplace(value, "x", "yy");
+    FAIL() << "nothing thrown";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "Replacement string should be smaller then substring it replaces");
+  }
+  EXPECT_EQ(value, "unchanged");
+  EXPECT_EQ(inplace("x", "x", "y"), "y");  // an equal length is allowed
+}
+
+TEST(RemoveFirstCharOfPattern, TurnsAnEscapedQuoteIntoAQuote) {
+  EXPECT_EQ(withoutFirst(R"(it\'s \'ok\')", R"(\')"), "it's 'ok'");
+  EXPECT_EQ(withoutFirst("", R"(\')"), "");
+  EXPECT_EQ(withoutFirst("none", R"(\')"), "none");
+}
+
+TEST(RemoveFirstCharOfPattern, GoesOnBehindTheByteThatMovedUp) {
+  EXPECT_EQ(withoutFirst("aaaa", "aa"), "aa");
+  EXPECT_EQ(withoutFirst(R"(\\'')", R"(\')"), R"(\'')");
+}
+
+// ---------------------------------------------------------------------------
+// The three together, as the sweep applies them.
+
+TEST(Normalisation, LeavesAnEmptyTextEmpty) { EXPECT_EQ(swept(""), ""); }
+
+TEST(Normalisation, GivesQuotesBackAsTheyWere) {
+  EXPECT_EQ(swept("say \"hi\""), "say \"hi\"");
+  EXPECT_EQ(swept("it's"), "it's");
+  EXPECT_EQ(swept("\"\"''"), "\"\"''");
+}
+
+TEST(Normalisation, GivesLineFeedsAndTabsBack) { EXPECT_EQ(swept("a\nb\tc"), "a\nb\tc"); }
+
+TEST(Normalisation, LeavesACarriageReturnAsTwoCharacters) { EXPECT_EQ(swept("a\rb"), "a\\rb"); }
+
+TEST(Normalisation, LeavesOtherControlBytesAsFourCharacters) {
+  EXPECT_EQ(swept("\x0B"), "\\013");
+  EXPECT_EQ(swept(std::string(1, '\0')), "\\000");
+  EXPECT_EQ(swept("\x08\x0C\x0E\x1F\x7F"), "\\010\\014\\016\\037\\177");
+}
+
+TEST(Normalisation, DeletesTheBytesOneToSeven) {
+  EXPECT_EQ(swept("a\x01\x02\x03\x04\x05\x06\x07"
+                  "b"),
+            "ab");
+  EXPECT_EQ(swept("\x01\x07"), "");
+}
+
+TEST(Normalisation, LeavesAllHighBytesAsTheyAre) {
+  const std::string text =
+      "\xE2\x80\x98\xE2\x80\x9C\xE2\x80\x93\xE2\x80\xA6\xEF\xBF\xBC\xF0\x9F\x8D\xB5\xFF\x80";
+  EXPECT_EQ(swept(text), text);
+}
+
+TEST(Normalisation, DoublesABackslash) {
+  EXPECT_EQ(swept("\\"), "\\\\");
+  EXPECT_EQ(swept("C:\\Program"), "C:\\\\Program");
+}
+
+TEST(Normalisation, TakesABackslashBeforeNOrTForAnEscape) {
+  EXPECT_EQ(swept("C:\\temp"), "C:\\\temp");
+  EXPECT_EQ(swept("C:\\new"), "C:\\\new");
+}
+
+TEST(Normalisation, TakesABackslashBeforeThreeDigitsForADeletedByte) {
+  EXPECT_EQ(swept("\\001x"), "\\x");
+  EXPECT_EQ(swept("\\008"), "\\");
+  EXPECT_EQ(swept("\\009"), "\\");
+}
+
+TEST(Normalisation, TurnsWhatADeletionLeavesIntoALineFeed) { EXPECT_EQ(swept("\\001n"), "\n"); }
+
+TEST(Normalisation, GivesABackslashBeforeADoubleQuoteBackExactly) {
+  EXPECT_EQ(swept("\\\""), "\\\"");
+}
+
+TEST(Normalisation, DoublesABackslashBeforeAnApostrophe) { EXPECT_EQ(swept("\\'"), "\\\\'"); }
+
+}  // namespace
