@@ -1,7 +1,12 @@
 #include "documents.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <iostream>
+#include <system_error>
 
 #include "token_printer.h"
 
@@ -9,6 +14,26 @@ namespace dorvex::cli {
 namespace {
 
 constexpr const char kStandardInput[] = "/dev/stdin";
+
+std::size_t readStandardInput(void* buffer, std::size_t count) {
+  ssize_t got = 0;
+  do {
+    got = ::read(STDIN_FILENO, buffer, count);
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) throw std::system_error(errno, std::generic_category());
+  return static_cast<std::size_t>(got);
+}
+
+// A file or a directory is opened anew and read in place; a pipe, a terminal or
+// a socket, which cannot be opened, is read as it stands.
+Input standardInput() {
+  struct stat status {};
+  const bool known = ::fstat(STDIN_FILENO, &status) == 0;
+  if (known && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode))) {
+    return Input::path(kStandardInput);
+  }
+  return Input::callback(readStandardInput);
+}
 
 // The message stays on its line whatever a member or a file is called.
 std::string onOneLine(std::string text) {
@@ -27,7 +52,7 @@ Result printTexts(Document& document, Output& output, char end) {
 }
 
 bool printDocument(const Host& host, const std::string& path, PrintDocument print, Output& output) {
-  Document document = host.open(Input::path(path == "-" ? kStandardInput : path));
+  Document document = host.open(path == "-" ? standardInput() : Input::path(path));
   const Result result = print(document, output);
   // Before the line on standard error, so that the two appear in their order.
   output.flush();

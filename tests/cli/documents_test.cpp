@@ -92,6 +92,18 @@ TEST_F(DocumentsTest, ReadsStandardInput) {
             "6)\n");
 }
 
+TEST_F(DocumentsTest, ReadsStandardInputFromAPipe) {
+  const std::string command =
+      "cat " + good("a.pages", {"one"}) + " | " + DORVEX_PROGRAM + " text -";
+  EXPECT_EQ(runProgram("/bin/sh", {"-c", command}).output, "one\n");
+}
+
+TEST_F(DocumentsTest, SaysThatStandardInputIsClosed) {
+  const Finished run = runProgram("/bin/sh", {"-c", std::string(DORVEX_PROGRAM) + " text - <&-"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "dorvex: standard input: Bad file descriptor\n");
+}
+
 TEST_F(DocumentsTest, ReadsAPackageDirectory) {
   writeDirectory(folder.path() / "Index/a.pages",
                  {{"Index/Document.iwa", iwa({storage(1, {"one"})})}});
