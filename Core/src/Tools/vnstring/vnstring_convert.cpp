@@ -80,8 +80,7 @@ int getIntFromSurrogatePair(unsigned short high, unsigned short low) {
 }  // namespace detail
 
 int UTF8LeadingByteLength(unsigned char byte) {
-  // Bit 0 is no part of the count.
-  const int ones = std::countl_one(static_cast<unsigned char>(byte & 0xFE));
+  const int ones = std::countl_one(byte);
   if (ones == 0) return 1;
   return ones == 1 || ones > 4 ? 0 : ones;
 }

@@ -35,7 +35,6 @@ TemporaryCLocaleChange* TemporaryCLocaleChange::getTemporaryCLocaleChange(int ca
   if (locale == change->savedLocale_) {
     change->savedLocale_.clear();
   } else if (std::setlocale(category, locale.c_str()) == nullptr) {
-    change->savedLocale_.clear();
     return nullptr;
   }
   return change.release();

@@ -87,6 +87,18 @@ void DataDecompresser::read(_VPTPIOobj* io) {
 
 using google::protobuf::Message;
 
+namespace {
+
+// Object streams are some two to four times their members. Room that is not used
+// costs nothing; a large stream that grows by copying costs page after page.
+std::size_t expectedStreamSize(std::uint32_t memberSize) {
+  constexpr std::size_t kUsualExpansion = 4;
+  constexpr std::size_t kMostReadable = 0x4000000;  // the walk reads no more
+  return std::min(memberSize * kUsualExpansion, kMostReadable);
+}
+
+}  // namespace
+
 MessageMap::~MessageMap() noexcept(false) {
   for (const auto& [identifier, message] : map_) delete message;
 }
@@ -94,6 +106,7 @@ MessageMap::~MessageMap() noexcept(false) {
 void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buffer,
                           std::uint32_t bufferSize, MessageFactory factory) {
   DataDecompresser decompresser{buffer, bufferSize, {}, {}, 0, 0};
+  decompresser.objectStream.reserve(expectedStreamSize(size));
   while (decompresser.bytesConsumed < size) decompresser.read(io);
   populate(decompresser.objectStream, factory);
 }

@@ -78,10 +78,11 @@ class ObjectWalk {
     const std::string_view payload(static_cast<const char*>(data), static_cast<std::size_t>(size));
     values_.clear();
     if (!scanPayload(*layout, payload, values_)) return false;
-    if (!map_.contains(archive_.identifier())) {
+    const auto position = map_.lower_bound(archive_.identifier());
+    if (position == map_.end() || position->first != archive_.identifier()) {
       auto pending =
           std::make_unique<PendingMessage>(std::unique_ptr<Message>(message), payload, values_);
-      map_.emplace(archive_.identifier(), pending.get());
+      map_.emplace_hint(position, archive_.identifier(), pending.get());
       static_cast<void>(pending.release());
     }
     return input_.Skip(size);
