@@ -57,6 +57,7 @@ class BareHost {
   ~BareHost();
 
   tag_TPVAPIServices* services() { return &services_; }
+  int lastError() const { return services_.lastError; }
 
   // A document over memory, without a path unless one is given. Lives as long as
   // the host, which logs it as "document".

@@ -179,7 +179,10 @@ TEST(DataDecompresser, DoesNotCountAHeaderThatTheReadCutsShort) {
     run.read();
     EXPECT_EQ(run.output(), contents);
     EXPECT_EQ(run.decompresser.bytesConsumed, start);
-    EXPECT_NE(failureOf([&] { run.read(); }), "nothing thrown");
+    // The next header is taken from the wrong place. What comes of it depends on
+    // the bytes there; the chunk is lost in any case.
+    failureOf([&] { run.read(); });
+    EXPECT_EQ(run.output(), contents);
   }
 }
 
