@@ -8,6 +8,7 @@ include(CMakePackageConfigHelpers)
 
 set(module_dir ${CMAKE_INSTALL_LIBDIR}/dorvex)
 set(reader_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/dorvex-reader)
+set(messages_dir ${CMAKE_INSTALL_DATADIR}/dorvex/messages)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/dorvex)
 
 install(TARGETS dorvexsr EXPORT dorvexTargets
@@ -44,13 +45,14 @@ foreach(header IN ITEMS
     COMPONENT development)
 endforeach()
 install(DIRECTORY Core/src/Tools/formats/vniwork13/messages/
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/dorvex/messages COMPONENT development
+  DESTINATION ${messages_dir} COMPONENT development
   FILES_MATCHING PATTERN "*.proto")
 
 install(EXPORT dorvexTargets NAMESPACE dorvex:: DESTINATION ${package_dir}
   COMPONENT development)
 configure_package_config_file(cmake/dorvexConfig.cmake.in
-  ${PROJECT_BINARY_DIR}/dorvexConfig.cmake INSTALL_DESTINATION ${package_dir})
+  ${PROJECT_BINARY_DIR}/dorvexConfig.cmake
+  INSTALL_DESTINATION ${package_dir} PATH_VARS messages_dir)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/dorvexConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
 install(FILES
@@ -58,6 +60,8 @@ install(FILES
   ${PROJECT_BINARY_DIR}/dorvexConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
+# Relative, so that the installed tree can be moved.
+file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 foreach(package IN ITEMS dorvex-reader dorvex-host)
   configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc
