@@ -34,30 +34,14 @@ void Use1252Error_Policy::writeError(std::string& output, unsigned char byte,
   output += codePointToUTF8(codePoint);
 }
 
-template <typename ErrorPolicy>
-void utf8Sanitizer<ErrorPolicy>::parseByte(unsigned char byte) {
-  if (byte < 0x80) {
-    writeBufferAsErrors();
-    output += static_cast<char>(byte);
-  } else if (byte >= 0xC2 && byte <= 0xF4) {
-    writeBufferAsErrors();
-    openSequence(byte);
-  } else if (isAcceptedContinuation(byte)) {
-    buffer += static_cast<char>(byte);
-    if (static_cast<std::int32_t>(buffer.size()) == expectedLength) {
-      output += buffer;
-      buffer.clear();
-    }
-  } else {
-    // The byte is not looked at again as the start of anything.
-    writeBufferAsErrors();
-    writeSingleError(byte);
-  }
-}
+// Not members: they are no part of what the class exports.
+namespace {
 
 template <typename ErrorPolicy>
-bool utf8Sanitizer<ErrorPolicy>::isAcceptedContinuation(unsigned char byte) {
-  if (!isUTF8ContinuationByte(byte) || buffer.empty()) return false;
+bool isAcceptedContinuation(utf8Sanitizer<ErrorPolicy>& sanitizer, unsigned char byte) {
+  auto& lowerBound = sanitizer.lowerBound;
+  auto& upperBound = sanitizer.upperBound;
+  if (!isUTF8ContinuationByte(byte) || sanitizer.buffer.empty()) return false;
   // A bound that has been met is gone: it concerns the first byte only.
   if (lowerBound != 0 && byte < lowerBound) return false;
   lowerBound = 0;
@@ -67,7 +51,7 @@ bool utf8Sanitizer<ErrorPolicy>::isAcceptedContinuation(unsigned char byte) {
 }
 
 template <typename ErrorPolicy>
-void utf8Sanitizer<ErrorPolicy>::openSequence(unsigned char lead) {
+void openSequence(utf8Sanitizer<ErrorPolicy>& sanitizer, unsigned char lead) {
   struct LeadRow {
     std::uint8_t last;  // of the leads that this row is for
     std::uint8_t lowerBound;
@@ -82,10 +66,33 @@ void utf8Sanitizer<ErrorPolicy>::openSequence(unsigned char lead) {
   };
   const LeadRow* row = std::find_if(std::begin(rows), std::end(rows),
                                     [lead](const LeadRow& r) { return lead <= r.last; });
-  expectedLength = row->expectedLength;
-  lowerBound = row->lowerBound;
-  upperBound = row->upperBound;
-  buffer += static_cast<char>(lead);
+  sanitizer.expectedLength = row->expectedLength;
+  sanitizer.lowerBound = row->lowerBound;
+  sanitizer.upperBound = row->upperBound;
+  sanitizer.buffer += static_cast<char>(lead);
+}
+
+}  // namespace
+
+template <typename ErrorPolicy>
+void utf8Sanitizer<ErrorPolicy>::parseByte(unsigned char byte) {
+  if (byte < 0x80) {
+    writeBufferAsErrors();
+    output += static_cast<char>(byte);
+  } else if (byte >= 0xC2 && byte <= 0xF4) {
+    writeBufferAsErrors();
+    openSequence(*this, byte);
+  } else if (isAcceptedContinuation(*this, byte)) {
+    buffer += static_cast<char>(byte);
+    if (static_cast<std::int32_t>(buffer.size()) == expectedLength) {
+      output += buffer;
+      buffer.clear();
+    }
+  } else {
+    // The byte is not looked at again as the start of anything.
+    writeBufferAsErrors();
+    writeSingleError(byte);
+  }
 }
 
 template <typename ErrorPolicy>

@@ -61,10 +61,6 @@ struct VN_API utf8Sanitizer {
   /// Writes one error.
   /// @param byte The byte in error.
   void writeSingleError(unsigned char byte);
-
- private:
-  bool isAcceptedContinuation(unsigned char byte);
-  void openSequence(unsigned char lead);
 };
 
 extern template struct VN_API utf8Sanitizer<ReplaceError_Policy>;
