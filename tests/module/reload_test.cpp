@@ -44,8 +44,14 @@ bool loadUseAndUnload() {
   return started && used && mapped;
 }
 
-// In a process of its own, so that no other test holds the module.
-TEST(Reload, LeavesNothingBehindAndWorksAgainAnyNumberOfTimes) {
+// Each runs in a process of its own that is started anew, since another test of
+// this program may hold the module.
+class Reload : public ::testing::Test {
+ protected:
+  Reload() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(Reload, LeavesNothingBehindAndWorksAgainAnyNumberOfTimes) {
   if (!DORVEX_PROTOBUF_IS_PRIVATE)
     GTEST_SKIP() << "the build fell back to the system's protobuf, which cannot be unloaded";
   EXPECT_EXIT(
@@ -59,7 +65,7 @@ TEST(Reload, LeavesNothingBehindAndWorksAgainAnyNumberOfTimes) {
       ::testing::ExitedWithCode(0), "^$");
 }
 
-TEST(Reload, ShutsDownAtUnloadWithoutVnDllShutdown) {
+TEST_F(Reload, ShutsDownAtUnloadWithoutVnDllShutdown) {
   EXPECT_EXIT(
       {
         void* handle = dlopen(ReaderModule::path(), RTLD_NOW | RTLD_LOCAL);
@@ -70,7 +76,7 @@ TEST(Reload, ShutsDownAtUnloadWithoutVnDllShutdown) {
       ::testing::ExitedWithCode(0), "^$");
 }
 
-TEST(Reload, ShutsDownAtTheEndOfTheProcess) {
+TEST_F(Reload, ShutsDownAtTheEndOfTheProcess) {
   EXPECT_EXIT(
       {
         if (!loadUseAndUnload()) std::_Exit(1);

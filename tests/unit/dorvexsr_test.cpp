@@ -157,16 +157,18 @@ TEST(FillBuffer, LeavesTheSumOfAllBuffersInTheTotal) {
 }
 
 TEST(FillBuffer, WrapsTheProductOfTheProgressAt32Bits) {
-  // As if the first buffer had held more than 21474836 bytes.
+  constexpr int kSize = 21474837;  // a hundred times as much does not fit
   BareHost host;
   ReaderSession session(kReader, host, &host.addDocument(""));
   TAG_VNDORVEXGlobals* context = globalsOf(session);
+  VNAllocator& allocator = host.services()->allocator;
+  auto* data = static_cast<unsigned char*>(allocator.Alloc(&allocator, kSize));
+  ASSERT_EQ(dorvexOverflow_insert(context, data, kSize), 0);
   ASSERT_EQ(dorvexOverflow_insert(context, nullptr, 0), 0);
-  ASSERT_EQ(dorvexOverflow_insert(context, nullptr, 0), 0);
-  context->overflowHead->size = 0;
-  context->overflowTotal = 50000000;
-  session.percent = 1;
-  EXPECT_EQ(session.fill(100).percent, 1);
+  context->overflowHead->size = kSize;
+  context->overflowTotal = 30000000;
+  session.percent = 1000;
+  EXPECT_EQ(session.fill(kSize).percent, 1000 - 71);
 }
 
 }  // namespace
