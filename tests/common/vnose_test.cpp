@@ -277,7 +277,7 @@ TEST_F(VnosOpen, HoldsForEveryFunctionThatOpens) {
 TEST_F(VnosOpen, ReturnsAHighDescriptorAsItIs) {
   writeFile("file", "x");
   std::vector<int> filling;
-  while (filling.empty() || filling.back() < 259) filling.push_back(open("/dev/null", O_RDONLY));
+  while (filling.empty() || filling.back() < 256) filling.push_back(open("/dev/null", O_RDONLY));
   const int lowestFree = filling.back();
   close(lowestFree);
   filling.pop_back();
@@ -285,6 +285,20 @@ TEST_F(VnosOpen, ReturnsAHighDescriptorAsItIs) {
   EXPECT_EQ(fd, lowestFree);
   vnos_close(fd);
   for (const int low : filling) close(low);
+}
+
+TEST_F(VnosOpen, MovesTheDescriptorZeroToo) {
+  writeFile("file", "x");
+  const int input = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  const int fd = vnos_open("file", O_RDONLY);
+  EXPECT_GE(fd, 256);
+  EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "closed again";
+  vnos_close(fd);
+  if (input >= 0) {
+    dup2(input, STDIN_FILENO);
+    close(input);
+  }
 }
 
 TEST_F(VnosOpen, ReturnsTheLowDescriptorWhenThereAreNoHighOnes) {

@@ -338,6 +338,13 @@ TEST(UTF8ToCodePointWithPointer, DecodesEachKindOfFirstByte) {
   }
 }
 
+TEST(UTF8ToCodePointWithPointer, SetsTheResultToZeroBeforeItReads) {
+  unsigned int both = 0x41414141;
+  auto* const text = reinterpret_cast<unsigned char*>(&both);
+  EXPECT_EQ(UTF8ToCodePoint(text, &both), text + 1);
+  EXPECT_EQ(both, 0U) << "the text was in the same place";
+}
+
 // What dest holds after the call, with '#' where nothing was written.
 std::string copied(const std::string& src, unsigned long size) {
   const GuardedBuffer source(src);

@@ -231,11 +231,14 @@ TEST_F(LocaleChange, HoldsTheCategoryBeforeTheName) {
   EXPECT_EQ(category, LC_CTYPE);
 }
 
+#ifndef __SANITIZE_ADDRESS__
+// The address sanitizer has a strncasecmp of its own, which knows no locale.
 TEST_F(StartsWithCaseInsensitiveInALocale, ComparesAsTheLocaleDoes) {
   EXPECT_FALSE(startsWithCaseInsensitive("\xC9tat", "\xE9"));
   const auto latin1 = change(LC_CTYPE, kLatin1);
   EXPECT_TRUE(startsWithCaseInsensitive("\xC9tat", "\xE9"));
 }
+#endif
 
 }  // namespace
 }  // namespace dorvex::testing

@@ -62,6 +62,7 @@ TEST(StartsWith, EndsTheComparisonAsAMatchAtANulByteInBoth) {
 TEST(StartsWithCaseInsensitive, TakesLettersOfEitherCaseAlike) {
   EXPECT_TRUE(startsWithCaseInsensitive("INDEX/x", "index/"));
   EXPECT_TRUE(startsWithCaseInsensitive("index/x", "InDeX/"));
+  EXPECT_TRUE(startsWithCaseInsensitive("Index", "inDEX"));
   EXPECT_FALSE(startsWithCaseInsensitive("index", "indez"));
 }
 
@@ -182,6 +183,8 @@ TEST(CopyStringToBuffer, LeavesAFullBufferWithoutTerminator) {
   EXPECT_EQ(std::string(buffer, 6), "abcd##");
   copyStringToBuffer(buffer, 4, "wxyz");
   EXPECT_EQ(std::string(buffer, 6), "wxyz##");
+  copyStringToBuffer(buffer, 1, "ab");
+  EXPECT_EQ(std::string(buffer, 6), "axyz##");
 }
 
 TEST(CopyStringToBuffer, FillsTheRestWithNulBytes) {
@@ -201,6 +204,7 @@ TEST(CopyStringToBuffer, TouchesNothingForASizeBelowOne) {
 
 TEST(IsNumericStr, AsksWhetherTheFirstBytesAreAllDigits) {
   EXPECT_TRUE(isNumericStr(3, "123", 3));
+  EXPECT_TRUE(isNumericStr(1, "1", 1));
   EXPECT_FALSE(isNumericStr(3, "12a", 3));
   EXPECT_FALSE(isNumericStr(4, "1234", 3)) << "the count is beyond the limit";
   EXPECT_TRUE(isNumericStr(2, "12a", 3)) << "what follows does not matter";
