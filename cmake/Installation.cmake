@@ -22,24 +22,25 @@ install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONEN
   FILES_MATCHING PATTERN "*.h")
 
 # The headers of what the module exports; the reader's own stay here.
-foreach(header IN ITEMS
-    Readers/hostapi/container_reader.h
-    Readers/hostapi/container_status.h
-    Readers/hostapi/host_records.h
-    Readers/hostapi/reader_exports.h
-    Readers/hostapi/reader_interface.h
-    Tools/formats/vniwork13/iwa_utils.h
-    Tools/formats/vniwork13/protobuf_general.h
-    Tools/formats/vniwork13/registry.h
-    Tools/formats/vniwork13/snappy_utils.h
-    Tools/vennik/vnexcept/vennik_error.h
-    Tools/vennik/vnexcept/vnerrorcode.h
-    Tools/vennik/vnexcept/vnerrorcodeex.h
-    Tools/vennik/vnexcept/vnexcept.h
-    Tools/vnexport.h
-    Tools/vnose/vnose.h
-    Tools/vnstring/detail/utf8Sanitizer.h
-    Tools/vnstring/vnstring.h)
+set(DORVEX_READER_HEADERS
+  Readers/hostapi/container_reader.h
+  Readers/hostapi/container_status.h
+  Readers/hostapi/host_records.h
+  Readers/hostapi/reader_exports.h
+  Readers/hostapi/reader_interface.h
+  Tools/formats/vniwork13/iwa_utils.h
+  Tools/formats/vniwork13/protobuf_general.h
+  Tools/formats/vniwork13/registry.h
+  Tools/formats/vniwork13/snappy_utils.h
+  Tools/vennik/vnexcept/vennik_error.h
+  Tools/vennik/vnexcept/vnerrorcode.h
+  Tools/vennik/vnexcept/vnerrorcodeex.h
+  Tools/vennik/vnexcept/vnexcept.h
+  Tools/vnexport.h
+  Tools/vnose/vnose.h
+  Tools/vnstring/detail/utf8Sanitizer.h
+  Tools/vnstring/vnstring.h)
+foreach(header IN LISTS DORVEX_READER_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES Core/src/${header} DESTINATION ${reader_include_dir}/${folder}
     COMPONENT development)

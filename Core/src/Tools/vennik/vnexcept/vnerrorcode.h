@@ -1,10 +1,11 @@
-// The numbering of failures that host and readers share. Everything else about
-// the family is derived from this one list.
+/// @file
+/// The numbering of failures that host and readers share. Everything else about
+/// the family is derived from this one list.
 #pragma once
 
-// Calls PLAIN(number, class) for every class that is nothing but its number,
-// and DETAILED(number, class) for the two that can say more. 0 is success and
-// 35 stands for nothing. The uneven names are part of the contract.
+/// Calls PLAIN(number, class) for every class that is nothing but its number,
+/// and DETAILED(number, class) for the two that can say more. 0 is success and
+/// 35 stands for nothing. The uneven names are part of the contract.
 #define VN_ERROR_CODES(PLAIN, DETAILED)           \
   DETAILED(1, dll_not_found_error)                \
   PLAIN(2, out_of_core_error)                     \

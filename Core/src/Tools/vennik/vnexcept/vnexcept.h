@@ -1,5 +1,6 @@
-// The whole error family: its base, its classes, and the way from a status
-// number to a class.
+/// @file
+/// The whole error family: its base, its classes, and the way from a status
+/// number to a class.
 #pragma once
 
 #include "Tools/vennik/vnexcept/vennik_error.h"
@@ -9,9 +10,11 @@
 
 namespace vn::except {
 
-// Returns for 0. For a number of the family throws its class, made without
-// arguments; for any other number, also a negative one, general_error, which
-// says 6 and keeps nothing of the number given.
+/// Turns a status number into an exception. Returns for 0 alone.
+/// @param code Any number.
+/// @throws vennik_error or rather the class of the number, made without
+///     arguments; for a number that has none, also a negative one,
+///     general_error, which says 6 and keeps nothing of the number given.
 VN_API void throw_on_error(int code);
 
 }  // namespace vn::except
