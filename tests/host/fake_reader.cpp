@@ -91,6 +91,14 @@ void plan(Context& context) {
   }
 }
 
+// As a crash in a module looks to its process, also where a sanitizer has taken
+// the signal for itself.
+[[noreturn]] void crash() {
+  std::signal(SIGSEGV, SIG_DFL);
+  std::raise(SIGSEGV);
+  std::abort();
+}
+
 [[noreturn]] void spin() {
   volatile bool forEver = true;
   while (forEver) {
@@ -122,7 +130,7 @@ int carryOut(Context& context, const std::string& command) {
   const std::string verb = command.substr(0, space);
   const std::string argument = space == std::string::npos ? "" : command.substr(space + 1);
   if (verb == "return") return std::stoi(argument);
-  if (verb == "crash") std::raise(SIGSEGV);
+  if (verb == "crash") crash();
   if (verb == "exit") ::_exit(0);
   if (verb == "hang") ::sleep(3600);
   if (verb == "spin") spin();
