@@ -1,6 +1,8 @@
 // Makes operator new fail at a chosen place.
 #pragma once
 
+#include <new>
+
 namespace dorvex::testing {
 
 // While it lives, the allocation with this index, counted from 0 on the thread
@@ -12,5 +14,30 @@ class FailingAllocation {
   FailingAllocation& operator=(const FailingAllocation&) = delete;
   ~FailingAllocation();
 };
+
+// Runs a call again and again, with its first allocation failing, then its
+// second, and so on until it comes through. Gives the number of times that
+// std::bad_alloc came out; after is run each time.
+template <typename Call, typename After>
+int failEachAllocation(Call call, After after) {
+  constexpr int kMost = 1000;
+  for (int index = 0; index < kMost; ++index) {
+    bool cameThrough = false;
+    try {
+      const FailingAllocation failing(index);
+      call();
+      cameThrough = true;
+    } catch (const std::bad_alloc&) {
+    }
+    after();
+    if (cameThrough) return index;
+  }
+  return kMost;
+}
+
+template <typename Call>
+int failEachAllocation(Call call) {
+  return failEachAllocation(call, [] {});
+}
 
 }  // namespace dorvex::testing

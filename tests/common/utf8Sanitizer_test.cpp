@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Tools/vnstring/vnstring.h"
+#include "failing_allocation.h"
 
 namespace dorvex::testing {
 namespace {
@@ -189,6 +190,13 @@ TEST(SanitizeUTF8With1252, WritesTheReplacementForNoOtherByte) {
     const std::string text(1, static_cast<char>(byte));
     EXPECT_EQ(sanitizeUTF8with1252(text, '?') == "?", undefined) << byte;
   }
+}
+
+TEST(Sanitisers, LetAFailedAllocationOut) {
+  const std::string text = std::string(50, 'a') + std::string(50, '\x80');
+  EXPECT_GE(failEachAllocation([&] { sanitizeUTF8(text, kReplacement); }), 2);
+  EXPECT_GE(failEachAllocation([&] { sanitizeUTF8with1252(text, kReplacement); }), 2);
+  EXPECT_GE(failEachAllocation([&] { sanitizeASCIIPrintable(text, '?'); }), 1);
 }
 
 class Iconv {

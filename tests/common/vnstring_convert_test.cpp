@@ -167,6 +167,14 @@ TEST(UTF16ToUTF8, GivesBackEveryCodePoint) {
   }
 }
 
+TEST(Conversions, LetAFailedAllocationOut) {
+  const UTF16String units(100, 0x20AC);
+  const std::string bytes(100, 'a');
+  EXPECT_GE(failEachAllocation([&] { UCS2ToUTF8(units); }), 2);
+  EXPECT_GE(failEachAllocation([&] { UTF16ToUTF8(units); }), 2);
+  EXPECT_GE(failEachAllocation([&] { UTF8ToUTF16(bytes); }), 2);
+}
+
 // One row for each kind of first byte; UTF8ToUTF16 must take it alike.
 struct SequenceRow {
   std::string text;

@@ -82,22 +82,9 @@ TEST_F(WstringToString, PutsTheLocaleBack) {
   EXPECT_EQ(currentLocale(LC_NUMERIC), "C");
 }
 
-// Runs a conversion with each of its allocations failing once.
 template <typename Convert>
 void expectLocalePutBackOnFailure(Convert convert) {
-  int failures = 0;
-  for (bool done = false; !done;) {
-    ASSERT_LT(failures, 50);
-    try {
-      const FailingAllocation failing(failures);
-      convert();
-      done = true;
-    } catch (const std::bad_alloc&) {
-      ++failures;
-    }
-    EXPECT_EQ(currentLocale(), "C") << "after " << failures << " failures";
-  }
-  EXPECT_GE(failures, 2);
+  EXPECT_GE(failEachAllocation(convert, [] { EXPECT_EQ(currentLocale(), "C"); }), 2);
 }
 
 TEST_F(WstringToString, PutsTheLocaleBackWhenMemoryRunsOut) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <vector>
+
+#include "failing_allocation.h"
 
 namespace dorvex::testing {
 namespace {
@@ -158,6 +161,11 @@ TEST(Split, GivesOneEmptyStringForAnEmptyText) { EXPECT_EQ(split("", ','), Parts
 TEST(Split, GivesTheTextWhenThereIsNoDelimiter) { EXPECT_EQ(split("abc", ','), Parts{"abc"}); }
 
 TEST(Split, CutsAtNulBytesToo) { EXPECT_EQ(split("a\0b"s, '\0'), (Parts{"a", "b"})); }
+
+TEST(Split, LetsAFailedAllocationOut) {
+  const std::string text = std::string(50, 'a') + ',' + std::string(50, 'b');
+  EXPECT_GE(failEachAllocation([&] { split(text, ','); }), 3);
+}
 
 std::string stripped(std::string text) {
   stripNewLineCharsFromEnd(text);
