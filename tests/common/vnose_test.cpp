@@ -602,8 +602,8 @@ TEST_F(VnosForwarders, UsleepReturnsZeroWhenASignalEndsTheWait) {
   const itimerval soon{{0, 0}, {0, 20000}};
   setitimer(ITIMER_REAL, &soon, nullptr);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(vnos_usleep(900000), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(800));
+  EXPECT_EQ(vnos_usleep(20000000), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
   sigaction(SIGALRM, &before, nullptr);
 }
 
