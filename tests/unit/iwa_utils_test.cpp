@@ -1,5 +1,6 @@
 #include "Tools/formats/vniwork13/iwa_utils.h"
 
+#include <google/protobuf/empty.pb.h>
 #include <google/protobuf/message.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -551,6 +552,39 @@ TEST(MessageMap, FindsTheObjectOfAReference) {
   EXPECT_EQ(textOf(map.lookup(reference)), "six");
   EXPECT_EQ(textOf(map.lookup(&reference)), "six");
   EXPECT_EQ(map.lookup(static_cast<const TSP::Reference*>(nullptr)), nullptr);
+}
+
+// A message that tells when it is deleted. It has no fields of its own.
+class Witness : public google::protobuf::Message {
+ public:
+  explicit Witness(int type) : type_(type) {}
+  ~Witness() override { deleted().push_back(type_); }
+
+  static std::vector<int>& deleted() {
+    static std::vector<int> types;
+    return types;
+  }
+
+  Message* New(google::protobuf::Arena*) const override { return new Witness(type_); }
+  int GetCachedSize() const override { return 0; }
+  google::protobuf::Metadata GetMetadata() const override {
+    return google::protobuf::Empty::default_instance().GetMetadata();
+  }
+
+ private:
+  int type_;
+};
+
+TEST(MessageMap, DeletesItsObjectsFromTheLowestIdentifierToTheHighest) {
+  Witness::deleted().clear();
+  {
+    MessageMap map;
+    map.populate(toBytes(objectStream({object(30, 3, ""), object(10, 1, ""), object(20, 2, "")})),
+                 [](int type) -> google::protobuf::Message* { return new Witness(type); });
+    EXPECT_EQ(map.size(), 3U);
+    EXPECT_TRUE(Witness::deleted().empty());
+  }
+  EXPECT_EQ(Witness::deleted(), (std::vector<int>{1, 2, 3}));
 }
 
 // ---------------------------------------------------------------------------
