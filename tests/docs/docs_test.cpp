@@ -10,6 +10,7 @@
 #include "module/reader_module.h"
 #include "support/package_writer.h"
 #include "support/reader_session.h"
+#include "support/token_decoder.h"
 
 namespace dorvex::testing {
 namespace {
@@ -27,13 +28,18 @@ std::vector<std::string> findAll(const std::string& text, const std::string& pat
   return found;
 }
 
-// The bytes of the first ```hex block.
+// The block that follows a text of the page.
+std::string blockBehind(const std::string& page, const std::string& text) {
+  const std::size_t fence = page.find("```", page.find(text));
+  const std::size_t start = page.find('\n', fence) + 1;
+  return page.substr(start, page.find("```", start) - start);
+}
+
+// The bytes of the example's block.
 std::string hexBlock(const std::string& page) {
-  const std::size_t start = page.find("```hex\n") + 7;
-  std::istringstream digits(page.substr(start, page.find("```", start) - start));
+  std::istringstream digits(blockBehind(page, "## An example"));
   std::string bytes;
-  for (std::string byte; digits >> byte;)
-    bytes += static_cast<char>(std::stoi(byte, nullptr, 16));
+  for (std::string byte; digits >> byte;) bytes += static_cast<char>(std::stoi(byte, nullptr, 16));
   return bytes;
 }
 
@@ -52,10 +58,26 @@ std::set<std::string> namesOfAllTests() {
 
 TEST(Docs, ShowTheTokenStreamThatTheModuleGives) {
   BareHost host;
-  Stream& document =
-      host.addDocument(zip({{"Index/Document.iwa", iwa({storage(1, {"Hello"})})}}));
+  Stream& document = host.addDocument(zip({{"Index/Document.iwa", iwa({storage(1, {"Hello"})})}}));
   const std::string page = readFile(kProject / "docs" / "token-stream.md");
   EXPECT_EQ(pump(theReader().interface(), host, &document).stream(), hexBlock(page));
+}
+
+TEST(Docs, ShowTheFirstTextsOfTheSample) {
+  BareHost host;
+  Stream& document = host.addDocument(readFile(kProject / "samples" / "keynote-sample.key"));
+  std::string printed;
+  for (const std::string& text : textsOf(pump(theReader().interface(), host, &document).stream()))
+    printed += text + "\n";
+  const std::string shown = blockBehind(readFile(kProject / "README.md"), "They begin so:");
+  EXPECT_EQ(printed.substr(0, shown.size()), shown);
+}
+
+TEST(Docs, ShowTheExampleThatIsCompiled) {
+  const std::string example = readFile(kProject / "host" / "examples" / "texts.cpp");
+  std::istringstream lines(blockBehind(readFile(kProject / "README.md"), "## Use the library"));
+  for (std::string line; std::getline(lines, line);)
+    EXPECT_NE(example.find(line), std::string::npos) << line;
 }
 
 TEST(Docs, NameTestsThatExistForEveryOddity) {
