@@ -15,6 +15,7 @@ set(DOXYGEN_QUIET YES)
 set(DOXYGEN_STRIP_FROM_PATH ${PROJECT_SOURCE_DIR}/Core/src)
 set(DOXYGEN_STRIP_FROM_INC_PATH ${PROJECT_SOURCE_DIR}/Core/src)
 set(DOXYGEN_FULL_PATH_NAMES YES)
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE docs/exports.md)
 set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
 set(DOXYGEN_SORT_MEMBER_DOCS NO)
 set(DOXYGEN_SHOW_USED_FILES NO)
@@ -37,6 +38,6 @@ set(DOXYGEN_FILTER_PATTERNS
 
 set(documented_headers ${DORVEX_READER_HEADERS})
 list(TRANSFORM documented_headers PREPEND Core/src/)
-doxygen_add_docs(docs ${documented_headers}
+doxygen_add_docs(docs docs/exports.md ${documented_headers}
   WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
   COMMENT "Generating the reference of the installed headers")
