@@ -71,10 +71,11 @@ TEST_F(MainTest, SurvivesACrashUnlessItReadsInItsOwnProcess) {
             -SIGSEGV);
 }
 
+// What the reader parsed stays allocated by rule; a leak check would count it.
 TEST_F(MainTest, ReadsInItsOwnProcessOnRequest) {
-  const Finished run =
-      runTool({"--in-process", "text",
-               document(zip({{"Index/Document.iwa", iwa({storage(1, {"one"})})}}))});
+  const std::string path = document(zip({{"Index/Document.iwa", iwa({storage(1, {"one"})})}}));
+  const Finished run = runProgram("/usr/bin/env", {"ASAN_OPTIONS=detect_leaks=0", DORVEX_PROGRAM,
+                                                   "--in-process", "text", path});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.output, "one\n");
 }
