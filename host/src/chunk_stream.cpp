@@ -44,6 +44,18 @@ class BodyReader {
   std::vector<char> buffer_;
 };
 
+// False for a block that is not a sound one.
+bool appendBlock(const char* body, std::size_t length, std::string& stream) {
+  std::size_t size = 0;
+  if (!snappy::IsValidCompressedBuffer(body, length) ||
+      !snappy::GetUncompressedLength(body, length, &size)) {
+    return false;
+  }
+  const std::size_t start = stream.size();
+  stream.resize(start + size);
+  return snappy::RawUncompress(body, length, stream.data() + start);
+}
+
 }  // namespace
 
 std::int64_t ChunkAlignedReader::readAt(std::uint64_t offset, void* buffer, std::size_t count) {
@@ -75,7 +87,7 @@ bool ChunkAlignedReader::followHeader() {
   return true;
 }
 
-std::optional<std::string> findChunkFault(ByteStore& store) {
+std::optional<std::string> findChunkFault(ByteStore& store, std::string* objectStream) {
   const std::uint64_t size = store.size();
   BodyReader bodies(store);
   std::uint64_t position = 0;
@@ -93,7 +105,9 @@ std::optional<std::string> findChunkFault(ByteStore& store) {
     if (body == nullptr) {
       return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
     }
-    if (!snappy::IsValidCompressedBuffer(body, length)) {
+    const bool sound = objectStream != nullptr ? appendBlock(body, length, *objectStream)
+                                               : snappy::IsValidCompressedBuffer(body, length);
+    if (!sound) {
       return atChunk(number, "holds damaged data");
     }
     position += kHeaderSize + length;

@@ -46,7 +46,8 @@ class ChunkAlignedReader {
 // Looks through a whole chunk stream: every header and every Snappy block, and
 // that nothing follows the last chunk. Nothing for a sound stream (an empty one
 // is sound); otherwise what is wrong, as a phrase for people. The reader drops
-// such a stream, or its end, without a word.
-std::optional<std::string> findChunkFault(ByteStore& store);
+// such a stream, or its end, without a word. The blocks, decompressed, are
+// appended to objectStream if it is given, up to the first fault.
+std::optional<std::string> findChunkFault(ByteStore& store, std::string* objectStream = nullptr);
 
 }  // namespace dorvex

@@ -6,6 +6,8 @@
 #include <limits>
 #include <new>
 
+#include "object_stream.h"
+
 namespace dorvex {
 namespace {
 
@@ -62,7 +64,10 @@ void IoObject::lookThrough() {
   }
   if (settings_.content != Content::kChunks) return;
   if (settings_.alignReads) aligned_.emplace(*store_);
-  if (auto fault = findChunkFault(*store_)) {
+  std::string objectStream;
+  auto fault = findChunkFault(*store_, &objectStream);
+  if (!fault) fault = findObjectFault(objectStream);
+  if (fault) {
     observations_.unsound.push_back({settings_.name, std::move(*fault)});
   }
 }

@@ -192,6 +192,15 @@ TEST_P(RealReader, CallsADirectoryPackagePartialWhenAStreamLosesItsEnd) {
   EXPECT_EQ(reading.result.status, Status::kPartial);
 }
 
+// The chunks are sound, and so is the zip around them.
+TEST_P(RealReader, CallsATextPartialWhenAnObjectIsDamaged) {
+  const std::string stream = objectStream({storage(1, {"first"}), storage(2, {"second"}),
+                                           object(3, kStorageType, std::string("\x1A\x7F", 2))});
+  const Reading reading = readBytes(zip({{"Index/Document.iwa", iwa(stream)}}));
+  EXPECT_EQ(reading.texts, (Texts{"first", "second"}));
+  EXPECT_EQ(reading.result.status, Status::kPartial);
+}
+
 struct Outcome {
   std::string bytes;
   Failure failure;

@@ -15,8 +15,10 @@ namespace {
 
 using testing::chunk;
 using testing::damagedChunk;
+using testing::iwa;
 using testing::literalBlock;
 using testing::Member;
+using testing::storage;
 using testing::TemporaryDirectory;
 using testing::writeFile;
 using testing::zip;
@@ -160,7 +162,7 @@ TEST_F(HostServicesTest, FindsNoSymbolThatIsNotThere) {
 }
 
 TEST_F(HostServicesTest, PassesAContainersMembersOn) {
-  const std::string stream = chunk(literalBlock("abc"));
+  const std::string stream = iwa({storage(1, {"abc"})});
   _VPTPIOobj* document = file("doc", zip({{"Index/Document.iwa", stream}, {"b.txt", "bee"}}));
   const auto module = container();
   void* handle = module.OpenContainer(document, &services, 0);

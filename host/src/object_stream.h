@@ -1,0 +1,22 @@
+// The objects of a member stream, as far as a host has to know them.
+//
+// Decompressed, a member is a run of archives: a length, a header that lists
+// messages, and the messages. The reader goes over damage in it without a word
+// and gives the text of what it could still read. A host that must not pass such
+// a text off as whole looks for itself.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace dorvex {
+
+// Looks through a decompressed member: that archives fill it, that each header
+// and each message is a run of well-formed fields, and that nothing is cut
+// short. Nothing for a sound stream (an empty one is sound); otherwise what is
+// wrong, as a phrase for people. Fields inside fields are not looked at: what is
+// a message and what is text only the schema tells.
+std::optional<std::string> findObjectFault(std::string_view objectStream);
+
+}  // namespace dorvex
