@@ -351,7 +351,8 @@ VN_API int vnos_closedir(DIR* dir, int reserved);
 
 /// A lock file. The caller provides the storage; what is in it belongs to the
 /// record from vnos_flock_init to vnos_flock_free.
-typedef struct vnos_flock {  // NOLINT(modernize-use-using): the header is C, too
+// NOLINTNEXTLINE(modernize-use-using): the header is C, too
+typedef struct vnos_flock {
   struct flock lock;  ///< The range and type of the last request.
   char* path;         ///< A copy of the path; owned by the record.
   int fd;             ///< The lock file, or -1 when none is open.
