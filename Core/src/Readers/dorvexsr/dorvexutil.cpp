@@ -132,7 +132,6 @@ std::size_t findVirtualDirectoryEnd(const std::string& path) {
   return position - 1;  // the separator goes too
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is public
 void getMessagesFromFolder(TAG_VNDORVEXGlobals* context, std::string dir, dirent entry,
                            char* pathBuffer) {
   const std::unique_ptr<DIR, DirectoryCloser> directory(vnos_opendir(dir.c_str(), 0));

@@ -80,7 +80,6 @@ void writePrologue(TAG_VNDORVEXGlobals* context) {
   for (const std::uint32_t value : kPageSetup) putInteger(context, value);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is public
 void writeToOutput(TAG_VNDORVEXGlobals* context, std::string text) {
   if (context == nullptr) throw vn::except::general_error();
   if (text.empty()) return;
