@@ -32,6 +32,9 @@ endif()
 if(DORVEX_SANITIZERS)
   add_link_options(-fsanitize=${DORVEX_SANITIZERS})
 endif()
+if(DORVEX_COVERAGE)
+  add_link_options(--coverage)
+endif()
 
 # Warnings, sanitizers and coverage concern our own code. The generated classes
 # and protobuf are compiled alike in every preset, so that the compiler cache
@@ -41,7 +44,6 @@ target_compile_options(dorvex_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion
   $<$<BOOL:${DORVEX_WARNINGS_AS_ERRORS}>:-Werror>
   "$<$<BOOL:${DORVEX_COVERAGE}>:--coverage;-O0>")
-target_link_options(dorvex_options INTERFACE $<$<BOOL:${DORVEX_COVERAGE}>:--coverage>)
 # Not a generator expression: a comma in the list would end its argument. gcc's
 # own instrumentation makes it see uninitialized variables where there are none,
 # and takes minutes to optimise the tests further than -O1.
