@@ -52,7 +52,7 @@ struct HostOptions {
   std::uint32_t bufferSize = 65536;
   // Bytes of an unpacked member, or of an input that is no file, that are kept
   // in memory; a larger one goes to an unnamed temporary file.
-  std::size_t scratchMemory = 16 * 1024 * 1024;
+  std::size_t scratchMemory = std::size_t{16} * 1024 * 1024;
   // Read member streams in step with their chunks. Without it the reader loses
   // sound members whose chunks do not suit its reads of 4096 bytes.
   bool alignReads = true;
