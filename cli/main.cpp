@@ -128,4 +128,5 @@ int runTool(int count, char** values) {
 }  // namespace
 }  // namespace dorvex::cli
 
+// NOLINTNEXTLINE(bugprone-exception-escape): an error that cannot even be printed ends the tool
 int main(int count, char** values) { return dorvex::cli::runTool(count, values); }

@@ -7,7 +7,7 @@
 namespace dorvex::cli {
 namespace {
 
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = 65536;
 
 }  // namespace
 
