@@ -38,10 +38,11 @@ class ReaderModule {
   ReaderInterface interface_{};
 };
 
-// One reader for the whole test program.
+// One reader for the whole test program. Never unloaded, since what is reported at
+// the end of a process is told by the module's symbols.
 inline const ReaderModule& theReader() {
-  static const ReaderModule module;
-  return module;
+  static const ReaderModule* const module = new ReaderModule;
+  return *module;
 }
 
 // The container module that stands beside the reader.
