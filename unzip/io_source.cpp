@@ -117,7 +117,8 @@ zip_source_t* makeIoSource(_VPTPIOobj* io) {
   if (!source) return nullptr;
   zip_error_init(&source->error);
   zip_source_t* result = zip_source_function_create(callback, source.get(), nullptr);
-  if (result != nullptr) source.release();  // libzip frees it through ZIP_SOURCE_FREE
+  if (result != nullptr)
+    static_cast<void>(source.release());  // libzip frees it through ZIP_SOURCE_FREE
   return result;
 }
 

@@ -11,7 +11,7 @@
 namespace dorvex::unzip {
 namespace {
 
-constexpr std::size_t kCopySize = 64 * 1024;
+constexpr std::size_t kCopySize = 65536;
 constexpr zip_uint64_t kLargestSize = std::numeric_limits<std::uint32_t>::max();
 
 struct CloseFile {

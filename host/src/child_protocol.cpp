@@ -11,7 +11,7 @@
 namespace dorvex {
 namespace {
 
-constexpr std::size_t kLongestString = 64 * 1024;
+constexpr std::size_t kLongestString = 65536;
 constexpr std::size_t kMostSkipped = 100;
 
 class Writer {

@@ -12,7 +12,7 @@
 namespace dorvex {
 namespace {
 
-constexpr std::size_t kBlock = 64 * 1024;
+constexpr std::size_t kBlock = 65536;
 
 [[noreturn]] void raiseErrno() { throw std::system_error(errno, std::generic_category()); }
 
