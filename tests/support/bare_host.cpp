@@ -8,6 +8,7 @@
 #include <exception>
 #include <string_view>
 
+#include "support/host_code.h"
 #include "support/package_writer.h"
 
 namespace dorvex::testing {
@@ -42,6 +43,7 @@ struct BareHost::Slots {
   // I/O objects.
 
   static int open(_VPTPIOobj* io) {
+    const HostCode own;
     Stream& stream = toStream(io);
     stream.host->record("Open " + stream.name);
     if (stream.host->failsNow(Slot::kOpen)) return 0;
@@ -50,12 +52,14 @@ struct BareHost::Slots {
   }
 
   static int read(_VPTPIOobj* io, void* buffer, std::uint32_t count) {
+    const HostCode own;
     Stream& stream = toStream(io);
     return stream.onRead ? stream.onRead(stream, buffer, count)
                          : readFromMemory(stream, buffer, count);
   }
 
   static int write(_VPTPIOobj* io, const void* buffer, std::uint32_t count) {
+    const HostCode own;
     Stream& stream = toStream(io);
     stream.contents.append(static_cast<const char*>(buffer), count);
     return static_cast<int>(count);
@@ -73,6 +77,7 @@ struct BareHost::Slots {
   }
 
   static int close(_VPTPIOobj* io) {
+    const HostCode own;
     Stream& stream = toStream(io);
     BareHost& host = *stream.host;
     host.record("Close " + stream.name);
@@ -92,6 +97,7 @@ struct BareHost::Slots {
   }
 
   static _VPTPIOobj* openFile(tag_TPVAPIServices* services, const char* path, const char* mode) {
+    const HostCode own;
     BareHost& host = hostOf(services);
     const bool isScratch = path == nullptr;
     host.record(std::string("OpenFile ") + (isScratch ? "scratch" : path));
@@ -112,6 +118,7 @@ struct BareHost::Slots {
   // The allocator.
 
   static void* alloc(VNAllocator* allocator, std::size_t size) {
+    const HostCode own;
     BareHost& host = *static_cast<BareHost*>(allocator->opaque);
     if (host.failsNow(Slot::kAlloc)) return nullptr;
     void* block = std::malloc(size);
@@ -121,6 +128,7 @@ struct BareHost::Slots {
   }
 
   static void release(VNAllocator* allocator, void* block) {
+    const HostCode own;
     BareHost& host = *static_cast<BareHost*>(allocator->opaque);
     if (host.blocks_.erase(block) == 0)
       ++host.badFrees_;
@@ -131,6 +139,7 @@ struct BareHost::Slots {
   // Modules.
 
   static int loadDll(tag_TPVAPIServices* services, const char* name, void** handle) {
+    const HostCode own;
     BareHost& host = hostOf(services);
     host.record(std::string("LoadDll ") + name);
     if (host.failsNow(Slot::kLoadDll)) return 0;
@@ -143,6 +152,7 @@ struct BareHost::Slots {
   }
 
   static void* getDllSymbol(tag_TPVAPIServices* services, void* handle, const char* symbol) {
+    const HostCode own;
     BareHost& host = hostOf(services);
     host.record(std::string("GetDllSymbol ") + symbol);
     if (host.failsNow(Slot::kGetDllSymbol)) return nullptr;
@@ -151,6 +161,7 @@ struct BareHost::Slots {
   }
 
   static void freeDll(tag_TPVAPIServices* services, void* handle) {
+    const HostCode own;
     BareHost& host = hostOf(services);
     host.record("FreeDll");
     --host.loadedModules_;
@@ -165,6 +176,7 @@ struct BareHost::Slots {
   }
 
   static void* openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, int option) {
+    const HostCode own;
     BareHost& host = hostOf(services);
     host.record("OpenContainer");
     if (option != 0) std::terminate();
@@ -183,6 +195,7 @@ struct BareHost::Slots {
   }
 
   static int closeContainer(void* handle) {
+    const HostCode own;
     const std::unique_ptr<EmulatedContainer> container(static_cast<EmulatedContainer*>(handle));
     container->host->record("CloseContainer");
     --container->host->openContainers_;
@@ -190,6 +203,7 @@ struct BareHost::Slots {
   }
 
   static int getEntryInfo(void* handle, std::int32_t index, ContainerEntryInfo* entry) {
+    const HostCode own;
     auto& [host, members] = *static_cast<EmulatedContainer*>(handle);
     host->record("GetEntryInfo " + std::to_string(index));
     int status = VN_CONTAINER_OK;
@@ -205,6 +219,7 @@ struct BareHost::Slots {
   }
 
   static int extractEntry(void* handle, std::int32_t index, _VPTPIOobj* stream) {
+    const HostCode own;
     auto& [host, members] = *static_cast<EmulatedContainer*>(handle);
     host->record("ExtractEntry " + std::to_string(index));
     int status = VN_CONTAINER_OK;

@@ -88,6 +88,8 @@ class BareHost {
   // "OpenContainer", "GetEntryInfo 0", "ExtractEntry 0", "CloseContainer".
   const std::vector<std::string>& log() const { return log_; }
   int logged(const std::string& entry) const;
+  // Adds an entry of the test's own.
+  void note(std::string entry) { record(std::move(entry)); }
 
   // Blocks of the allocator that have not come back, and objects of OpenFile
   // that have not been closed.

@@ -34,6 +34,7 @@ void addMember(zip_t* archive, const Member& member) {
       zip_source_buffer(archive, member.contents.data(), member.contents.size(), 0);
   require(source != nullptr, "no source for a zip member");
   const zip_int64_t index = zip_file_add(archive, member.name.c_str(), source, ZIP_FL_ENC_UTF_8);
+  if (index < 0) zip_source_free(source);
   require(index >= 0, "cannot add a zip member");
   const auto position = static_cast<zip_uint64_t>(index);
   zip_set_file_compression(archive, position, member.deflated ? ZIP_CM_DEFLATE : ZIP_CM_STORE, 0);
@@ -145,7 +146,7 @@ std::string zip(const std::vector<Member>& members) {
   return readSource(buffer.get());
 }
 
-std::vector<Member> unzip(std::string_view bytes) {
+std::vector<Member> unzip(std::string_view bytes, std::uint64_t mostBytes) {
   zip_error_t error{};
   zip_source_t* source = zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error);
   require(source != nullptr, "no source for a zip");
@@ -157,6 +158,8 @@ std::vector<Member> unzip(std::string_view bytes) {
   for (zip_uint64_t index = 0; index < count; ++index) {
     zip_stat_t stat{};
     require(zip_stat_index(archive.get(), index, 0, &stat) == 0, "no entry of a zip");
+    require(stat.size <= mostBytes, "a zip of too many bytes");
+    mostBytes -= stat.size;
     members.push_back(
         {stat.name, readMember(archive.get(), index, stat.size), stat.comp_method != ZIP_CM_STORE});
   }

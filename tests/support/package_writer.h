@@ -78,8 +78,9 @@ struct Member {
 // A zip of the members, in their order.
 std::string zip(const std::vector<Member>& members);
 
-// The members of a zip, in its order. Throws std::runtime_error for what is no zip.
-std::vector<Member> unzip(std::string_view bytes);
+// The members of a zip, in its order. Throws std::runtime_error for what is no zip
+// and for one that states more than mostBytes bytes for all members together.
+std::vector<Member> unzip(std::string_view bytes, std::uint64_t mostBytes = UINT32_MAX);
 
 // Writes the members below a folder, which is made if need be.
 void writeDirectory(const std::filesystem::path& root, const std::vector<Member>& members);

@@ -1,6 +1,7 @@
 #include "Readers/dorvexsr/dorvexlistutil.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <string>
 #include <vector>
@@ -69,6 +70,15 @@ TEST_F(OverflowList, OpensABufferOfTheDeclaredSizeAndItsSlack) {
   EXPECT_EQ(sizes(), Sizes{0});
   std::fill_n(context_.tokenBufStart, kSize + kOverflowSlack, 'x');  // all of it is there
   expectSoundLinks();
+}
+
+TEST_F(OverflowList, OpensABufferThatHoldsAWholeTokenWhateverTheDeclaredSize) {
+  for (std::uint32_t size = 0; size < 14; ++size) {
+    context_.tokenBufSize = size;
+    EXPECT_EQ(dorvexCheckOutputBuf(&context_, 4109), 0);
+    EXPECT_GE(malloc_usable_size(context_.tokenBufStart), 4110U) << size;
+    std::fill_n(context_.tokenBufStart, 4110, 'x');
+  }
 }
 
 TEST_F(OverflowList, OpensOneBufferWhateverIsNeeded) {

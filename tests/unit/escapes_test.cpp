@@ -1,8 +1,11 @@
 // The routines of escapes.cpp.
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Readers/dorvexsr/dorvexutil.h"
 #include "Tools/formats/vniwork13/printed_form.h"
@@ -202,5 +205,79 @@ TEST(Normalisation, GivesABackslashBeforeADoubleQuoteBackExactly) {
 }
 
 TEST(Normalisation, DoublesABackslashBeforeAnApostrophe) { EXPECT_EQ(swept("\\'"), "\\\\'"); }
+
+// --- The same, letter by letter ---
+
+// The steps as they are stated, on a value that is rewritten at each match. What
+// the module does must come to the same, in time linear in the length.
+void replaceByLetter(std::string& value, const std::string& search,
+                     const std::string& replacement) {
+  std::size_t position = 0;
+  while ((position = value.find(search, position)) != std::string::npos) {
+    value.replace(position, search.size(), replacement);
+    position += replacement.size();
+  }
+}
+
+std::string octalToAsciiByLetter(std::string value) {
+  for (const Row& row : kReplaceRows) replaceByLetter(value, row.search, row.replacement);
+  for (const char* search : kDeleteRows) replaceByLetter(value, search, "");
+  return value;
+}
+
+std::string lineFeedsAndTabsByLetter(std::string value) {
+  replaceByLetter(value, "\\n", "\n");
+  replaceByLetter(value, "\\t", "\t");
+  return value;
+}
+
+std::string withoutFirstByLetter(std::string value, const std::string& pattern) {
+  std::size_t position = 0;
+  while ((position = value.find(pattern, position)) != std::string::npos) {
+    value.erase(position, 1);
+    ++position;
+  }
+  return value;
+}
+
+// Pieces of the search texts, so that rows meet, overlap and close up.
+class HostileValues {
+ public:
+  std::string next() {
+    std::string value;
+    for (std::size_t count = random_() % 12; count > 0; --count) value += piece();
+    return value;
+  }
+
+ private:
+  std::string piece() {
+    static const std::vector<std::string> pieces = {
+        "\\",      "\\\\", "\"",  "'",    "n",    "t",     "0",     "00",
+        "1",       "8",    "\\0", "\\00", "\\3",  "\\342", "\\200", "\\357\\2",
+        "77\\274", "a",    "\\n", "\\t",  "\\\"", "\\'",   "\n",    "."};
+    const std::size_t rows = std::size(kReplaceRows) + std::size(kDeleteRows);
+    const std::size_t choice = random_() % (pieces.size() + rows);
+    if (choice < pieces.size()) return pieces[choice];
+    const std::size_t row = choice - pieces.size();
+    const std::string search = row < std::size(kReplaceRows)
+                                   ? kReplaceRows[row].search
+                                   : kDeleteRows[row - std::size(kReplaceRows)];
+    return random_() % 3 == 0 ? search.substr(0, random_() % search.size()) : search;
+  }
+
+  std::mt19937 random_{20261121};
+};
+
+TEST(Normalisation, ComesToTheSameAsLetterByLetter) {
+  HostileValues values;
+  for (int i = 0; i < 200'000; ++i) {
+    const std::string value = values.next();
+    ASSERT_EQ(octalToAscii(value), octalToAsciiByLetter(value)) << value;
+    ASSERT_EQ(lineFeedsAndTabs(value), lineFeedsAndTabsByLetter(value)) << value;
+    for (const char* pattern : {"\\'", "\\\"", "\\\\", "aa"}) {
+      ASSERT_EQ(withoutFirst(value, pattern), withoutFirstByLetter(value, pattern)) << value;
+    }
+  }
+}
 
 }  // namespace

@@ -757,6 +757,26 @@ TEST_F(UnzipFile, RaisesOneErrorForEveryFailureToOpenTheContainer) {
   expectUnzipError([this] { walk("not a zip at all"); });
 }
 
+TEST_F(UnzipFile, GivesTheModuleBackWhereASlotEndsTheDocumentByAnException) {
+  host_.services()->GetDllSymbol = [](tag_TPVAPIServices*, void*, const char*) -> void* {
+    throw 42;
+  };
+  EXPECT_THROW(walk({selected(1)}), int);
+  EXPECT_EQ(host_.logged("FreeDll"), 1);
+}
+
+TEST_F(UnzipFile, GivesTheModuleBackWhereOpenContainerEndsTheDocumentByAnException) {
+  host_.services()->GetDllSymbol = [](tag_TPVAPIServices*, void*, const char*) -> void* {
+    const GetContainerReaderInterfaceFunction fill = [](ContainerReaderInterface* interface) {
+      interface->OpenContainer = [](_VPTPIOobj*, tag_TPVAPIServices*, int) -> void* { throw 42; };
+      return 1;
+    };
+    return reinterpret_cast<void*>(fill);
+  };
+  EXPECT_THROW(walk({selected(1)}), int);
+  EXPECT_EQ(host_.logged("FreeDll"), 1);
+}
+
 TEST_F(UnzipFile, RaisesTheSameErrorWithoutServices) {
   expectUnzipError([this] { unzipFile(nullptr, map_, nullptr, nullptr, 0, getPagesMessage); });
 }

@@ -1,5 +1,7 @@
 #include "Readers/dorvexsr/dorvexlistutil.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kOutOfMemory = 2;
@@ -60,7 +62,8 @@ int dorvexCheckOutputBuf(TAG_VNDORVEXGlobals* context, int needed) {
   if (hasRoom(context, needed)) return 0;
 
   auto* buffer = static_cast<unsigned char*>(
-      allocate(context, std::size_t{context->tokenBufSize} + kOverflowSlack));
+      allocate(context, std::max<std::size_t>(std::size_t{context->tokenBufSize} + kOverflowSlack,
+                                              kSmallestOverflowBuffer)));
   if (buffer == nullptr) return kOutOfMemory;
   if (context->overflowHead == nullptr) {
     // The start of overflow. It stands even if the node cannot be had.

@@ -11,6 +11,11 @@
 // that they serve; this slack pays for the difference.
 inline constexpr std::uint32_t kOverflowSlack = 4096;
 
+// Bytes that an overflow buffer has at least. A fresh buffer takes a whole token
+// whatever its declared size: a piece of 4096 bytes, its frame of 9, and a break
+// of 5. For a declared size below 14 the slack alone is too short for that.
+inline constexpr std::uint32_t kSmallestOverflowBuffer = 4110;
+
 // Makes sure that the current output buffer has room for needed bytes, or moves
 // on to one new overflow buffer, whatever needed says.
 int dorvexCheckOutputBuf(TAG_VNDORVEXGlobals* context, int needed);

@@ -67,17 +67,6 @@ void joinPath(char* pathBuffer, const std::string& dir, const char* name) {
   static_cast<void>(std::snprintf(pathBuffer, kPathBufferSize, "%s/%s", dir.c_str(), name));
 }
 
-// What package discovery does with an entry of a folder, by its name.
-enum class EntryAction { kIgnore, kReadZipAndStop, kEnterAndStop, kReadFile, kEnter };
-
-EntryAction actionFor(const std::string& name) {
-  if (name == "Index.zip") return EntryAction::kReadZipAndStop;
-  if (name == "Index") return EntryAction::kEnterAndStop;
-  if (vn::string::endsWith(name.c_str(), ".iwa")) return EntryAction::kReadFile;
-  if (name == "Tables") return EntryAction::kEnter;
-  return EntryAction::kIgnore;
-}
-
 // Handles one entry; false when the scan of the folder stops with it.
 bool readEntry(TAG_VNDORVEXGlobals* context, const std::string& dir, const char* name,
                const dirent& entry, char* pathBuffer) {
@@ -104,6 +93,14 @@ bool readEntry(TAG_VNDORVEXGlobals* context, const std::string& dir, const char*
 }
 
 }  // namespace
+
+EntryAction actionFor(const std::string& name) {
+  if (name == "Index.zip") return EntryAction::kReadZipAndStop;
+  if (name == "Index") return EntryAction::kEnterAndStop;
+  if (vn::string::endsWith(name.c_str(), ".iwa")) return EntryAction::kReadFile;
+  if (name == "Tables") return EntryAction::kEnter;
+  return EntryAction::kIgnore;
+}
 
 void populateMessageMap(TAG_VNDORVEXGlobals* context) {
   const char* pathName = context->ioObj->pathName;

@@ -24,6 +24,12 @@ void populateMessageMap(TAG_VNDORVEXGlobals* context);
 // tests are for substrings of the whole path, the first occurrence counting.
 std::size_t findVirtualDirectoryEnd(const std::string& path);
 
+// What package discovery does with an entry of a folder.
+enum class EntryAction { kIgnore, kReadZipAndStop, kEnterAndStop, kReadFile, kEnter };
+
+// The action for an entry, by its name alone.
+EntryAction actionFor(const std::string& name);
+
 // Reads the streams of one folder, in the order in which the system lists them.
 // pathBuffer has kPathBufferSize bytes. Throws; stops at the first bad stream.
 void getMessagesFromFolder(TAG_VNDORVEXGlobals* context, std::string dir, dirent entry,

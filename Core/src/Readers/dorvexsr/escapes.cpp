@@ -2,6 +2,7 @@
 // tables, in their order. There is deliberately no decoder here: what the output
 // of the reader looks like follows from these tables and their order.
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <stdexcept>
 #include <string_view>
@@ -43,14 +44,28 @@ constexpr std::string_view kDeleteTable[] = {
     R"(\006)", R"(\007)", R"(\008)", R"(\009)", R"(\357\277\274)",
 };
 
-// std::string::find looks for a search text's first character, and a value may
-// be nothing but backslashes.
-std::size_t findText(const std::string& value, std::string_view search, std::size_t from) {
-  if (from > value.size()) return std::string::npos;
+std::size_t findInDense(std::string_view value, std::string_view search, std::size_t from) {
   const char* start = value.data();
   const void* found = memmem(start + from, value.size() - from, search.data(), search.size());
   return found != nullptr ? static_cast<std::size_t>(static_cast<const char*>(found) - start)
-                          : std::string::npos;
+                          : std::string_view::npos;
+}
+
+// Looks for the first character, which is fast where there are few of it; a value
+// may also be nothing but backslashes, and is then searched for the whole text.
+std::size_t findText(std::string_view value, std::string_view search, std::size_t from) {
+  constexpr std::size_t kFewMisses = 16;
+  constexpr std::size_t kBytesForEachMiss = 8;
+  if (search.empty()) return from;
+  std::size_t misses = 0;
+  for (std::size_t found = value.find(search.front(), from); found != std::string_view::npos;
+       found = value.find(search.front(), found + 1)) {
+    if (value.compare(found, search.size(), search) == 0) return found;
+    if (++misses > kFewMisses && misses * kBytesForEachMiss > found - from) {
+      return findInDense(value, search, found + 1);
+    }
+  }
+  return std::string_view::npos;
 }
 
 // Rewrites a string from front to back in its own buffer. What it writes is
@@ -103,13 +118,50 @@ void replaceEach(std::string& value, std::string_view search, std::string_view r
   rewriter.finish();
 }
 
+// Which bytes stand behind a backslash somewhere in a value: a search text whose
+// first two bytes do not stand together is not in it, and a long value need not
+// be gone through once for each row.
+class BytesBehindBackslashes {
+ public:
+  explicit BytesBehindBackslashes(const std::string& value) { lookAt(value); }
+
+  bool mayHold(std::string_view search) const {
+    return present_[static_cast<unsigned char>(search[1])];
+  }
+
+  // A rewritten value may hold what the old one did not: an erasure closes up
+  // what stood around it.
+  void lookAt(const std::string& value) {
+    present_ = {};
+    for (std::size_t found = value.find('\\'); found != std::string::npos;
+         found = value.find('\\', found + 1)) {
+      if (found + 1 < value.size()) present_[static_cast<unsigned char>(value[found + 1])] = true;
+    }
+  }
+
+ private:
+  std::array<bool, 256> present_{};
+};
+
+void replaceEachRow(std::string& value, BytesBehindBackslashes& behind, std::string_view search,
+                    std::string_view replacement) {
+  if (!behind.mayHold(search)) return;
+  const std::size_t size = value.size();
+  replaceEach(value, search, replacement);
+  // Every replacement is shorter than what it stands for.
+  if (value.size() != size) behind.lookAt(value);
+}
+
 }  // namespace
 
 void convertAllOctalCodesToAscii(std::string& value) {
   // Every row begins with a backslash.
   if (value.find('\\') == std::string::npos) return;
-  for (const auto& [search, replacement] : kReplaceTable) replaceEach(value, search, replacement);
-  for (const std::string_view search : kDeleteTable) replaceEach(value, search, "");
+  BytesBehindBackslashes behind(value);
+  for (const auto& [search, replacement] : kReplaceTable) {
+    replaceEachRow(value, behind, search, replacement);
+  }
+  for (const std::string_view search : kDeleteTable) replaceEachRow(value, behind, search, "");
 }
 
 void replaceAllLFsAndTabs(std::string& value) {

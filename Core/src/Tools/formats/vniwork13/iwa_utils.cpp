@@ -9,6 +9,7 @@
 
 #include "Readers/hostapi/container_reader.h"
 #include "TSPMessages.pb.h"
+#include "Tools/formats/vniwork13/member_kind.h"
 #include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
 #include "Tools/vnstring/vnstring.h"
@@ -135,10 +136,29 @@ namespace {
 
 constexpr const char kContainerModule[] = "unzip";
 
-// A container of the host's unzip module, opened over an I/O object.
+// A module of the host, given back at the end of its scope.
+class HostModule {
+ public:
+  explicit HostModule(tag_TPVAPIServices* services) : services_(services) {}
+  HostModule(const HostModule&) = delete;
+  HostModule& operator=(const HostModule&) = delete;
+  ~HostModule() {
+    if (handle_ != nullptr) services_->FreeDll(services_, handle_);
+  }
+
+  bool load(const char* name) { return services_->LoadDll(services_, name, &handle_) != 0; }
+  void* symbol(const char* name) { return services_->GetDllSymbol(services_, handle_, name); }
+
+ private:
+  tag_TPVAPIServices* services_;
+  void* handle_ = nullptr;
+};
+
+// A container of the host's unzip module, opened over an I/O object. Hosts may end
+// a document by an exception out of any slot, out of OpenContainer as well.
 class Container {
  public:
-  Container(_VPTPIOobj* io, tag_TPVAPIServices* services) : services_(services) {
+  Container(_VPTPIOobj* io, tag_TPVAPIServices* services) : module_(services) {
     if (services == nullptr || !load()) return;
     handle_ = interface_.OpenContainer(io, services, 0);
   }
@@ -146,7 +166,6 @@ class Container {
   Container& operator=(const Container&) = delete;
   ~Container() {
     if (handle_ != nullptr) interface_.CloseContainer(handle_);
-    if (module_ != nullptr) services_->FreeDll(services_, module_);
   }
 
   bool isOpen() const { return handle_ != nullptr; }
@@ -164,15 +183,14 @@ class Container {
   bool load() {
     std::array<char, 64> name{};
     static_cast<void>(std::snprintf(name.data(), name.size(), "%s%s", kContainerModule, ".so"));
-    if (services_->LoadDll(services_, name.data(), &module_) == 0) return false;
-    void* symbol = services_->GetDllSymbol(services_, module_, "unzipGetContainerReaderInterface");
+    if (!module_.load(name.data())) return false;
+    void* symbol = module_.symbol("unzipGetContainerReaderInterface");
     if (symbol == nullptr) return false;
     reinterpret_cast<GetContainerReaderInterfaceFunction>(symbol)(&interface_);
     return true;
   }
 
-  tag_TPVAPIServices* services_;
-  void* module_ = nullptr;
+  HostModule module_;  // given back behind the container, which is its own
   void* handle_ = nullptr;
   ContainerReaderInterface interface_{};
 };
@@ -200,23 +218,6 @@ class ScratchStream {
  private:
   _VPTPIOobj* io_;
 };
-
-enum class MemberKind { kIgnored, kNestedContainer, kObjectStream };
-
-// Object streams that carry document content. The long forms stand in a zip
-// that holds the Index folder, the short forms at the top level of a nested zip.
-constexpr const char* kStreamPrefixes[] = {
-    "Index/Document", "Document", "Index/CalculationEngine", "CalculationEngine",
-    "Index/Slide",    "Slide",    "Index/Tables/",           "Tables/",
-};
-
-MemberKind classifyMember(const char* name) {
-  if (string::endsWith(name, "Index.zip")) return MemberKind::kNestedContainer;
-  if (!string::endsWith(name, ".iwa")) return MemberKind::kIgnored;
-  const bool selected = std::ranges::any_of(
-      kStreamPrefixes, [name](const char* prefix) { return string::startsWith(name, prefix); });
-  return selected ? MemberKind::kObjectStream : MemberKind::kIgnored;
-}
 
 }  // namespace
 

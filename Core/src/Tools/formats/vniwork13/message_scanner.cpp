@@ -153,7 +153,10 @@ class Scanner {
 
 bool scanPayload(MessageLayout layout, std::string_view payload, std::vector<SweptValue>& values) {
   if (!Scanner(payload, values).scanMessage(layout, payload.size(), kRecursionLimit)) return false;
-  std::ranges::stable_sort(values, {}, &SweptValue::name);
+  // Most messages have values of one name only, and a table has very many.
+  if (!std::ranges::is_sorted(values, {}, &SweptValue::name)) {
+    std::ranges::stable_sort(values, {}, &SweptValue::name);
+  }
   return true;
 }
 
