@@ -1,59 +1,36 @@
 #include "io_source.h"
 
-#include <algorithm>
-#include <limits>
 #include <memory>
 #include <new>
+
+#include "io_reader.h"
 
 namespace dorvex::unzip {
 namespace {
 
 struct IoSource {
-  _VPTPIOobj* io;
-  std::int64_t size;
-  std::int64_t position;
-  zip_error_t error;
+  IoReader reader;
+  std::uint64_t position = 0;
+  zip_error_t error{};
 };
-
-bool canReadAndSeek(const _VPTPIOobj* io) {
-  return io != nullptr && io->Read != nullptr && io->Seek != nullptr && io->Tell != nullptr;
-}
-
-// Seek has no result to rely on, so the position is asked for.
-bool moveTo(_VPTPIOobj* io, std::int64_t position) {
-  io->Seek(io, position, VN_SEEK_START);
-  return io->Tell(io) == position;
-}
-
-std::int64_t sizeOf(_VPTPIOobj* io) {
-  io->Seek(io, 0, VN_SEEK_END);
-  return io->Tell(io);
-}
 
 zip_int64_t fail(IoSource& source, int code) {
   zip_error_set(&source.error, code, 0);
   return -1;
 }
 
-// The host may move the object between two calls, so every read seeks first.
 zip_int64_t read(IoSource& source, void* data, zip_uint64_t wanted) {
-  const auto left = static_cast<zip_uint64_t>(source.size - source.position);
-  const auto count = static_cast<std::uint32_t>(
-      std::min({wanted, left, zip_uint64_t{std::numeric_limits<std::int32_t>::max()}}));
-  if (count == 0) return 0;
-  if (!moveTo(source.io, source.position)) return fail(source, ZIP_ER_SEEK);
-  const int got = source.io->Read(source.io, data, count);
-  if (got < 0 || static_cast<std::uint32_t>(got) > count) return fail(source, ZIP_ER_READ);
-  source.position += got;
+  const std::int64_t got = source.reader.readSome(source.position, data, wanted);
+  if (got < 0) return fail(source, ZIP_ER_READ);
+  source.position += static_cast<std::uint64_t>(got);
   return got;
 }
 
 zip_int64_t seek(IoSource& source, void* data, zip_uint64_t length) {
-  const zip_int64_t target = zip_source_seek_compute_offset(
-      static_cast<zip_uint64_t>(source.position), static_cast<zip_uint64_t>(source.size), data,
-      length, &source.error);
+  const zip_int64_t target = zip_source_seek_compute_offset(source.position, source.reader.size(),
+                                                            data, length, &source.error);
   if (target < 0) return -1;
-  source.position = target;
+  source.position = static_cast<std::uint64_t>(target);
   return 0;
 }
 
@@ -62,7 +39,7 @@ zip_int64_t stat(IoSource& source, void* data, zip_uint64_t length) {
   auto* stat = static_cast<zip_stat_t*>(data);
   zip_stat_init(stat);
   stat->valid = ZIP_STAT_SIZE;
-  stat->size = static_cast<zip_uint64_t>(source.size);
+  stat->size = source.reader.size();
   return sizeof(zip_stat_t);
 }
 
@@ -76,7 +53,7 @@ zip_int64_t dispatch(IoSource& source, void* data, zip_uint64_t length, zip_sour
     case ZIP_SOURCE_SEEK:
       return seek(source, data, length);
     case ZIP_SOURCE_TELL:
-      return source.position;
+      return static_cast<zip_int64_t>(source.position);
     case ZIP_SOURCE_STAT:
       return stat(source, data, length);
     case ZIP_SOURCE_CLOSE:
@@ -109,11 +86,9 @@ zip_int64_t callback(void* state, void* data, zip_uint64_t length, zip_source_cm
 }  // namespace
 
 zip_source_t* makeIoSource(_VPTPIOobj* io) {
-  if (!canReadAndSeek(io)) return nullptr;
-  const std::int64_t size = sizeOf(io);
-  // libzip would take an empty file for an archive without members.
-  if (size <= 0) return nullptr;
-  std::unique_ptr<IoSource> source(new (std::nothrow) IoSource{io, size, 0, {}});
+  const auto reader = IoReader::over(io);
+  if (!reader) return nullptr;
+  std::unique_ptr<IoSource> source(new (std::nothrow) IoSource{*reader});
   if (!source) return nullptr;
   zip_error_init(&source->error);
   zip_source_t* result = zip_source_function_create(callback, source.get(), nullptr);

@@ -1,4 +1,4 @@
-// The module's one export and the functions that it hands out. Exceptions end
+// The module's two exports and the functions that it hands out. Exceptions end
 // here; what is above are numbers and null pointers.
 
 #include <new>
@@ -6,6 +6,7 @@
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
 #include "Tools/vnexport.h"
+#include "dorvex/unzip_limits.h"
 #include "zip_container.h"
 
 namespace dorvex::unzip {
@@ -47,7 +48,7 @@ int getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry)
 int extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream) {
   if (container == nullptr) return VN_CONTAINER_INVALID_ARGUMENT;
   return guardedStatus(
-      [=] { return static_cast<const ZipContainer*>(container)->extract(index, stream); });
+      [=] { return static_cast<ZipContainer*>(container)->extract(index, stream); });
 }
 
 int getEntryCount(void* container) {
@@ -64,4 +65,10 @@ extern "C" VN_API int unzipGetContainerReaderInterface(ContainerReaderInterface*
   using namespace dorvex::unzip;
   *interface = {openContainer, closeContainer, getEntryInfo, extractEntry, getEntryCount, {}};
   return 1;
+}
+
+// See dorvex/unzip_limits.h.
+extern "C" VN_API void* unzipOpenLimitedContainer(_VPTPIOobj* io, UnzipLimits* limits) {
+  using namespace dorvex::unzip;
+  return guarded<void*>(nullptr, nullptr, [=] { return ZipContainer::open(io, limits).release(); });
 }

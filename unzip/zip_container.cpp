@@ -45,7 +45,8 @@ bool writeAll(_VPTPIOobj* stream, const char* data, std::size_t size) {
 }
 
 // Reads to the end, since libzip compares the checksum only there.
-VNContainerStatus copy(zip_file_t* file, zip_uint64_t size, _VPTPIOobj* stream) {
+VNContainerStatus copy(zip_file_t* file, zip_uint64_t size, _VPTPIOobj* stream,
+                       std::uint64_t& written) {
   std::array<char, kCopySize> block;
   zip_uint64_t total = 0;
   for (;;) {
@@ -57,21 +58,43 @@ VNContainerStatus copy(zip_file_t* file, zip_uint64_t size, _VPTPIOobj* stream) 
     if (!writeAll(stream, block.data(), static_cast<std::size_t>(got))) {
       return VN_CONTAINER_WRITE_FAILURE;
     }
+    written += static_cast<std::uint64_t>(got);
   }
   return total == size ? VN_CONTAINER_OK : VN_CONTAINER_DAMAGED;
 }
 
+// Two readings of one zip that differ make neither trustworthy.
+bool isTheSame(const ZipEntry& entry, const zip_stat_t& stat) {
+  return stat.size == entry.size && stat.comp_size == entry.compressedSize &&
+         stat.crc == entry.crc && stat.comp_method == entry.method;
+}
+
+bool expandsBeyond(const ZipEntry& entry, std::uint32_t expansion) {
+  const std::uint64_t least = entry.size / expansion + (entry.size % expansion != 0 ? 1 : 0);
+  return entry.compressedSize < least;
+}
+
 }  // namespace
 
-std::unique_ptr<ZipContainer> ZipContainer::open(_VPTPIOobj* io) {
+std::unique_ptr<ZipContainer> ZipContainer::open(_VPTPIOobj* io, UnzipLimits* limits) {
+  const auto reader = IoReader::over(io);
+  if (!reader) return nullptr;
+  std::unique_ptr<ZipContainer> container(new ZipContainer(ZipLayout(*reader), limits));
+  return container->openArchive(io) ? std::move(container) : nullptr;
+}
+
+ZipContainer::ZipContainer(ZipLayout layout, UnzipLimits* limits)
+    : layout_(std::move(layout)), limits_(limits != nullptr ? *limits : ownLimits_) {}
+
+bool ZipContainer::openArchive(_VPTPIOobj* io) {
+  const ZipLayout::Outcome outcome = layout_.read(limits_.members);
+  if (outcome == ZipLayout::Outcome::kTooManyMembers) limits_.passed = UNZIP_LIMIT_MEMBERS;
+  if (outcome != ZipLayout::Outcome::kRead) return false;
   zip_source_t* source = makeIoSource(io);
-  if (source == nullptr) return nullptr;
-  Archive archive(zip_open_from_source(source, ZIP_RDONLY, nullptr));
-  if (!archive) {
-    zip_source_free(source);
-    return nullptr;
-  }
-  return std::unique_ptr<ZipContainer>(new ZipContainer(std::move(archive)));
+  if (source == nullptr) return false;
+  archive_.reset(zip_open_from_source(source, ZIP_RDONLY, nullptr));
+  if (!archive_) zip_source_free(source);
+  return archive_ && static_cast<std::size_t>(entryCount()) == layout_.entries().size();
 }
 
 int ZipContainer::entryCount() const {
@@ -98,7 +121,28 @@ VNContainerStatus ZipContainer::entryInfo(std::int32_t index, ContainerEntryInfo
   return VN_CONTAINER_OK;
 }
 
-VNContainerStatus ZipContainer::extract(std::int32_t index, _VPTPIOobj* stream) const {
+UnzipLimit ZipContainer::limitPassedBy(const ZipEntry& entry) const {
+  const UnzipLimits& limits = limits_;
+  const std::uint64_t left = limits.totalBytes - std::min(limits.totalBytes, limits.writtenBytes);
+  if (limits.memberBytes != 0 && entry.size > limits.memberBytes) return UNZIP_LIMIT_MEMBER_BYTES;
+  if (limits.expansion != 0 && expandsBeyond(entry, limits.expansion)) return UNZIP_LIMIT_EXPANSION;
+  if (limits.totalBytes != 0 && entry.size > left) return UNZIP_LIMIT_TOTAL_BYTES;
+  return UNZIP_LIMIT_NONE;
+}
+
+VNContainerStatus ZipContainer::check(const ZipEntry& entry, const zip_stat_t& stat) {
+  if (entry.overlaps || !isTheSame(entry, stat) || !layout_.agrees(entry)) {
+    return VN_CONTAINER_DAMAGED;
+  }
+  const UnzipLimit passed = limitPassedBy(entry);
+  if (passed != UNZIP_LIMIT_NONE) {
+    limits_.passed = passed;
+    return VN_CONTAINER_GENERAL_FAILURE;
+  }
+  return entry.size > kLargestSize ? VN_CONTAINER_GENERAL_FAILURE : VN_CONTAINER_OK;
+}
+
+VNContainerStatus ZipContainer::extract(std::int32_t index, _VPTPIOobj* stream) {
   if (!has(index) || stream == nullptr) return VN_CONTAINER_INVALID_ARGUMENT;
   if (stream->Write == nullptr) return VN_CONTAINER_WRITE_FAILURE;
   const auto position = static_cast<zip_uint64_t>(index);
@@ -107,10 +151,11 @@ VNContainerStatus ZipContainer::extract(std::int32_t index, _VPTPIOobj* stream) 
     return statusOf(zip_get_error(archive_.get()));
   }
   if (stat.encryption_method != ZIP_EM_NONE) return VN_CONTAINER_ENCRYPTED;
-  if (stat.size > kLargestSize) return VN_CONTAINER_GENERAL_FAILURE;
+  const VNContainerStatus status = check(layout_.entries()[position], stat);
+  if (status != VN_CONTAINER_OK) return status;
   const File file(zip_fopen_index(archive_.get(), position, 0));
   if (!file) return statusOf(zip_get_error(archive_.get()));
-  return copy(file.get(), stat.size, stream);
+  return copy(file.get(), stat.size, stream, limits_.writtenBytes);
 }
 
 }  // namespace dorvex::unzip

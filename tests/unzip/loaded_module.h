@@ -12,6 +12,7 @@
 
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
+#include "dorvex/unzip_limits.h"
 
 namespace dorvex::testing {
 
@@ -68,12 +69,16 @@ class LoadedModule {
     if (fill == nullptr) throw std::runtime_error("no entry point");
     std::memset(&interface, 0xA5, sizeof interface);
     fill(&interface);
+    openLimited = reinterpret_cast<UnzipOpenLimitedContainerFunction>(
+        ::dlsym(handle_, kUnzipOpenLimitedContainer));
+    if (openLimited == nullptr) throw std::runtime_error("no entry point for limits");
   }
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;
   ~LoadedModule() { ::dlclose(handle_); }
 
   ContainerReaderInterface interface;
+  UnzipOpenLimitedContainerFunction openLimited = nullptr;
 
  private:
   void* handle_;

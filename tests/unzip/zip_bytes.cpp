@@ -20,12 +20,40 @@ std::string commonFields(const RawMember& member) {
 }
 
 std::string localEntry(const RawMember& member) {
-  return "PK\x03\x04" + commonFields(member) + member.name + member.extra + member.contents;
+  RawMember local = member;
+  if (member.inLocal) member.inLocal(local);
+  return "PK\x03\x04" + commonFields(local) + local.name + local.extra + member.contents +
+         member.behind;
 }
 
 std::string centralEntry(const RawMember& member, std::size_t offset) {
   return "PK\x01\x02" + u16(20) + commonFields(member) + u16(0) + u16(0) + u16(0) + u32(0) +
-         u32(offset) + member.name + member.extra;
+         u32(member.offset.value_or(static_cast<std::uint32_t>(offset))) + member.name +
+         member.extra;
+}
+
+struct Parts {
+  std::string members;
+  std::string directory;
+};
+
+Parts write(const std::vector<RawMember>& members, const std::vector<std::size_t>& order,
+            std::size_t base) {
+  Parts parts;
+  std::vector<std::size_t> offsets;
+  for (const RawMember& member : members) {
+    offsets.push_back(base + parts.members.size());
+    parts.members += localEntry(member);
+  }
+  for (const std::size_t index : order)
+    parts.directory += centralEntry(members[index], offsets[index]);
+  return parts;
+}
+
+std::vector<std::size_t> localOrder(std::size_t count) {
+  std::vector<std::size_t> order(count);
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  return order;
 }
 
 }  // namespace
@@ -39,24 +67,32 @@ std::uint32_t crcOf(const std::string& bytes) {
   return ~crc;
 }
 
-std::string rawZip(const std::vector<RawMember>& members, std::vector<std::size_t> order) {
-  if (order.empty()) {
-    order.resize(members.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-  }
-  std::string bytes;
-  std::vector<std::size_t> offsets;
-  for (const RawMember& member : members) {
-    offsets.push_back(bytes.size());
-    bytes += localEntry(member);
-  }
-  const std::size_t start = bytes.size();
-  for (const std::size_t index : order) bytes += centralEntry(members[index], offsets[index]);
-  const std::size_t length = bytes.size() - start;
-  return bytes + "PK\x05\x06" + u16(0) + u16(0) + u16(order.size()) + u16(order.size()) +
-         u32(length) + u32(start) + u16(0);
+std::string descriptor(const std::string& contents, bool isSigned, int sizeWidth) {
+  const std::string size = encodeLittleEndian(contents.size(), sizeWidth);
+  return (isSigned ? "PK\x07\x08" : "") + u32(crcOf(contents)) + size + size;
 }
 
-std::string zip64Size(std::uint64_t size) { return u16(1) + u16(8) + encodeLittleEndian(size, 8); }
+std::string rawZip(const std::vector<RawMember>& members, std::vector<std::size_t> order,
+                   std::size_t base) {
+  if (order.empty()) order = localOrder(members.size());
+  const auto [locals, directory] = write(members, order, base);
+  return locals + directory + "PK\x05\x06" + u16(0) + u16(0) + u16(order.size()) +
+         u16(order.size()) + u32(directory.size()) + u32(base + locals.size()) + u16(0);
+}
+
+std::string rawZip64(const std::vector<RawMember>& members) {
+  const auto u64 = [](std::uint64_t value) { return encodeLittleEndian(value, 8); };
+  const auto [locals, directory] = write(members, localOrder(members.size()), 0);
+  return locals + directory + "PK\x06\x06" + u64(44) + u16(45) + u16(45) + u32(0) + u32(0) +
+         u64(members.size()) + u64(members.size()) + u64(directory.size()) + u64(locals.size()) +
+         "PK\x06\x07" + u32(0) + u64(locals.size() + directory.size()) + u32(1) + "PK\x05\x06" +
+         u16(0) + u16(0) + u16(0xFFFF) + u16(0xFFFF) + u32(0xFFFFFFFF) + u32(0xFFFFFFFF) + u16(0);
+}
+
+std::string zip64Field(const std::vector<std::uint64_t>& values) {
+  std::string field = u16(1) + u16(8 * values.size());
+  for (const std::uint64_t value : values) field += encodeLittleEndian(value, 8);
+  return field;
+}
 
 }  // namespace dorvex::testing

@@ -26,6 +26,12 @@ class ZipContainerTest : public ::testing::Test {
     container_ = module_.interface.OpenContainer(&io, nullptr, 0);
     return container_ != nullptr;
   }
+  bool openLimited(const std::string& bytes) {
+    close();
+    io.bytes = bytes;
+    container_ = module_.openLimited(&io, &limits);
+    return container_ != nullptr;
+  }
   void close() {
     if (container_ != nullptr) module_.interface.CloseContainer(container_);
     container_ = nullptr;
@@ -51,6 +57,7 @@ class ZipContainerTest : public ::testing::Test {
   MemoryObject io;
   MemoryObject out;
   ContainerEntryInfo entry;
+  UnzipLimits limits;
 
  private:
   LoadedModule module_;
@@ -212,23 +219,21 @@ TEST_F(ZipContainerTest, NeverWritesMoreThanTheStatedSizeAndReportsTheExcess) {
 TEST_F(ZipContainerTest, ReportsAMemberThatIsShorterThanStated) {
   ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "contents", .size = 9}})));
   EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
-  ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "contents", .size = 0xFFFFFFFE}})));
+  ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "contents", .size = 8000}})));
   EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
 }
 
 TEST_F(ZipContainerTest, ReportsDataThatGoesOnBeyondTheFile) {
-  if (!open(rawZip(
-          {{.name = "a", .contents = "contents", .size = 90000, .compressedSize = 90000}}))) {
-    return;  // refused as a whole, which is as well
-  }
+  ASSERT_TRUE(open(
+      rawZip({{.name = "a", .contents = "contents", .size = 90000, .compressedSize = 90000}})));
   EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
 }
 
 TEST_F(ZipContainerTest, StatesTheLargestSizeForAMemberBeyondTheRecordAndDoesNotExtractIt) {
   const std::uint64_t size = std::uint64_t{5} << 30;
-  ASSERT_TRUE(
-      open(rawZip({{.name = "movie", .contents = "x", .size = 0xFFFFFFFF, .extra = zip64Size(size)},
-                   {.name = "b", .contents = "2"}})));
+  ASSERT_TRUE(open(
+      rawZip({{.name = "movie", .contents = "x", .size = 0xFFFFFFFF, .extra = zip64Field({size})},
+              {.name = "b", .contents = "2"}})));
   EXPECT_EQ(info(0), VN_CONTAINER_OK);
   EXPECT_EQ(entry.size, 0xFFFFFFFFu);
   EXPECT_EQ(extract(0), VN_CONTAINER_GENERAL_FAILURE);
@@ -254,6 +259,263 @@ TEST_F(ZipContainerTest, WritesOnWhereAStreamTakesLittleAtATime) {
 TEST_F(ZipContainerTest, ReportsADocumentThatCanNoLongerBeRead) {
   ASSERT_TRUE(open(zip({{"a", std::string(100000, 'x')}})));
   io.Read = [](_VPTPIOobj*, void*, std::uint32_t) { return 0; };
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+}
+
+// --- Shapes of zips ---
+
+TEST_F(ZipContainerTest, OpensAZipWithBytesBehindItsEnd) {
+  for (const std::size_t trailing : {1u, 22u, 1000u, 65535u}) {
+    ASSERT_TRUE(open(zip({{"a", "contents"}}) + std::string(trailing, 'x'))) << trailing;
+    EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+    EXPECT_EQ(out.bytes, "contents");
+  }
+  EXPECT_FALSE(open(zip({{"a", "contents"}}) + std::string(65536, 'x')));
+}
+
+TEST_F(ZipContainerTest, OpensAZipBehindAPrefixThatItsOffsetsCount) {
+  const std::string prefix = "#!/bin/sh\nexit\n";
+  ASSERT_TRUE(open(prefix + rawZip({{"a", "contents"}, {"b", "2"}}, {}, prefix.size())));
+  EXPECT_EQ(names(), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, "contents");
+}
+
+TEST_F(ZipContainerTest, DoesNotOpenAZipBehindAPrefixThatItsOffsetsDoNotCount) {
+  EXPECT_FALSE(open("prefix" + rawZip({{"a", "contents"}})));
+}
+
+TEST_F(ZipContainerTest, OpensAZip64) {
+  const std::string contents = "contents";
+  ASSERT_TRUE(open(rawZip64({{.name = "a",
+                              .contents = contents,
+                              .size = 0xFFFFFFFF,
+                              .compressedSize = 0xFFFFFFFF,
+                              .extra = zip64Field({contents.size(), contents.size()})},
+                             {"b", "2"}})));
+  EXPECT_EQ(names(), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(info(0), VN_CONTAINER_OK);
+  EXPECT_EQ(entry.size, contents.size());
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, contents);
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+}
+
+TEST_F(ZipContainerTest, ListsMembersOfTheSameNameEach) {
+  ASSERT_TRUE(open(rawZip({{"a", "first"}, {"a", "second"}})));
+  EXPECT_EQ(names(), (std::vector<std::string>{"a", "a"}));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, "first");
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, "second");
+}
+
+TEST_F(ZipContainerTest, GivesAbsoluteNamesAndThoseThatLeadUpAsTheyStand) {
+  const std::vector<std::string> given = {
+      "/etc/passwd", "../Index/Document.iwa", "a/../../b", "C:\\Index\\a.iwa", "./a", ""};
+  std::vector<RawMember> members;
+  for (const std::string& name : given) members.push_back({name, "x"});
+  ASSERT_TRUE(open(rawZip(members)));
+  EXPECT_EQ(names(), given);
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+}
+
+RawMember described(const std::string& behind) {
+  return {.name = "a",
+          .contents = "contents",
+          .flags = 8,
+          .behind = behind,
+          .inLocal = [](auto& local) {
+            local.crc = 0;
+            local.size = 0;
+            local.compressedSize = 0;
+          }};
+}
+
+TEST_F(ZipContainerTest, TakesDataDescriptorsInAllTheirForms) {
+  for (const bool isSigned : {false, true}) {
+    for (const int width : {4, 8}) {
+      ASSERT_TRUE(open(rawZip({described(descriptor("contents", isSigned, width)), {"b", "2"}})));
+      EXPECT_EQ(extract(0), VN_CONTAINER_OK) << isSigned << width;
+      EXPECT_EQ(out.bytes, "contents");
+    }
+  }
+}
+
+TEST_F(ZipContainerTest, RefusesADataDescriptorThatSaysSomethingElseOrIsNotThere) {
+  std::string wrong = descriptor("contents");
+  wrong[5] ^= 1;
+  for (const std::string& behind :
+       {wrong, descriptor("other contents"), std::string(), descriptor("contents").substr(0, 15)}) {
+    ASSERT_TRUE(open(rawZip({described(behind), {"b", "2"}})));
+    EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+    EXPECT_EQ(out.bytes, "");
+    EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+  }
+}
+
+// --- Members that share bytes, headers that differ ---
+
+TEST_F(ZipContainerTest, RefusesMembersThatShareALocalHeader) {
+  ASSERT_TRUE(open(rawZip({{"a", "contents"}, {"b", "2"}}, {0, 0, 1})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+  EXPECT_EQ(extract(1), VN_CONTAINER_DAMAGED);
+  EXPECT_EQ(extract(2), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, "2");
+}
+
+// The inner member's header and data are the data of the outer one.
+TEST_F(ZipContainerTest, RefusesAMemberWithinAnotherAndTheOneAroundIt) {
+  const std::string inner = rawZip({{"inner", "contents"}}).substr(0, 30 + 5 + 8);
+  ASSERT_TRUE(open(rawZip({{"outer", inner + "more"},
+                           {.name = "inner", .contents = "contents", .offset = 30 + 5},
+                           {"next", "2"}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+  EXPECT_EQ(extract(1), VN_CONTAINER_DAMAGED);
+  EXPECT_EQ(extract(2), VN_CONTAINER_OK);
+}
+
+TEST_F(ZipContainerTest, RefusesAMemberThatReachesIntoTheNextByTheExtraFieldOfItsLocalHeader) {
+  ASSERT_TRUE(open(rawZip({{.name = "a",
+                            .contents = "contents",
+                            .inLocal = [](auto& local) { local.extra = std::string(4, '\0'); },
+                            .offset = {}},
+                           {.name = "b", .contents = "2"}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);  // the extra field is really there
+  std::string stretched = rawZip({{"a", "contents"}, {"b", "2"}});
+  stretched[28] = 4;  // and here it is not
+  ASSERT_TRUE(open(stretched));
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+}
+
+TEST_F(ZipContainerTest, RefusesAMemberThatReachesIntoTheCentralDirectory) {
+  ASSERT_TRUE(
+      open(rawZip({{.name = "a", .contents = "contents", .size = 20, .compressedSize = 20}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+  EXPECT_EQ(out.bytes, "");
+}
+
+TEST_F(ZipContainerTest, RefusesAMemberWhoseOffsetLeadsElsewhere) {
+  for (const std::uint32_t offset : {1u, 39u, 1000u, 0xFFFFFFFEu}) {
+    ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "contents", .offset = offset}})));
+    EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED) << offset;
+  }
+}
+
+TEST_F(ZipContainerTest, RefusesALocalHeaderThatSaysSomethingElse) {
+  const std::function<void(RawMember&)> changes[] = {
+      [](auto& local) { local.name = "b"; },
+      [](auto& local) { local.name = "ab"; },
+      [](auto& local) { local.method = 8; },
+      [](auto& local) { local.flags = 1; },
+      [](auto& local) { local.crc = 1; },
+      [](auto& local) { local.size = 7; },
+      [](auto& local) { local.compressedSize = 7; },
+      [](auto& local) { local.size = 0; },
+  };
+  for (const auto& change : changes) {
+    ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "contents", .inLocal = change}})));
+    EXPECT_EQ(info(0), VN_CONTAINER_OK);
+    EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED) << &change - changes;
+    EXPECT_EQ(out.bytes, "");
+  }
+}
+
+TEST_F(ZipContainerTest, TakesALongExtraFieldOfALocalHeader) {
+  std::string field = "xx" + std::string("\xE8\x03", 2) + std::string(1000, 'e');
+  ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "contents", .inLocal = [&](auto& local) {
+                              local.extra = field;
+                            }}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, "contents");
+}
+
+// --- Limits ---
+
+TEST_F(ZipContainerTest, DoesNotOpenAZipOfTooManyMembers) {
+  const std::string bytes = zip({{"a", "1"}, {"b", "2"}, {"c", "3"}});
+  limits.members = 3;
+  EXPECT_TRUE(openLimited(bytes));
+  EXPECT_EQ(limits.passed, UNZIP_LIMIT_NONE);
+  limits.members = 2;
+  EXPECT_FALSE(openLimited(bytes));
+  EXPECT_EQ(limits.passed, UNZIP_LIMIT_MEMBERS);
+  limits.members = 0;
+  EXPECT_TRUE(openLimited(bytes));
+}
+
+TEST_F(ZipContainerTest, DoesNotExtractAMemberBeyondItsLimitAndWritesNothingOfIt) {
+  limits.memberBytes = 7;
+  ASSERT_TRUE(openLimited(zip({{"a", "contents"}, {"b", "content"}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_GENERAL_FAILURE);
+  EXPECT_EQ(limits.passed, UNZIP_LIMIT_MEMBER_BYTES);
+  EXPECT_EQ(out.bytes, "");
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+}
+
+TEST_F(ZipContainerTest, DoesNotExtractAMemberThatExpandsBeyondItsLimit) {
+  const std::string bytes = zip({{"a", std::string(100000, 'x'), true}, {"b", "stored"}});
+  limits.expansion = 100;
+  ASSERT_TRUE(openLimited(bytes));
+  EXPECT_EQ(extract(0), VN_CONTAINER_GENERAL_FAILURE);
+  EXPECT_EQ(limits.passed, UNZIP_LIMIT_EXPANSION);
+  EXPECT_EQ(out.bytes, "");
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+  limits.expansion = 0;
+  ASSERT_TRUE(openLimited(bytes));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+}
+
+// A limit of 3 to 1, and members of 10 bytes that take 3 and 4.
+TEST_F(ZipContainerTest, RoundsTheExpansionUp) {
+  limits.expansion = 3;
+  for (const std::uint32_t taken : {3u, 4u}) {
+    ASSERT_TRUE(openLimited(rawZip({{.name = "a",
+                                     .contents = std::string(taken, 'x'),
+                                     .method = 8,
+                                     .size = 10,
+                                     .compressedSize = taken}})));
+    EXPECT_EQ(extract(0), taken == 3 ? VN_CONTAINER_GENERAL_FAILURE : VN_CONTAINER_DAMAGED);
+  }
+}
+
+TEST_F(ZipContainerTest, StopsAMemberThatExpandsFurtherThanItStates) {
+  limits.memberBytes = 1000;
+  std::string bytes = zip({{"a", std::string(100000, 'x'), true}});
+  // Both headers state 1000 bytes.
+  for (const std::size_t at : {std::size_t{22}, bytes.find("PK\x01\x02") + 24}) {
+    bytes[at] = '\xE8';
+    bytes[at + 1] = '\x03';
+    bytes[at + 2] = '\0';
+  }
+  ASSERT_TRUE(openLimited(bytes));
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+  EXPECT_LE(out.bytes.size(), 1000u);
+}
+
+TEST_F(ZipContainerTest, CountsWhatAllContainersOfARecordWrite) {
+  limits.totalBytes = 10;
+  ASSERT_TRUE(openLimited(zip({{"a", "four"}, {"b", "seven.."}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(limits.writtenBytes, 4u);
+  EXPECT_EQ(extract(1), VN_CONTAINER_GENERAL_FAILURE);
+  EXPECT_EQ(limits.passed, UNZIP_LIMIT_TOTAL_BYTES);
+  ASSERT_TRUE(openLimited(zip({{"c", "six..."}, {"d", "x"}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(extract(1), VN_CONTAINER_GENERAL_FAILURE);
+}
+
+TEST_F(ZipContainerTest, KeepsToTheDefaultsThroughThePlainEntryPoint) {
+  const std::uint64_t beyond = UnzipLimits{}.memberBytes + 1;
+  ASSERT_TRUE(open(rawZip({{.name = "a",
+                            .contents = std::string(1 << 20, 'x'),
+                            .method = 8,
+                            .size = static_cast<std::uint32_t>(beyond)}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_GENERAL_FAILURE);
+  ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "x", .method = 8, .size = 1101}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_GENERAL_FAILURE);
+  ASSERT_TRUE(open(rawZip({{.name = "a", .contents = "x", .method = 8, .size = 1100}})));
   EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
 }
 
