@@ -1,7 +1,6 @@
 #include "byte_store.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -45,19 +44,6 @@ bool writeFully(int fd, std::uint64_t offset, const void* data, std::size_t coun
   return true;
 }
 
-// O_TMPFILE where the file system has it, otherwise a name that is taken away
-// at once.
-UniqueFd openUnnamedFile() {
-  const char* folder = std::getenv("TMPDIR");
-  if (folder == nullptr || *folder == '\0') folder = "/tmp";
-  UniqueFd file(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
-  if (file) return file;
-  std::string name = std::string(folder) + "/dorvex-XXXXXX";
-  UniqueFd named(::mkostemp(name.data(), O_CLOEXEC));
-  if (named) ::unlink(name.c_str());
-  return named;
-}
-
 class MemoryStore final : public ByteStore {
  public:
   explicit MemoryStore(std::span<const unsigned char> bytes) : bytes_(bytes) {}
@@ -79,6 +65,7 @@ class FileStore final : public ByteStore {
     if (offset >= size_) return 0;
     return readFully(file_.get(), offset, buffer, std::min<std::uint64_t>(count, size_ - offset));
   }
+  int file() const override { return file_.get(); }
 
  private:
   UniqueFd file_;
@@ -87,7 +74,8 @@ class FileStore final : public ByteStore {
 
 class ScratchStore final : public ByteStore {
  public:
-  explicit ScratchStore(std::size_t memoryLimit) : memoryLimit_(memoryLimit) {}
+  ScratchStore(std::size_t memoryLimit, OpenScratchFile openFile)
+      : memoryLimit_(memoryLimit), openFile_(std::move(openFile)) {}
 
   std::uint64_t size() const override { return size_; }
 
@@ -109,10 +97,11 @@ class ScratchStore final : public ByteStore {
   }
 
   std::span<const unsigned char> inMemory() const override { return memory_; }
+  int file() const override { return file_.get(); }
 
  private:
   bool moveToFile() {
-    UniqueFd file = openUnnamedFile();
+    UniqueFd file = openFile_();
     if (!file || !writeFully(file.get(), 0, memory_.data(), memory_.size())) return false;
     file_ = std::move(file);
     memory_ = {};
@@ -120,12 +109,26 @@ class ScratchStore final : public ByteStore {
   }
 
   std::size_t memoryLimit_;
+  OpenScratchFile openFile_;
   std::vector<unsigned char> memory_;
   UniqueFd file_;
   std::uint64_t size_ = 0;
 };
 
 }  // namespace
+
+// O_TMPFILE where the file system has it, otherwise a name that is taken away
+// at once.
+UniqueFd openUnnamedFile() {
+  const char* folder = std::getenv("TMPDIR");
+  if (folder == nullptr || *folder == '\0') folder = "/tmp";
+  UniqueFd file(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  if (file) return file;
+  std::string name = std::string(folder) + "/dorvex-XXXXXX";
+  UniqueFd named(::mkostemp(name.data(), O_CLOEXEC));
+  if (named) ::unlink(name.c_str());
+  return named;
+}
 
 bool ByteStore::append(const void*, std::size_t) {
   errno = EBADF;
@@ -136,14 +139,15 @@ std::unique_ptr<ByteStore> makeMemoryStore(std::span<const unsigned char> bytes)
   return std::make_unique<MemoryStore>(bytes);
 }
 
+// Not fstat, which a confined worker may not call.
 std::unique_ptr<ByteStore> makeFileStore(UniqueFd file) {
-  struct stat status {};
-  if (::fstat(file.get(), &status) != 0) return nullptr;
-  return std::make_unique<FileStore>(std::move(file), static_cast<std::uint64_t>(status.st_size));
+  const off_t size = ::lseek(file.get(), 0, SEEK_END);
+  if (size < 0) return nullptr;
+  return std::make_unique<FileStore>(std::move(file), static_cast<std::uint64_t>(size));
 }
 
-std::unique_ptr<ByteStore> makeScratchStore(std::size_t memoryLimit) {
-  return std::make_unique<ScratchStore>(memoryLimit);
+std::unique_ptr<ByteStore> makeScratchStore(std::size_t memoryLimit, OpenScratchFile openFile) {
+  return std::make_unique<ScratchStore>(memoryLimit, std::move(openFile));
 }
 
 }  // namespace dorvex

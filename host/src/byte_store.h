@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -26,6 +27,8 @@ class ByteStore {
   // The contents where they lie in one piece in memory, otherwise empty. Valid
   // until the next append.
   virtual std::span<const unsigned char> inMemory() const { return {}; }
+  // The file that holds the contents and nothing else, or -1. Stays the store's.
+  virtual int file() const { return -1; }
 };
 
 // Bytes that stay the caller's and must outlive the store.
@@ -34,8 +37,16 @@ std::unique_ptr<ByteStore> makeMemoryStore(std::span<const unsigned char> bytes)
 // A regular file, at the size that it has now. Null when that cannot be told.
 std::unique_ptr<ByteStore> makeFileStore(UniqueFd file);
 
+// An empty file for reading and writing; an empty descriptor and errno on
+// failure.
+using OpenScratchFile = std::function<UniqueFd()>;
+
+// A temporary file without a name, in $TMPDIR or /tmp.
+UniqueFd openUnnamedFile();
+
 // Empty, for appending. Up to memoryLimit bytes stay in memory; beyond that
-// everything moves to a temporary file without a name, in $TMPDIR or /tmp.
-std::unique_ptr<ByteStore> makeScratchStore(std::size_t memoryLimit);
+// everything moves to a file that openFile gives.
+std::unique_ptr<ByteStore> makeScratchStore(std::size_t memoryLimit,
+                                            OpenScratchFile openFile = openUnnamedFile);
 
 }  // namespace dorvex

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <vector>
 
+#include "object_stream.h"
+
 namespace dorvex {
 namespace {
 
@@ -45,15 +47,20 @@ class BodyReader {
 };
 
 // False for a block that is not a sound one.
-bool appendBlock(const char* body, std::size_t length, std::string& stream) {
+bool appendBlock(const char* body, std::size_t length, ObjectStream& objects) {
   std::size_t size = 0;
   if (!snappy::IsValidCompressedBuffer(body, length) ||
       !snappy::GetUncompressedLength(body, length, &size)) {
     return false;
   }
-  const std::size_t start = stream.size();
-  stream.resize(start + size);
-  return snappy::RawUncompress(body, length, stream.data() + start);
+  objects.size += size;
+  if (objects.size > kMostReadableObjects) {
+    objects.bytes = {};
+    return true;
+  }
+  const std::size_t start = objects.bytes.size();
+  objects.bytes.resize(start + size);
+  return snappy::RawUncompress(body, length, objects.bytes.data() + start);
 }
 
 }  // namespace
@@ -87,7 +94,7 @@ bool ChunkAlignedReader::followHeader() {
   return true;
 }
 
-std::optional<std::string> findChunkFault(ByteStore& store, std::string* objectStream) {
+std::optional<std::string> findChunkFault(ByteStore& store, ObjectStream* objects) {
   const std::uint64_t size = store.size();
   BodyReader bodies(store);
   std::uint64_t position = 0;
@@ -105,8 +112,8 @@ std::optional<std::string> findChunkFault(ByteStore& store, std::string* objectS
     if (body == nullptr) {
       return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
     }
-    const bool sound = objectStream != nullptr ? appendBlock(body, length, *objectStream)
-                                               : snappy::IsValidCompressedBuffer(body, length);
+    const bool sound = objects != nullptr ? appendBlock(body, length, *objects)
+                                          : snappy::IsValidCompressedBuffer(body, length);
     if (!sound) {
       return atChunk(number, "holds damaged data");
     }

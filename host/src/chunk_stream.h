@@ -43,11 +43,17 @@ class ChunkAlignedReader {
   bool lost_ = false;             // what stands at nextHeader_ is no header
 };
 
+// What the chunks hold, decompressed.
+struct ObjectStream {
+  std::uint64_t size = 0;  // of all of it
+  std::string bytes;       // all of it, or nothing where size is above kMostReadableObjects
+};
+
 // Looks through a whole chunk stream: every header and every Snappy block, and
 // that nothing follows the last chunk. Nothing for a sound stream (an empty one
 // is sound); otherwise what is wrong, as a phrase for people. The reader drops
-// such a stream, or its end, without a word. The blocks, decompressed, are
-// appended to objectStream if it is given, up to the first fault.
-std::optional<std::string> findChunkFault(ByteStore& store, std::string* objectStream = nullptr);
+// such a stream, or its end, without a word. The blocks go decompressed into
+// objects if it is given, up to the first fault.
+std::optional<std::string> findChunkFault(ByteStore& store, ObjectStream* objects = nullptr);
 
 }  // namespace dorvex

@@ -68,6 +68,31 @@ Cause refusalCause(const RefusedMember& refused) {
                                std::to_string(refused.status) + ")"};
 }
 
+std::string memberOrDocument(const std::string& name) {
+  return name.empty() ? "the zip" : "the zip member " + name;
+}
+
+std::string limitText(const PassedLimit& passed) {
+  const std::string name = memberOrDocument(passed.name);
+  const std::string allowed = std::to_string(passed.allowed);
+  switch (passed.limit) {
+    case Limit::kMembers:
+      return name + " has more than " + allowed + " members";
+    case Limit::kDepth:
+      return name + " lies in more than " + allowed + " containers";
+    case Limit::kMemberBytes:
+      return name + " expands to more than " + allowed + " bytes";
+    case Limit::kTotalBytes:
+      return "with " + name + " the members expand to more than " + allowed + " bytes";
+    case Limit::kExpansion:
+      return name + " expands beyond " + allowed + " to 1";
+    case Limit::kScratch:
+      return "with " + name + " more than " + allowed + " bytes of scratch space are in use";
+    default:
+      return name + " passes a limit";  // the others are not the reader's to pass
+  }
+}
+
 Cause unsoundCause(const std::vector<SkippedMember>& unsound) {
   const SkippedMember& first = unsound.front();
   const std::string name = first.name.empty() ? "a member without a name" : first.name;
@@ -92,7 +117,7 @@ Cause noContainerCause(const std::string& name, const PackageLook& look) {
 
 std::optional<Cause> troubleOfTheSystem(const Observations& seen) {
   if (seen.missingModule) {
-    return Cause{Failure::kModuleUnusable,
+    return Cause{Failure::kModuleMissing,
                  "the container module cannot be loaded: " + *seen.missingModule};
   }
   if (seen.scratchFailure)
@@ -136,7 +161,8 @@ Cause troubleByNumber(int moduleResult, const PackageLook& look) {
 
 bool sawNothingWrong(const Observations& seen) {
   return seen.unsound.empty() && !seen.refused && !seen.notAContainer && !seen.openFailure &&
-         !seen.readFailure && !seen.scratchFailure && !seen.endlessRead && !seen.missingModule;
+         !seen.readFailure && !seen.scratchFailure && !seen.endlessRead && !seen.limitPassed &&
+         !seen.missingModule;
 }
 
 Cause causeOf(int moduleResult, const Observations& seen, const PackageLook& look) {
@@ -166,7 +192,10 @@ Result diagnose(int moduleResult, const Observations& seen,
   result.moduleResult = moduleResult;
   result.skipped = seen.unsound;
   if (moduleResult == 0 && sawNothingWrong(seen)) return result;
-  Cause cause = causeOf(moduleResult, seen, look());
+  if (seen.limitPassed) result.limit = seen.limitPassed->limit;
+  Cause cause = seen.limitPassed
+                    ? Cause{Failure::kLimitPassed, "stopped: " + limitText(*seen.limitPassed)}
+                    : causeOf(moduleResult, seen, look());
   result.failure = cause.failure;
   if (moduleResult == 0) {
     result.status = Status::kPartial;

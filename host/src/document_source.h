@@ -8,8 +8,11 @@
 
 #include "dorvex/host.h"
 #include "open_input.h"
+#include "reader_module.h"
 
 namespace dorvex {
+
+class WorkerPool;
 
 class Document::Source {
  public:
@@ -24,14 +27,18 @@ class Document::Source {
 // A document of which nothing but the result is known.
 std::unique_ptr<Document::Source> makeFailedSource(Result result);
 
-// Reads in this process.
-std::unique_ptr<Document::Source> makeSession(const HostOptions& options, OpenInput input);
+// Reads in this process. The module's path in the options is absolute.
+std::unique_ptr<Document::Source> makeSession(const HostOptions& options, OpenInput input,
+                                              std::shared_ptr<ReaderModule> module,
+                                              OpenScratchFile openScratchFile = openUnnamedFile);
 
-// Forks a child that reads with a session and sends its buffers.
-std::unique_ptr<Document::Source> makeChildSource(const HostOptions& options, OpenInput input);
+// Has a worker read with a session and hand its buffers over.
+std::unique_ptr<Document::Source> makeWorkerSource(const std::shared_ptr<WorkerPool>& pool,
+                                                   const HostOptions& options, OpenInput input);
 
-// The result for a module that cannot be used.
+// The result for a module that cannot be used, or not even be loaded.
 Result moduleFailure(const std::string& message);
+Result unloadable(const std::string& error);
 
 // Bytes that an output buffer must really own for a declared size: the reader's
 // last token may pass the declared end by 14 bytes, and one whole token of 4110

@@ -5,6 +5,7 @@
 
 #include "document_source.h"
 #include "reader_module.h"
+#include "worker_pool.h"
 
 namespace dorvex {
 namespace {
@@ -102,16 +103,23 @@ const Result& Document::result() {
 
 struct Host::State {
   HostOptions options;
-  // With inProcess, the module stays loaded from one document to the next.
+  std::shared_ptr<WorkerPool> pool;  // with workers
+
+  // In process, the module stays loaded from one document to the next.
   std::mutex mutex;
   std::shared_ptr<ReaderModule> module;
 
-  void keepModule() {
+  std::shared_ptr<ReaderModule> loadedModule() {
     const std::lock_guard lock(mutex);
+    if (!module) module = ReaderModule::load(options.module);
+    return module;
+  }
+
+  std::unique_ptr<Document::Source> readInProcess(OpenInput input) {
     try {
-      if (!module) module = ReaderModule::load(options.module);
-    } catch (const ModuleError&) {
-      // Each document's own result says so.
+      return makeSession(options, std::move(input), loadedModule());
+    } catch (const ModuleError& error) {
+      return makeFailedSource(unloadable(error.what()));
     }
   }
 };
@@ -122,7 +130,13 @@ Host::Host(HostOptions options) {
                                 std::to_string(kLargestDeclared));
   }
   state_ = std::make_unique<State>();
+  // Without a slash the loader would search its own folders; and the working
+  // directory may change.
+  options.module = std::filesystem::absolute(options.module);
   state_->options = std::move(options);
+  if (state_->options.isolation == Isolation::kWorkers) {
+    state_->pool = std::make_shared<WorkerPool>(state_->options);
+  }
 }
 
 Host::~Host() = default;
@@ -136,11 +150,8 @@ Document Host::open(const Input& input) const {
   Result failure;
   OpenInput opened = OpenInput::open(input, options.scratchMemory, failure);
   if (!opened) return Document(makeFailedSource(std::move(failure)));
-  if (options.isolation == Isolation::kChildProcess) {
-    return Document(makeChildSource(options, std::move(opened)));
-  }
-  state_->keepModule();
-  return Document(makeSession(options, std::move(opened)));
+  return Document(state_->pool ? makeWorkerSource(state_->pool, options, std::move(opened))
+                               : state_->readInProcess(std::move(opened)));
 }
 
 Result Host::forEachText(const Input& input,

@@ -39,6 +39,10 @@ IoObject::IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observat
   Tell = tell;
 }
 
+IoObject::~IoObject() {
+  if (settings_.quota != nullptr) settings_.quota->giveBack(size());
+}
+
 void IoObject::receiveMember(std::string name) {
   settings_.content = contentOf(name);
   settings_.name = std::move(name);
@@ -62,14 +66,22 @@ void IoObject::lookThrough() {
   if (settings_.content == Content::kUnknown) {
     settings_.content = beginsLikeAZip(*store_) ? Content::kBytes : Content::kChunks;
   }
-  if (settings_.content != Content::kChunks) return;
+  if (settings_.content == Content::kChunks) lookThroughChunks();
+}
+
+void IoObject::lookThroughChunks() {
   if (settings_.alignReads) aligned_.emplace(*store_);
-  std::string objectStream;
-  auto fault = findChunkFault(*store_, &objectStream);
-  if (!fault) fault = findObjectFault(objectStream);
-  if (fault) {
-    observations_.unsound.push_back({settings_.name, std::move(*fault)});
-  }
+  ObjectStream objects;
+  auto fault = findChunkFault(*store_, &objects);
+  observations_.kind.noteObjects(settings_.name, objects.bytes);
+  const bool endless = !fault && objects.size > kMostReadableObjects;
+  if (endless) fault = "it holds more than 64 MiB of objects";
+  if (!fault) fault = findObjectFault(objects.bytes);
+  if (!fault) return;
+  observations_.unsound.push_back({settings_.name, std::move(*fault)});
+  if (!endless) return;
+  observations_.endlessRead = settings_.name;
+  throw EndlessRead{};
 }
 
 int IoObject::read(_VPTPIOobj* io, void* buffer, std::uint32_t count) {
@@ -110,6 +122,7 @@ void IoObject::noteEnd(bool atEnd) {
 int IoObject::write(_VPTPIOobj* io, const void* buffer, std::uint32_t count) {
   auto& self = *static_cast<IoObject*>(io);
   count = std::min<std::uint32_t>(count, std::numeric_limits<int>::max());
+  if (!self.mayTake(count)) return 0;
   errno = ENOMEM;
   try {
     if (self.store_->append(buffer, count)) return static_cast<int>(count);
@@ -117,6 +130,14 @@ int IoObject::write(_VPTPIOobj* io, const void* buffer, std::uint32_t count) {
   }
   self.observations_.scratchFailure = {self.settings_.name, errno};
   return 0;
+}
+
+bool IoObject::mayTake(std::uint32_t count) {
+  if (settings_.quota == nullptr) return true;
+  const Limit passed = settings_.quota->take(size(), count);
+  if (passed == Limit::kNone) return true;
+  observations_.limitPassed = {passed, settings_.quota->allowed(passed), settings_.name};
+  return false;
 }
 
 int IoObject::seek(_VPTPIOobj* io, std::int64_t offset, int whence) {

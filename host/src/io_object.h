@@ -10,17 +10,24 @@
 #include "byte_store.h"
 #include "chunk_stream.h"
 #include "observations.h"
+#include "quota.h"
 
 namespace dorvex {
 
-// Thrown out of a Read slot when the reader asks again and again behind the end
-// of a stream, which it would do for ever. It is not derived from
+// Thrown out of a slot to end the document at once. Neither is derived from
 // std::exception on purpose: the reader drops a member for any of those and
 // would go on, but ends the document for everything else.
+//
+// The reader asks again and again behind the end of a stream, or is about to
+// walk a stream that it never finds the end of.
 struct EndlessRead {};
+// The document has passed a limit.
+struct LimitPassed {};
 
 // One open stream, ready for use from its birth. Everything that goes wrong is
-// noted in the observations; the slots let nothing but EndlessRead escape.
+// noted in the observations; the slots let nothing but EndlessRead escape. A
+// write that would pass a limit takes nothing: what writes is the container
+// module, which need not be one through which an exception may pass.
 class IoObject : public _VPTPIOobj {
  public:
   // What the stream holds decides how it may be read.
@@ -35,9 +42,13 @@ class IoObject : public _VPTPIOobj {
     bool alignReads = true;  // for chunks
     std::string name;        // for the observations
     std::string path;        // what pathName shows; empty for none
+    Quota* quota = nullptr;  // that writing counts against; must outlive the object
   };
 
   IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations);
+  IoObject(const IoObject&) = delete;
+  IoObject& operator=(const IoObject&) = delete;
+  ~IoObject();
 
   // Names the member that an empty scratch stream is about to receive; the name
   // tells its content.
@@ -55,8 +66,10 @@ class IoObject : public _VPTPIOobj {
   static std::int64_t tell(_VPTPIOobj* io);
 
   void lookThrough();
+  void lookThroughChunks();
   std::int64_t readSome(void* buffer, std::uint32_t count);
   void noteEnd(bool atEnd);
+  bool mayTake(std::uint32_t count);
 
   std::unique_ptr<ByteStore> store_;
   Settings settings_;

@@ -16,8 +16,12 @@ enum WireType : unsigned {
 };
 
 // Fields of an archive header and of its entries.
+constexpr std::uint64_t kIdentifier = 1;
 constexpr std::uint64_t kMessageInfos = 2;
+constexpr std::uint64_t kMessageType = 1;
 constexpr std::uint64_t kMessageLength = 3;
+
+constexpr std::uint64_t kRootIdentifier = 1;
 
 constexpr int kGroupLevels = 100;
 
@@ -124,6 +128,25 @@ bool readStatedLengths(std::string_view header, std::vector<std::uint64_t>& leng
   return true;
 }
 
+// The type of the first message that a header lists, if the header is the
+// document's.
+std::optional<std::uint64_t> rootTypeIn(std::string_view header) {
+  std::uint64_t identifier = 0;
+  std::optional<std::uint64_t> type;
+  Bytes bytes(header);
+  Field field;
+  while (!bytes.empty() && bytes.takeField(field)) {
+    if (field.number == kIdentifier) identifier = field.value;
+    if (field.number != kMessageInfos || type) continue;
+    Bytes entry(field.bytes);
+    Field inner;
+    while (!entry.empty() && entry.takeField(inner)) {
+      if (inner.number == kMessageType) type = inner.value;
+    }
+  }
+  return identifier == kRootIdentifier ? type : std::nullopt;
+}
+
 std::string atArchive(std::uint64_t number, const char* fault) {
   return "object " + std::to_string(number) + " " + fault;
 }
@@ -143,6 +166,23 @@ std::optional<std::string> findObjectFault(std::string_view objectStream) {
       std::string_view message;
       if (!stream.take(stated, message)) return atArchive(number, "is cut short");
       if (!isRunOfFields(message)) return atArchive(number, "holds damaged data");
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<std::uint64_t> findRootType(std::string_view objectStream) {
+  Bytes stream(objectStream);
+  while (!stream.empty()) {
+    std::uint64_t length = 0;
+    std::string_view header;
+    if (!stream.takeVarint(length) || !stream.take(length, header)) return std::nullopt;
+    if (const auto type = rootTypeIn(header)) return type;
+    std::vector<std::uint64_t> lengths;
+    if (!readStatedLengths(header, lengths)) return std::nullopt;
+    for (const std::uint64_t stated : lengths) {
+      std::string_view message;
+      if (!stream.take(stated, message)) return std::nullopt;
     }
   }
   return std::nullopt;

@@ -6,11 +6,16 @@
 // a text off as whole looks for itself.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace dorvex {
+
+// Bytes of an object stream beyond which the reader's walk reads nothing, and
+// never ends.
+constexpr std::uint64_t kMostReadableObjects = std::uint64_t{64} * 1024 * 1024;
 
 // Looks through a decompressed member: that archives fill it, that each header
 // and each message is a run of well-formed fields, and that nothing is cut
@@ -18,5 +23,9 @@ namespace dorvex {
 // wrong, as a phrase for people. Fields inside fields are not looked at: what is
 // a message and what is text only the schema tells.
 std::optional<std::string> findObjectFault(std::string_view objectStream);
+
+// The type of the object with identifier 1, which is the document itself;
+// nothing where no such object can be read.
+std::optional<std::uint64_t> findRootType(std::string_view objectStream);
 
 }  // namespace dorvex

@@ -1,6 +1,7 @@
 #include "open_input.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -34,6 +35,17 @@ Input::ReadFunction readerOf(std::istream& stream) {
   };
 }
 
+UniqueFd memoryFile(std::span<const unsigned char> bytes) {
+  UniqueFd file(::memfd_create("document", MFD_CLOEXEC));
+  while (file && !bytes.empty()) {
+    const ssize_t written = ::write(file.get(), bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return {};
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+  return file;
+}
+
 }  // namespace
 
 OpenInput OpenInput::open(const Input& input, std::size_t scratchMemory, Result& failure) {
@@ -53,6 +65,29 @@ OpenInput OpenInput::open(const Input& input, std::size_t scratchMemory, Result&
     return {};
   }
   return opened;
+}
+
+OpenInput OpenInput::fromDescriptor(UniqueFd fd, bool isDirectory) {
+  OpenInput opened;
+  if (isDirectory) {
+    opened.directory_ = std::move(fd);
+  } else {
+    opened.store_ = makeFileStore(std::move(fd));
+  }
+  return opened;
+}
+
+OpenInput OpenInput::fromMemory(std::span<const unsigned char> bytes) {
+  OpenInput opened;
+  opened.store_ = makeMemoryStore(bytes);
+  return opened;
+}
+
+UniqueFd OpenInput::takeDescriptor() {
+  if (directory_) return std::move(directory_);
+  const auto store = takeStore();
+  const int file = store->file();
+  return file >= 0 ? UniqueFd(::fcntl(file, F_DUPFD_CLOEXEC, 0)) : memoryFile(store->inMemory());
 }
 
 void OpenInput::openPath(const std::filesystem::path& path, std::size_t scratchMemory) {

@@ -15,7 +15,6 @@
 namespace dorvex {
 namespace {
 
-constexpr char kContainerModule[] = "unzip.so";
 constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
 
 void* allocate(VNAllocator*, std::size_t size) { return std::malloc(size); }
@@ -34,6 +33,37 @@ UniqueFd openRegular(const char* path) {
   return {};
 }
 
+// The limits of a document as the container module takes them.
+UnzipLimits toUnzipLimits(const ContainerLimits& limits) {
+  // One set of defaults, whether a host sets limits or not.
+  static_assert(ContainerLimits{}.members == UnzipLimits{}.members);
+  static_assert(ContainerLimits{}.expansion == UnzipLimits{}.expansion);
+  static_assert(ContainerLimits{}.memberBytes == UnzipLimits{}.memberBytes);
+  static_assert(ContainerLimits{}.totalBytes == UnzipLimits{}.totalBytes);
+  UnzipLimits result;
+  result.members = limits.members;
+  result.expansion = limits.expansion;
+  result.memberBytes = limits.memberBytes;
+  result.totalBytes = limits.totalBytes;
+  return result;
+}
+
+PassedLimit passedLimit(const UnzipLimits& limits) {
+  switch (limits.passed) {
+    case UNZIP_LIMIT_MEMBERS:
+      return {Limit::kMembers, limits.members, {}};
+    case UNZIP_LIMIT_MEMBER_BYTES:
+      return {Limit::kMemberBytes, limits.memberBytes, {}};
+    case UNZIP_LIMIT_TOTAL_BYTES:
+      return {Limit::kTotalBytes, limits.totalBytes, {}};
+    case UNZIP_LIMIT_EXPANSION:
+      return {Limit::kExpansion, limits.expansion, {}};
+    case UNZIP_LIMIT_NONE:
+      break;
+  }
+  return {};
+}
+
 }  // namespace
 
 // An object that the reader asked for and closes.
@@ -44,6 +74,7 @@ struct HostServices::OwnedObject : IoObject {
     Close = closeObject;
   }
   HostServices& owner;
+  std::uint32_t depth = 0;  // containers that the member lies in
 };
 
 // A container that is open through the tap.
@@ -51,9 +82,11 @@ struct HostServices::Container {
   HostServices& host;
   ContainerReaderInterface module;
   void* handle;
-  std::string prefix;  // of the members' names: the container's own name, if it has one
+  std::string name;     // its own, as a member or a file; empty for the document
+  std::uint32_t depth;  // 1 for the document
 
   std::string memberName(std::int32_t index) const {
+    const std::string prefix = name.empty() ? "" : name + "/";
     ContainerEntryInfo entry;
     if (module.GetEntryInfo(handle, index, &entry) != VN_CONTAINER_OK) {
       return prefix + "member number " + std::to_string(index + 1);
@@ -62,8 +95,26 @@ struct HostServices::Container {
   }
 };
 
+HostServices::ContainerModule HostServices::ContainerModule::of(void* handle, void* entryPoint) {
+  ContainerModule module;
+  reinterpret_cast<GetContainerReaderInterfaceFunction>(entryPoint)(&module.interface);
+  module.openLimited = reinterpret_cast<UnzipOpenLimitedContainerFunction>(
+      ::dlsym(handle, kUnzipOpenLimitedContainer));
+  return module;
+}
+
+void* HostServices::ContainerModule::open(_VPTPIOobj* io, tag_TPVAPIServices* services,
+                                          UnzipLimits& limits) const {
+  return openLimited != nullptr ? openLimited(io, &limits)
+                                : interface.OpenContainer(io, services, 0);
+}
+
 HostServices::HostServices(Settings settings, Observations& observations)
-    : tag_TPVAPIServices{}, settings_(std::move(settings)), observations_(observations) {
+    : tag_TPVAPIServices{},
+      settings_(std::move(settings)),
+      observations_(observations),
+      quota_(settings_.scratchBytes, settings_.containers),
+      unzipLimits_(toUnzipLimits(settings_.containers)) {
   LoadDll = loadDll;
   GetDllSymbol = getDllSymbol;
   FreeDll = freeDll;
@@ -104,7 +155,7 @@ int HostServices::loadDll(tag_TPVAPIServices* services, const char* name, void**
 void* HostServices::getDllSymbol(tag_TPVAPIServices* services, void* handle, const char* symbol) {
   void* address = ::dlsym(handle, symbol);
   if (address == nullptr || std::strcmp(symbol, kContainerEntryPoint) != 0) return address;
-  reinterpret_cast<GetContainerReaderInterfaceFunction>(address)(&host(services).containerModule_);
+  host(services).containerModule_ = ContainerModule::of(handle, address);
   return reinterpret_cast<void*>(&fillTap);
 }
 
@@ -139,10 +190,12 @@ _VPTPIOobj* HostServices::openPath(const char* path) {
 }
 
 _VPTPIOobj* HostServices::openScratch() {
-  return adopt(makeScratchStore(settings_.scratchMemory), {.content = IoObject::Content::kUnknown,
-                                                           .alignReads = settings_.alignReads,
-                                                           .name = "",
-                                                           .path = ""});
+  return adopt(makeScratchStore(settings_.scratchMemory, settings_.openScratchFile),
+               {.content = IoObject::Content::kUnknown,
+                .alignReads = settings_.alignReads,
+                .name = "",
+                .path = "",
+                .quota = &quota_});
 }
 
 _VPTPIOobj* HostServices::adopt(std::unique_ptr<ByteStore> store, IoObject::Settings settings) {
@@ -158,7 +211,7 @@ int HostServices::closeObject(_VPTPIOobj* io) {
   return 1;
 }
 
-IoObject* HostServices::find(_VPTPIOobj* io) {
+HostServices::OwnedObject* HostServices::find(_VPTPIOobj* io) {
   const auto found = objects_.find(io);
   return found == objects_.end() ? nullptr : found->second.get();
 }
@@ -176,14 +229,31 @@ int HostServices::fillTap(ContainerReaderInterface* interface) {
   return 1;
 }
 
-void* HostServices::openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, int option) {
+// Notes the limit and ends the document.
+void HostServices::stop(Limit limit, std::uint64_t allowed, const std::string& name) {
+  observations_.limitPassed = {limit, allowed, name};
+  throw LimitPassed{};
+}
+
+// Ends the document when the container module or a scratch stream has met a limit.
+void HostServices::stopIfPassed(const std::string& name) {
+  if (observations_.limitPassed) throw LimitPassed{};
+  const PassedLimit passed = passedLimit(unzipLimits_);
+  if (passed.limit != Limit::kNone) stop(passed.limit, passed.allowed, name);
+}
+
+void* HostServices::openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, int) {
   auto& self = host(services);
-  const IoObject* object = self.find(io);
+  const OwnedObject* object = self.find(io);
+  const ContainerLimits& limits = self.settings_.containers;
   try {
     const std::string name = object != nullptr ? object->name() : "";
+    const std::uint32_t depth = 1 + (object != nullptr ? object->depth : 0);
+    if (limits.depth != 0 && depth > limits.depth) self.stop(Limit::kDepth, limits.depth, name);
     auto container = std::make_unique<Container>(
-        Container{self, self.containerModule_, nullptr, name.empty() ? "" : name + "/"});
-    container->handle = self.containerModule_.OpenContainer(io, services, option);
+        Container{self, self.containerModule_.interface, nullptr, name, depth});
+    container->handle = self.containerModule_.open(io, services, self.unzipLimits_);
+    self.stopIfPassed(name);
     if (container->handle != nullptr) return container.release();
     self.observations_.notAContainer = name;
   } catch (const std::bad_alloc&) {
@@ -215,9 +285,13 @@ int HostServices::extractEntry(void* container, std::int32_t index, _VPTPIOobj* 
   const auto& self = *static_cast<Container*>(container);
   try {
     const std::string name = self.memberName(index);
-    IoObject* object = self.host.find(stream);
-    if (object != nullptr) object->receiveMember(name);
+    OwnedObject* object = self.host.find(stream);
+    if (object != nullptr) {
+      object->receiveMember(name);
+      object->depth = self.depth;
+    }
     int status = self.module.ExtractEntry(self.handle, index, stream);
+    self.host.stopIfPassed(name);
     ContainerEntryInfo entry;
     if (status == VN_CONTAINER_OK) status = self.module.GetEntryInfo(self.handle, index, &entry);
     if (status == VN_CONTAINER_OK && object != nullptr && object->size() != entry.size) {
@@ -232,7 +306,12 @@ int HostServices::extractEntry(void* container, std::int32_t index, _VPTPIOobj* 
 
 int HostServices::getEntryCount(void* container) {
   const auto& self = *static_cast<Container*>(container);
-  return self.module.GetEntryCount(self.handle);
+  const int count = self.module.GetEntryCount(self.handle);
+  const std::uint32_t most = self.host.settings_.containers.members;
+  if (most != 0 && count > 0 && static_cast<std::uint32_t>(count) > most) {
+    self.host.stop(Limit::kMembers, most, self.name);
+  }
+  return count;
 }
 
 std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io) {
@@ -240,12 +319,12 @@ std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io
   if (module == nullptr) return std::nullopt;
   const auto closeModule = [](void* handle) { ::dlclose(handle); };
   const std::unique_ptr<void, decltype(closeModule)> guard(module, closeModule);
-  const auto fill =
-      reinterpret_cast<GetContainerReaderInterfaceFunction>(::dlsym(module, kContainerEntryPoint));
-  if (fill == nullptr) return std::nullopt;
-  ContainerReaderInterface container{};
-  fill(&container);
-  void* handle = container.OpenContainer(&io, this, 0);
+  void* const entryPoint = ::dlsym(module, kContainerEntryPoint);
+  if (entryPoint == nullptr) return std::nullopt;
+  const ContainerModule functions = ContainerModule::of(module, entryPoint);
+  const ContainerReaderInterface& container = functions.interface;
+  UnzipLimits limits = toUnzipLimits(settings_.containers);
+  void* handle = functions.open(&io, this, limits);
   if (handle == nullptr) return std::nullopt;
   std::vector<std::string> names;
   const int count = container.GetEntryCount(handle);

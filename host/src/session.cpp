@@ -42,14 +42,18 @@ std::unique_ptr<ByteStore> storeOf(OpenInput& input) {
 
 class Session final : public Document::Source {
  public:
-  Session(const HostOptions& options, OpenInput input)
+  Session(const HostOptions& options, OpenInput input, std::shared_ptr<ReaderModule> module,
+          OpenScratchFile openScratchFile)
       : input_(std::move(input)),
         root_(neutralRoot(input_.directory())),
-        module_(ReaderModule::load(options.module)),
-        services_({.moduleFolder = std::filesystem::absolute(options.module).parent_path(),
+        module_(std::move(module)),
+        services_({.moduleFolder = options.module.parent_path(),
                    .scratchMemory = options.scratchMemory,
                    .alignReads = options.alignReads,
-                   .root = root_},
+                   .containers = options.limits.container,
+                   .scratchBytes = options.limits.scratch,
+                   .root = root_,
+                   .openScratchFile = std::move(openScratchFile)},
                   seen_),
         io_(storeOf(input_), documentSettings(root_), seen_),
         declaredSize_(options.bufferSize),
@@ -80,8 +84,10 @@ class Session final : public Document::Source {
   }
 
   Result result() override {
-    if (!fault_.empty()) return moduleFailure(fault_);
-    return diagnose(returned_, seen_, [this] { return look(); });
+    Result result = fault_.empty() ? diagnose(returned_, seen_, [this] { return look(); })
+                                   : moduleFailure(fault_);
+    result.kind = seen_.kind.kind();
+    return result;
   }
 
  private:
@@ -143,16 +149,21 @@ Result moduleFailure(const std::string& message) {
   return result;
 }
 
+Result unloadable(const std::string& error) {
+  Result result = moduleFailure("cannot load the module: " + error);
+  result.failure = Failure::kModuleMissing;
+  return result;
+}
+
 std::unique_ptr<Document::Source> makeFailedSource(Result result) {
   return std::make_unique<FailedSource>(std::move(result));
 }
 
-std::unique_ptr<Document::Source> makeSession(const HostOptions& options, OpenInput input) {
-  try {
-    return std::make_unique<Session>(options, std::move(input));
-  } catch (const ModuleError& error) {
-    return makeFailedSource(moduleFailure(std::string("cannot load the module: ") + error.what()));
-  }
+std::unique_ptr<Document::Source> makeSession(const HostOptions& options, OpenInput input,
+                                              std::shared_ptr<ReaderModule> module,
+                                              OpenScratchFile openScratchFile) {
+  return std::make_unique<Session>(options, std::move(input), std::move(module),
+                                   std::move(openScratchFile));
 }
 
 }  // namespace dorvex

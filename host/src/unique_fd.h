@@ -21,6 +21,7 @@ class UniqueFd {
   int get() const { return fd_; }
   explicit operator bool() const { return fd_ >= 0; }
   void reset() {
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): it always has a value
     if (fd_ >= 0) ::close(std::exchange(fd_, -1));
   }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -114,10 +115,33 @@ TEST(FindChunkFault, FindsNoneInAnEmptyStreamOrInSoundChunks) {
             std::nullopt);
 }
 
+TEST(FindChunkFault, GivesTheObjectsDecompressed) {
+  ObjectStream objects;
+  EXPECT_EQ(
+      findChunkFault(*storeOf(chunk(literalBlock("one")) + chunk(literalBlock("two"))), &objects),
+      std::nullopt);
+  EXPECT_EQ(objects.bytes, "onetwo");
+  EXPECT_EQ(objects.size, 6u);
+}
+
+TEST(FindChunkFault, CountsObjectsBeyond64MiBWithoutKeepingThem) {
+  const std::string block = chunk(testing::compressedBlock(std::string(1 << 20, '\0')));
+  std::string stream;
+  for (int i = 0; i < 64; ++i) stream += block;
+  ObjectStream whole;
+  EXPECT_EQ(findChunkFault(*storeOf(stream), &whole), std::nullopt);
+  EXPECT_EQ(whole.bytes.size(), 64u << 20);
+  ObjectStream large;
+  EXPECT_EQ(findChunkFault(*storeOf(stream + chunk(literalBlock("x"))), &large), std::nullopt);
+  EXPECT_EQ(large.size, (64u << 20) + 1);
+  EXPECT_EQ(large.bytes.size(), 0u);
+}
+
 struct FaultCase {
   std::string name;
   std::string stream;
   std::string fault;
+  friend void PrintTo(const FaultCase& row, std::ostream* out) { *out << row.name; }
 };
 
 class FindChunkFaultIn : public ::testing::TestWithParam<FaultCase> {};

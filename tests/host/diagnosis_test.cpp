@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <ostream>
 
 #include "Readers/hostapi/container_status.h"
 
@@ -47,6 +48,17 @@ TEST(Diagnose, CallsATextPartialForEveryOtherThingSeen) {
   }
 }
 
+TEST(Diagnose, NamesTheLimitThatWasPassedAndLooksNoFurther) {
+  Observations seen;
+  seen.limitPassed = {Limit::kDepth, 16, "Index.zip"};
+  for (const int moduleResult : {0, 6}) {
+    const Result result = diagnose(moduleResult, seen, []() -> PackageLook { throw "looked"; });
+    EXPECT_EQ(result.status, moduleResult == 0 ? Status::kPartial : Status::kFailed);
+    EXPECT_EQ(result.failure, Failure::kLimitPassed);
+    EXPECT_EQ(result.limit, Limit::kDepth);
+  }
+}
+
 struct Row {
   std::string name;
   int moduleResult;
@@ -54,6 +66,7 @@ struct Row {
   PackageLook look;
   Failure failure;
   std::string message;
+  friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 };
 
 template <typename Change>
@@ -77,6 +90,15 @@ TEST_P(DiagnoseFailure, SaysWhatAPersonCanActOn) {
 const Observations kNoContainer = saw([](auto& seen) { seen.notAContainer = ""; });
 Observations refusedWith(int status) {
   return saw([=](auto& seen) { seen.refused = {"Index/a.iwa", status}; });
+}
+
+// Whatever else was seen on the way.
+Observations passed(PassedLimit limit) {
+  return saw([&](auto& seen) {
+    seen.limitPassed = limit;
+    seen.refused = {"a", VN_CONTAINER_WRITE_FAILURE};
+    seen.notAContainer = "b";
+  });
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -211,7 +233,7 @@ INSTANTIATE_TEST_SUITE_P(
             6,
             saw([](auto& seen) { seen.missingModule = "unzip.so: gone"; }),
             {},
-            Failure::kModuleUnusable,
+            Failure::kModuleMissing,
             "the container module cannot be loaded: unzip.so: gone"},
         Row{"Endless",
             6,
@@ -222,11 +244,54 @@ INSTANTIATE_TEST_SUITE_P(
             {},
             Failure::kEndlessRead,
             "stopped: reading a.iwa would never end, it has stray bytes behind its last chunk"},
+        Row{"TooManyMembers",
+            6,
+            passed({Limit::kMembers, 100, ""}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: the zip has more than 100 members"},
+        Row{"TooManyMembersOfANestedZip",
+            6,
+            passed({Limit::kMembers, 100, "Index.zip"}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: the zip member Index.zip has more than 100 members"},
+        Row{"TooDeep",
+            6,
+            passed({Limit::kDepth, 16, "Index.zip/Index.zip"}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: the zip member Index.zip/Index.zip lies in more than 16 containers"},
+        Row{"MemberBytes",
+            6,
+            passed({Limit::kMemberBytes, 1000, "a.iwa"}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: the zip member a.iwa expands to more than 1000 bytes"},
+        Row{"TotalBytes",
+            6,
+            passed({Limit::kTotalBytes, 1000, "a.iwa"}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: with the zip member a.iwa the members expand to more than 1000 bytes"},
+        Row{"Expansion",
+            6,
+            passed({Limit::kExpansion, 1100, "Index/a.iwa"}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: the zip member Index/a.iwa expands beyond 1100 to 1"},
+        Row{"Scratch",
+            6,
+            passed({Limit::kScratch, 1000, "a.iwa"}),
+            {},
+            Failure::kLimitPassed,
+            "stopped: with the zip member a.iwa more than 1000 bytes of scratch space are in use"},
         Row{"AllMembersDropped",
             4,
-            saw([](auto& seen) {
-              seen.unsound = {{"a.iwa", "why"}};
-            }),
+            saw(
+                [](auto& seen) {
+                  seen.unsound = {{"a.iwa", "why"}};
+                }),
             {.hasStreams = true},
             Failure::kDamaged,
             "damaged member a.iwa: why"}),

@@ -12,13 +12,23 @@
 //   starve        allocates until there is no more
 //   overrun       reports more bytes than its buffer has
 //   never-done    answers with nothing for ever
+//   process       a text with the process's number and its parent's
+//   attempt X     a text with what came of it: open PATH, create PATH, connect,
+//                 exec, fork, kill, state PATH, privileges, core
 //   open PATH     opens a member; without it FillBuffer returns 2
 //   read-on PATH  opens a member and reads behind its end for ever
 // With FAKE_READER_NO_CONTEXT in the environment AllocateContext fails, and
 // each shutdown adds a line to the file that FAKE_READER_SHUTDOWN_LOG names.
 
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -73,12 +83,74 @@ std::string readAll(_VPTPIOobj* io) {
   return all;
 }
 
+// Each attempt gives 0 or more for success, or -1 and errno.
+int attemptExec() {
+  char program[] = "/bin/true";
+  char* arguments[] = {program, nullptr};
+  return ::execv(program, arguments);
+}
+
+int attemptFork() {
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(0);
+  if (child > 0) ::waitpid(child, nullptr, 0);
+  return child;
+}
+
+int attemptCore() {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_CORE, &limit);
+  return limit.rlim_max > 0 ? 0 : (errno = EFBIG, -1);
+}
+
+int attemptPrivileges() {
+  return ::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0 ? 0 : (errno = EPERM, -1);
+}
+
+int attempt(const std::string& what, const char* path) {
+  struct stat status {};
+  if (what == "open") return ::open(path, O_RDONLY);
+  if (what == "create") return ::open(path, O_WRONLY | O_CREAT, 0600);
+  if (what == "state") return ::stat(path, &status);
+  if (what == "connect") return ::socket(AF_INET, SOCK_STREAM, 0);
+  if (what == "exec") return attemptExec();
+  if (what == "fork") return attemptFork();
+  if (what == "kill") return ::kill(::getppid(), 0);
+  if (what == "privileges") return attemptPrivileges();
+  if (what == "core") return attemptCore();
+  std::abort();
+}
+
+std::string outcome(const std::string& argument) {
+  const auto space = argument.find(' ');
+  const std::string what = argument.substr(0, space);
+  const std::string path = space == std::string::npos ? "" : argument.substr(space + 1);
+  return what + ": " + (attempt(what, path.c_str()) >= 0 ? "done" : std::strerror(errno));
+}
+
+// A package directory has its script in the file that the document's path names.
+std::string readScript(const Context& context) {
+  const char* path = context.io->pathName;
+  if (path == nullptr) return readAll(context.io);
+  _VPTPIOobj* member = context.services->OpenFile(context.services, path, "rb");
+  if (member == nullptr) return "";
+  member->Open(member);
+  std::string all = readAll(member);
+  member->Close(member);
+  return all;
+}
+
 void plan(Context& context) {
-  std::istringstream script(readAll(context.io));
+  std::istringstream script(readScript(context));
   context.steps.push_back({kPrologue, ""});
   for (std::string line; std::getline(script, line);) {
     if (line.rfind("text ", 0) == 0) {
       context.steps.back().tokens += textTokens(line.substr(5));
+    } else if (line.rfind("attempt ", 0) == 0) {
+      context.steps.back().tokens += textTokens(outcome(line.substr(8)));
+    } else if (line == "process") {
+      context.steps.back().tokens +=
+          textTokens(std::to_string(::getpid()) + " " + std::to_string(::getppid()));
     } else if (line == "buffer") {
       context.steps.push_back({});
     } else if (line == "raw") {

@@ -53,10 +53,7 @@ TEST(Host, ReadsTheSameDocumentAgain) {
 }
 
 TEST(Host, ServesSeveralThreads) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "AddressSanitizer's allocator does not survive a fork beside other threads";
-#endif
-  const Host reader(fakeReader(Isolation::kChildProcess));
+  const Host reader(fakeReader(Isolation::kWorkers));
   std::vector<std::thread> threads;
   std::vector<Texts> texts(8);
   for (Texts& mine : texts) {

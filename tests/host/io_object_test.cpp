@@ -33,6 +33,7 @@ class IoObjectTest : public ::testing::Test {
   }
 
   Observations seen;
+  Quota quota{5, {.members = 0, .depth = 0, .memberBytes = 0, .totalBytes = 0, .expansion = 0}};
 
  private:
   std::unique_ptr<IoObject> object_;
@@ -180,6 +181,45 @@ TEST_F(IoObjectTest, NotesAWriteThatTheStoreRefuses) {
   IoObject io(makeMemoryStore({}), {.name = "a", .path = ""}, seen);
   EXPECT_EQ(io.Write(&io, "x", 1), 0);
   EXPECT_EQ(seen.scratchFailure, (SystemFailure{"a", EBADF}));
+}
+
+std::string chunksOfZeros(std::size_t blocks) {
+  const std::string block = chunk(testing::compressedBlock(std::string(1 << 20, '\0')));
+  std::string stream;
+  for (std::size_t i = 0; i < blocks; ++i) stream += block;
+  return stream;
+}
+
+TEST_F(IoObjectTest, EndsADocumentBeforeTheReaderWalksAStreamOfMoreThan64MiB) {
+  IoObject& io = make(chunksOfZeros(65), chunks("large.iwa"));
+  EXPECT_THROW(io.Open(&io), EndlessRead);
+  EXPECT_EQ(seen.endlessRead, "large.iwa");
+  EXPECT_EQ(seen.unsound,
+            (std::vector<SkippedMember>{{"large.iwa", "it holds more than 64 MiB of objects"}}));
+}
+
+TEST_F(IoObjectTest, LetsTheReaderHaveAStreamOf64MiBOrOneThatItDrops) {
+  IoObject& whole = make(chunksOfZeros(64), chunks("a.iwa"));
+  EXPECT_EQ(whole.Open(&whole), 1);
+  IoObject& damaged = make(chunksOfZeros(65) + damagedChunk(), chunks("b.iwa"));
+  EXPECT_EQ(damaged.Open(&damaged), 1);
+  EXPECT_EQ(seen.endlessRead, std::nullopt);
+}
+
+TEST_F(IoObjectTest, TakesNothingBeyondItsQuotaAndNotesTheLimit) {
+  IoObject& io = make("", {.name = "a", .path = "", .quota = &quota});
+  EXPECT_EQ(io.Write(&io, "1234", 4), 4);
+  EXPECT_EQ(io.Write(&io, "56", 2), 0);
+  EXPECT_EQ(seen.limitPassed, (PassedLimit{Limit::kScratch, 5, "a"}));
+  EXPECT_EQ(seen.scratchFailure, std::nullopt);
+  EXPECT_EQ(io.size(), 4u);
+}
+
+TEST_F(IoObjectTest, GivesItsQuotaBackWhenItIsClosed) {
+  for (int round = 0; round < 3; ++round) {
+    IoObject io(storeOf(""), {.name = "a", .path = "", .quota = &quota}, seen);
+    EXPECT_EQ(io.Write(&io, "1234", 4), 4);
+  }
 }
 
 }  // namespace

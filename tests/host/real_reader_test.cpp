@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <vector>
 
@@ -257,6 +258,21 @@ TEST_P(RealReader, GivesTheSameStreamForEveryBufferSize) {
   EXPECT_GT(whole.size(), 9000u);
 }
 
+TEST_P(RealReader, TellsTheKindOfRealDocumentsAsTheirNamesDo) {
+  const std::filesystem::path documents = std::filesystem::path(DORVEX_CORPUS) / "documents";
+  if (!std::filesystem::exists(documents)) GTEST_SKIP() << "no real documents at " << documents;
+  const std::map<std::string, Kind> kinds = {
+      {".pages", Kind::kPages}, {".key", Kind::kKeynote}, {".numbers", Kind::kNumbers}};
+  int told = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(documents)) {
+    const Result result = read(Input::path(entry.path())).result;
+    if (result.status == Status::kFailed || !kinds.contains(entry.path().extension())) continue;
+    EXPECT_EQ(result.kind, kinds.at(entry.path().extension())) << entry.path();
+    ++told;
+  }
+  EXPECT_GT(told, 30);
+}
+
 TEST_P(RealReader, ReadsTheRealDocumentsAsExpected) {
   const std::filesystem::path corpus = DORVEX_CORPUS;
   if (!std::filesystem::exists(corpus / "expected.json")) {
@@ -279,10 +295,9 @@ TEST_P(RealReader, ReadsTheRealDocumentsAsExpected) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Isolations, RealReader,
-                         ::testing::Values(Isolation::kInProcess, Isolation::kChildProcess),
+                         ::testing::Values(Isolation::kInProcess, Isolation::kWorkers),
                          [](const auto& info) {
-                           return info.param == Isolation::kInProcess ? "InProcess"
-                                                                      : "ChildProcess";
+                           return info.param == Isolation::kInProcess ? "InProcess" : "Workers";
                          });
 
 }  // namespace

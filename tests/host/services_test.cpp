@@ -27,12 +27,16 @@ constexpr char kEntryPoint[] = "unzipGetContainerReaderInterface";
 
 class HostServicesTest : public ::testing::Test {
  protected:
-  explicit HostServicesTest()
-      : services({.moduleFolder = std::filesystem::path(DORVEX_CONTAINER_MODULE).parent_path(),
-                  .scratchMemory = 1 << 20,
-                  .alignReads = true,
-                  .root = folder.path().string()},
-                 seen) {}
+  explicit HostServicesTest() : services(settings({}, 0), seen) {}
+
+  HostServices::Settings settings(const ContainerLimits& containers, std::uint64_t scratchBytes) {
+    return {.moduleFolder = std::filesystem::path(DORVEX_CONTAINER_MODULE).parent_path(),
+            .scratchMemory = 1 << 20,
+            .alignReads = true,
+            .containers = containers,
+            .scratchBytes = scratchBytes,
+            .root = folder.path().string()};
+  }
 
   ~HostServicesTest() override {
     if (module_ != nullptr) services.FreeDll(&services, module_);

@@ -1,4 +1,4 @@
-// What holds whether a document is read in this process or in a child.
+// What holds whether a document is read in this process or in a worker.
 
 #include <gtest/gtest.h>
 
@@ -22,6 +22,12 @@ class Session : public ::testing::TestWithParam<Isolation> {
  protected:
   static Reading read(const std::string& commands) {
     return readTexts(Host(fakeReader(GetParam())), script(commands));
+  }
+  // For scripts that open files by themselves.
+  static Reading readUnconfined(const std::string& commands) {
+    HostOptions options = fakeReader(GetParam());
+    options.sandbox = Sandbox::kOff;
+    return readTexts(Host(options), script(commands));
   }
 };
 
@@ -85,7 +91,7 @@ TEST_P(Session, ReportsAContextThatCannotBeHad) {
 }
 
 TEST_P(Session, NamesAMemberThatCannotBeOpened) {
-  const Reading reading = read("open /no/such/a.iwa\n");
+  const Reading reading = readUnconfined("open /no/such/a.iwa\n");
   EXPECT_EQ(reading.result.moduleResult, 2);
   EXPECT_EQ(reading.result.message, "cannot open /no/such/a.iwa: No such file or directory");
 }
@@ -93,7 +99,7 @@ TEST_P(Session, NamesAMemberThatCannotBeOpened) {
 TEST_P(Session, EndsAReaderThatReadsBehindTheEndOfAMemberForEver) {
   const testing::TemporaryDirectory folder;
   testing::writeFile(folder.path() / "a.iwa", std::string(3, '\0'));
-  const Reading reading = read("read-on " + (folder.path() / "a.iwa").string() + "\n");
+  const Reading reading = readUnconfined("read-on " + (folder.path() / "a.iwa").string() + "\n");
   EXPECT_EQ(reading.result.status, Status::kFailed);
   EXPECT_EQ(reading.result.failure, Failure::kEndlessRead);
   EXPECT_EQ(reading.result.moduleResult, 6);
@@ -103,7 +109,7 @@ TEST_P(Session, CallsTextsPartialWhenAMemberThatWasReadIsUnsound) {
   const testing::TemporaryDirectory folder;
   const std::string member = (folder.path() / "a.iwa").string();
   testing::writeFile(member, testing::damagedChunk());
-  const Reading reading = read("open " + member + "\ntext one\n");
+  const Reading reading = readUnconfined("open " + member + "\ntext one\n");
   EXPECT_EQ(reading.texts, Texts{"one"});
   EXPECT_EQ(reading.result.status, Status::kPartial);
   EXPECT_EQ(reading.result.skipped.front().name, member);
@@ -114,15 +120,14 @@ TEST_P(Session, ReportsAModuleThatCannotBeLoaded) {
   options.module = "/no/such/module.so";
   const Reading reading = readTexts(Host(options), script("text one\n"));
   EXPECT_EQ(reading.result.status, Status::kFailed);
-  EXPECT_EQ(reading.result.failure, Failure::kModuleUnusable);
+  EXPECT_EQ(reading.result.failure, Failure::kModuleMissing);
   EXPECT_EQ(reading.result.moduleResult, std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(Isolations, Session,
-                         ::testing::Values(Isolation::kInProcess, Isolation::kChildProcess),
+                         ::testing::Values(Isolation::kInProcess, Isolation::kWorkers),
                          [](const auto& info) {
-                           return info.param == Isolation::kInProcess ? "InProcess"
-                                                                      : "ChildProcess";
+                           return info.param == Isolation::kInProcess ? "InProcess" : "Workers";
                          });
 
 }  // namespace

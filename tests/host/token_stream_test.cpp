@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,7 @@ struct BadStream {
   std::string name;
   std::string stream;
   std::string error;
+  friend void PrintTo(const BadStream& row, std::ostream* out) { *out << row.name; }
 };
 
 class TokenStreamReaderRefuses : public ::testing::TestWithParam<BadStream> {};

@@ -20,6 +20,7 @@
 
 #include "dorvex/input.h"
 #include "dorvex/result.h"
+#include "dorvex/sandbox.h"
 #include "dorvex/token_stream.h"
 
 namespace dorvex {
@@ -27,26 +28,52 @@ namespace dorvex {
 // Where the reader works. It keeps what it parsed allocated for ever, and a
 // hostile document may make it run for ever.
 enum class Isolation {
-  kChildProcess,  // forked for each document; a crash or a hang costs that document only
-  kInProcess,     // in the caller's process: memory stays behind, nothing limits it
+  // In worker processes, one document at a time each: a crash or a hang costs
+  // that document only.
+  kWorkers,
+  kInProcess,  // in the caller's process: memory stays behind, nothing limits it
 };
 
-// What one document may take. Zero means no limit. Only with a child process.
+// What a container within a document may hold, the document itself included.
+// Zero means no limit. The host applies them in its container tap and hands
+// them to its own container module.
+struct ContainerLimits {
+  std::uint32_t members = 100'000;  // of one container
+  std::uint32_t depth = 16;         // containers that lie within each other
+  // Bytes of one member, unpacked.
+  std::uint64_t memberBytes = std::uint64_t{1} << 30;
+  // Bytes of all members together, those of nested containers included.
+  std::uint64_t totalBytes = std::uint64_t{2} << 30;
+  // Bytes of a member, unpacked, for each byte that it takes in its container.
+  std::uint32_t expansion = 1'100;
+};
+
+// What one document may take. Zero means no limit.
 struct Limits {
-  // Time that the host waits for the child; time in which the caller does not
-  // ask for more does not count.
+  // Time that the host waits for the reader; time in which the caller does not
+  // ask for more does not count. Only with worker processes.
   std::chrono::milliseconds wallTime = std::chrono::seconds(60);
-  // Processor time of the child, rounded up to seconds.
+  // Processor time, rounded up to seconds. Only with worker processes.
   std::chrono::seconds processorTime{0};
-  // Address space of the child in bytes.
-  std::uint64_t memory = 0;
+  // Address space in bytes, beyond what the worker has before the document.
+  // Only with worker processes.
+  std::uint64_t memory = std::uint64_t{4} << 30;
+  // Bytes of scratch streams that are open at a time, in memory and on disk.
+  std::uint64_t scratch = std::uint64_t{4} << 30;
+  // Bytes of the token stream.
+  std::uint64_t output = std::uint64_t{4} << 30;
+  ContainerLimits container{};
 };
 
 struct HostOptions {
   // The reader module's file. The container module is looked for beside it.
   std::filesystem::path module;
-  Isolation isolation = Isolation::kChildProcess;
+  Isolation isolation = Isolation::kWorkers;
+  Sandbox sandbox = Sandbox::kWherePossible;  // of the workers
   Limits limits{};
+  // Documents that a worker reads before it is replaced, since the reader gives
+  // no memory back. One that has grown large is replaced earlier.
+  std::uint32_t documentsPerWorker = 100;
   // The size that is declared to the reader for its output buffer: 51 to
   // 16777216 bytes. It decides how much nextBuffer gives at a time.
   std::uint32_t bufferSize = 65536;
@@ -61,7 +88,7 @@ struct HostOptions {
 class TextRange;
 
 // One document being read. Texts and buffers come as they are asked for. Not
-// for two threads at once. Destroying it early ends the child process.
+// for two threads at once. Destroying it early ends its worker process.
 class Document {
  public:
   // What hands out the buffers of tokens.
@@ -141,8 +168,9 @@ class TextRange {
 // use one Host.
 class Host {
  public:
-  // Throws std::invalid_argument for a buffer size out of range. Nothing is
-  // loaded yet.
+  // Throws std::invalid_argument for a buffer size out of range. With workers,
+  // forks the process that loads the module and forks them: in a program with
+  // threads, make the Host before the threads.
   explicit Host(HostOptions options);
   ~Host();
   Host(Host&&) noexcept;

@@ -29,9 +29,30 @@ enum class Failure {
   kOutOfMemory,
   kEndlessRead,  // the reader would have read behind an end for ever
   kTimedOut,
-  kCrashed,         // the child process died
-  kModuleUnusable,  // the reader module cannot be loaded or breaks its contract
+  kLimitPassed,     // a limit other than that of time; Result::limit tells which
+  kCrashed,         // the worker process died
+  kNotConfined,     // Sandbox::kRequired, and the kernel lacks something
+  kModuleMissing,   // the reader module, or the container module, cannot be loaded
+  kModuleUnusable,  // the reader module breaks its contract
   kOther,
+};
+
+// The application that wrote a document, as far as its package tells.
+enum class Kind { kUnknown, kPages, kKeynote, kNumbers };
+
+// The limit that ended a document.
+enum class Limit {
+  kNone,
+  kWallTime,
+  kProcessorTime,
+  kMemory,
+  kScratch,
+  kOutput,
+  kMembers,
+  kDepth,
+  kMemberBytes,
+  kTotalBytes,
+  kExpansion,
 };
 
 // A member stream of the package that did not reach the text, or not whole.
@@ -45,12 +66,15 @@ struct SkippedMember {
 struct Result {
   Status status = Status::kOk;
   Failure failure = Failure::kNone;
+  Kind kind = Kind::kUnknown;
   // One sentence for people, without the document's name. Empty for ok.
   std::string message;
   // What the module returned last: 0, 2, 4 or 6; nothing when it was not asked
   // or gave no answer.
   std::optional<int> moduleResult;
-  int signal = 0;  // that ended the child process, or 0
+  // Which of the limits was passed, if one was.
+  Limit limit = Limit::kNone;
+  int signal = 0;  // that ended the worker process, or 0
   std::vector<SkippedMember> skipped;
   std::uint64_t tokenBytes = 0;  // length of the token stream so far
 

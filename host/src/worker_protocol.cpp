@@ -1,12 +1,11 @@
-#include "child_protocol.h"
-
-#include <unistd.h>
+#include "worker_protocol.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <string>
 #include <type_traits>
+
+#include "fd_channel.h"
 
 namespace dorvex {
 namespace {
@@ -52,9 +51,17 @@ class Reader {
     return good_ ? static_cast<Enum>(value) : Enum{};
   }
   std::string string() {
-    const auto bytes = take(number<std::uint32_t>());
+    const auto bytes = take(count<std::uint32_t>(kLongestString));
     return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
   }
+  // A number of things, which must not be more than most.
+  template <typename Number>
+  Number count(std::size_t most) {
+    const auto value = number<Number>();
+    require(value <= most);
+    return good_ ? value : Number{};
+  }
+  void require(bool condition) { good_ = good_ && condition; }
   bool good() const { return good_; }
   bool endedWell() const { return good_ && rest_.empty(); }
 
@@ -70,16 +77,6 @@ class Reader {
   std::span<const unsigned char> rest_;
   bool good_ = true;
 };
-
-bool writeAll(int pipe, std::span<const unsigned char> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(pipe, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    bytes = bytes.subspan(static_cast<std::size_t>(written));
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -103,7 +100,9 @@ std::optional<FrameHeader> decodeHeader(std::span<const unsigned char> bytes,
     case FrameType::kResult:
       fits = header.length <= kLargestResultFrame;
       break;
+    case FrameType::kTaken:
     case FrameType::kOutOfMemory:
+    case FrameType::kNeedScratch:
       fits = header.length == 0;
       break;
   }
@@ -114,6 +113,8 @@ std::vector<unsigned char> encodeResult(const Result& result) {
   Writer writer;
   writer.number(static_cast<std::uint8_t>(result.status));
   writer.number(static_cast<std::uint8_t>(result.failure));
+  writer.number(static_cast<std::uint8_t>(result.kind));
+  writer.number(static_cast<std::uint8_t>(result.limit));
   writer.string(result.message);
   writer.number(static_cast<std::uint8_t>(result.moduleResult.has_value()));
   writer.number(static_cast<std::int32_t>(result.moduleResult.value_or(0)));
@@ -131,11 +132,14 @@ std::optional<Result> decodeResult(std::span<const unsigned char> payload) {
   Result result;
   result.status = reader.choice(Status::kFailed);
   result.failure = reader.choice(Failure::kOther);
+  result.kind = reader.choice(Kind::kNumbers);
+  result.limit = reader.choice(Limit::kExpansion);
   result.message = reader.string();
-  const bool answered = reader.number<std::uint8_t>() != 0;
+  const bool answered = reader.count<std::uint8_t>(1) != 0;
   const auto moduleResult = reader.number<std::int32_t>();
+  reader.require(answered || moduleResult == 0);
   if (answered) result.moduleResult = moduleResult;
-  const auto skipped = reader.number<std::uint32_t>();
+  const auto skipped = reader.count<std::uint32_t>(kMostSkipped);
   for (std::uint32_t i = 0; i < skipped && reader.good(); ++i) {
     std::string name = reader.string();
     result.skipped.push_back({std::move(name), reader.string()});
@@ -143,9 +147,9 @@ std::optional<Result> decodeResult(std::span<const unsigned char> payload) {
   return reader.endedWell() ? std::optional(std::move(result)) : std::nullopt;
 }
 
-bool sendFrame(int pipe, FrameType type, std::span<const unsigned char> payload) {
-  return writeAll(pipe, encodeHeader({type, static_cast<std::uint32_t>(payload.size())})) &&
-         writeAll(pipe, payload);
+bool sendFrame(int channel, FrameType type, std::span<const unsigned char> payload) {
+  return sendBytes(channel, encodeHeader({type, static_cast<std::uint32_t>(payload.size())})) &&
+         sendBytes(channel, payload);
 }
 
 }  // namespace dorvex

@@ -23,7 +23,7 @@ using testing::script;
 using Texts = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
 
-HostOptions options() { return fakeReader(Isolation::kChildProcess); }
+HostOptions options() { return fakeReader(Isolation::kWorkers); }
 
 Reading read(const std::string& commands, const HostOptions& with = options()) {
   return readTexts(Host(with), script(commands));
@@ -39,7 +39,7 @@ std::size_t openFiles() {
   return count;
 }
 
-TEST(ChildSource, ReportsACrashWithItsSignal) {
+TEST(WorkerSource, ReportsACrashWithItsSignal) {
   const Reading reading = read("crash\n");
   EXPECT_EQ(reading.result.status, Status::kFailed);
   EXPECT_EQ(reading.result.failure, Failure::kCrashed);
@@ -48,20 +48,20 @@ TEST(ChildSource, ReportsACrashWithItsSignal) {
   EXPECT_EQ(reading.result.message, "the reader crashed: Segmentation fault");
 }
 
-TEST(ChildSource, KeepsTheTextsBeforeACrashAndCallsThemPartial) {
+TEST(WorkerSource, KeepsTheTextsBeforeACrashAndCallsThemPartial) {
   const Reading reading = read("text one\nbuffer\ncrash\n");
   EXPECT_EQ(reading.texts, Texts{"one"});
   EXPECT_EQ(reading.result.status, Status::kPartial);
   EXPECT_EQ(reading.result.failure, Failure::kCrashed);
 }
 
-TEST(ChildSource, ReportsAChildThatLeavesWithoutAWord) {
+TEST(WorkerSource, ReportsAWorkerThatLeavesWithoutAWord) {
   const Reading reading = read("exit\n");
   EXPECT_EQ(reading.result.failure, Failure::kCrashed);
   EXPECT_EQ(reading.result.signal, 0);
 }
 
-TEST(ChildSource, EndsADocumentThatHangsOrComputesForEver) {
+TEST(WorkerSource, EndsADocumentThatHangsOrComputesForEver) {
   HostOptions limited = options();
   limited.limits.wallTime = 200ms;
   for (const char* command : {"hang\n", "spin\n"}) {
@@ -69,13 +69,14 @@ TEST(ChildSource, EndsADocumentThatHangsOrComputesForEver) {
     const Reading reading = read(command, limited);
     EXPECT_EQ(reading.result.status, Status::kFailed);
     EXPECT_EQ(reading.result.failure, Failure::kTimedOut);
+    EXPECT_EQ(reading.result.limit, Limit::kWallTime);
     EXPECT_GE(Clock::now() - start, 200ms);
     EXPECT_LT(Clock::now() - start, 10s);
     EXPECT_FALSE(hasChildren());
   }
 }
 
-TEST(ChildSource, DoesNotChargeTheTimeThatTheCallerTakes) {
+TEST(WorkerSource, DoesNotChargeTheTimeThatTheCallerTakes) {
   HostOptions limited = options();
   limited.limits.wallTime = 500ms;
   const Host host(limited);
@@ -87,16 +88,18 @@ TEST(ChildSource, DoesNotChargeTheTimeThatTheCallerTakes) {
   EXPECT_EQ(document.result().status, Status::kOk);
 }
 
-TEST(ChildSource, EndsADocumentThatUsesUpItsProcessorTime) {
+TEST(WorkerSource, EndsADocumentThatUsesUpItsProcessorTime) {
   HostOptions limited = options();
   limited.limits.processorTime = 1s;
   const Reading reading = read("spin\n", limited);
   EXPECT_EQ(reading.result.failure, Failure::kTimedOut);
+  EXPECT_EQ(reading.result.limit, Limit::kProcessorTime);
+  EXPECT_EQ(reading.result.signal, SIGXCPU);
 }
 
-TEST(ChildSource, EndsADocumentThatUsesUpItsMemory) {
+TEST(WorkerSource, EndsADocumentThatUsesUpItsMemory) {
 #ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "AddressSanitizer itself takes more address space than any limit";
+  GTEST_SKIP() << "AddressSanitizer ends a process by itself where memory is out";
 #endif
   HostOptions limited = options();
   limited.limits.memory = std::uint64_t{512} << 20;
@@ -104,9 +107,21 @@ TEST(ChildSource, EndsADocumentThatUsesUpItsMemory) {
   EXPECT_EQ(reading.texts, Texts{});
   EXPECT_EQ(reading.result.status, Status::kFailed);
   EXPECT_EQ(reading.result.failure, Failure::kOutOfMemory);
+  EXPECT_EQ(reading.result.limit, Limit::kMemory);
 }
 
-TEST(ChildSource, LeavesNoProcessAndNoDescriptorBehind) {
+TEST(WorkerSource, EndsADocumentThatGivesMoreThanItMay) {
+  HostOptions limited = options();
+  limited.limits.output = 51 + 17;
+  EXPECT_EQ(read("text one\n", limited).result.status, Status::kOk);
+  const Reading reading = read("text one\nbuffer\ntext two\n", limited);
+  EXPECT_EQ(reading.texts, Texts{"one"});
+  EXPECT_EQ(reading.result.status, Status::kPartial);
+  EXPECT_EQ(reading.result.failure, Failure::kLimitPassed);
+  EXPECT_EQ(reading.result.limit, Limit::kOutput);
+}
+
+TEST(WorkerSource, LeavesNoProcessAndNoDescriptorBehind) {
   const std::size_t before = openFiles();
   read("text one\n");
   read("crash\n");
@@ -115,7 +130,7 @@ TEST(ChildSource, LeavesNoProcessAndNoDescriptorBehind) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST(ChildSource, EndsTheChildOfADocumentThatIsGivenUp) {
+TEST(WorkerSource, EndsTheWorkerOfADocumentThatIsGivenUp) {
   const std::string commands = "text one\nbuffer\nhang\n";
   {
     Document document = Host(options()).open(script(commands));
@@ -124,7 +139,7 @@ TEST(ChildSource, EndsTheChildOfADocumentThatIsGivenUp) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST(ChildSource, NoticesACrashThoughAnotherChildHoldsItsPipe) {
+TEST(WorkerSource, NoticesACrashWhileAnotherWorkerIsBusy) {
   const Host host(options());
   const std::string crashing = "text one\nbuffer\ncrash\n";
   const std::string hanging = "text two\nbuffer\nhang\n";
@@ -137,7 +152,7 @@ TEST(ChildSource, NoticesACrashThoughAnotherChildHoldsItsPipe) {
   EXPECT_LT(Clock::now() - start, 10s);
 }
 
-TEST(ChildSource, CarriesMoreThanAPipeHolds) {
+TEST(WorkerSource, CarriesMoreThanAPipeHolds) {
   std::string commands;
   Texts expected;
   for (int i = 0; i < 200; ++i) {

@@ -1,14 +1,12 @@
-#include "child_protocol.h"
+#include "worker_protocol.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <string>
 
-#include "unique_fd.h"
+#include "fd_channel.h"
 
 namespace dorvex {
 namespace {
@@ -35,14 +33,18 @@ TEST(FrameHeader, ComesBackAsItWentOut) {
   EXPECT_EQ(header->type, FrameType::kTokens);
   EXPECT_EQ(header->length, 4110u);
   EXPECT_TRUE(decoded(FrameType::kResult, kLargestResultFrame).has_value());
-  EXPECT_TRUE(decoded(FrameType::kOutOfMemory, 0).has_value());
+  for (const auto bare : {FrameType::kTaken, FrameType::kOutOfMemory, FrameType::kNeedScratch}) {
+    EXPECT_TRUE(decoded(bare, 0).has_value());
+  }
 }
 
 TEST(FrameHeader, IsRefusedForALengthThatItsTypeNeverHas) {
   EXPECT_FALSE(decoded(FrameType::kTokens, 4111).has_value());
   EXPECT_FALSE(decoded(FrameType::kTokens, 0).has_value());
   EXPECT_FALSE(decoded(FrameType::kResult, kLargestResultFrame + 1).has_value());
-  EXPECT_FALSE(decoded(FrameType::kOutOfMemory, 1).has_value());
+  for (const auto bare : {FrameType::kTaken, FrameType::kOutOfMemory, FrameType::kNeedScratch}) {
+    EXPECT_FALSE(decoded(bare, 1).has_value());
+  }
   EXPECT_FALSE(decoded(static_cast<FrameType>('x'), 1).has_value());
 }
 
@@ -70,6 +72,34 @@ TEST(ResultPayload, IsRefusedForANumberThatIsNoStatusOrFailure) {
   EXPECT_EQ(decodeResult(payload), std::nullopt);
 }
 
+// A worker that a document has taken over could otherwise make the receiver store
+// eight times what it was sent.
+TEST(ResultPayload, IsRefusedForMoreThanIsEverSent) {
+  // Four choices, the message, whether the module answered, its number, a count.
+  constexpr std::size_t kMessage = 4;
+  constexpr std::size_t kAnswered = 8;
+  constexpr std::size_t kSkipped = 13;
+  const auto payload = encodeResult(Result{});
+
+  auto members = payload;
+  members[kSkipped] = 101;
+  members.insert(members.end(), 101 * 8, 0);
+  EXPECT_EQ(decodeResult(members), std::nullopt);
+
+  auto message = payload;
+  message[kMessage] = 1;
+  message[kMessage + 2] = 1;
+  message.insert(message.begin() + kMessage + 4, 65537, 'm');
+  EXPECT_EQ(decodeResult(message), std::nullopt);
+
+  auto answer = payload;
+  answer[kAnswered] = 2;
+  EXPECT_EQ(decodeResult(answer), std::nullopt);
+  answer[kAnswered] = 0;
+  answer[kAnswered + 1] = 6;
+  EXPECT_EQ(decodeResult(answer), std::nullopt);
+}
+
 TEST(ResultPayload, StaysSmallWhateverTheDocumentHolds) {
   Result result;
   result.message.assign(10 << 20, 'm');
@@ -80,10 +110,7 @@ TEST(ResultPayload, StaysSmallWhateverTheDocumentHolds) {
 }
 
 TEST(SendFrame, WritesHeaderAndPayload) {
-  int ends[2];
-  ASSERT_EQ(::pipe(ends), 0);
-  const UniqueFd in(ends[0]);
-  const UniqueFd out(ends[1]);
+  const auto [in, out] = makeChannel();
   const std::string text = "payload";
   const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
   EXPECT_TRUE(sendFrame(out.get(), FrameType::kTokens, {bytes, text.size()}));
@@ -94,11 +121,8 @@ TEST(SendFrame, WritesHeaderAndPayload) {
 }
 
 TEST(SendFrame, FailsWhenNobodyListens) {
-  ::signal(SIGPIPE, SIG_IGN);
-  int ends[2];
-  ASSERT_EQ(::pipe(ends), 0);
-  const UniqueFd out(ends[1]);
-  ::close(ends[0]);
+  auto [in, out] = makeChannel();
+  in.reset();
   EXPECT_FALSE(sendFrame(out.get(), FrameType::kOutOfMemory, {}));
 }
 

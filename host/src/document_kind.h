@@ -1,0 +1,26 @@
+// Which application a package tells of. The reader never asks: it takes every
+// document for a Pages document.
+#pragma once
+
+#include <string_view>
+
+#include "dorvex/result.h"
+
+namespace dorvex {
+
+class KindEvidence {
+ public:
+  // A member of the package, by its name there.
+  void noteName(std::string_view name);
+  // A member together with what it holds once decompressed.
+  void noteObjects(std::string_view name, std::string_view objectStream);
+
+  Kind kind() const;
+
+ private:
+  bool hasSlides_ = false;
+  bool hasPagesRoot_ = false;
+  bool hasOtherRoot_ = false;
+};
+
+}  // namespace dorvex

@@ -1,0 +1,99 @@
+// What a reader can do from inside a worker. The reader is a module that tries.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "dorvex/sandbox.h"
+#include "fake_document.h"
+#include "support/package_writer.h"
+#include "support/temporary_directory.h"
+
+namespace dorvex {
+namespace {
+
+using testing::fakeReader;
+using testing::Reading;
+using testing::readTexts;
+using testing::script;
+using testing::TemporaryDirectory;
+using testing::writeFile;
+using Texts = std::vector<std::string>;
+
+constexpr const char kDenied[] = "Operation not permitted";  // by the list of system calls
+constexpr const char kOutside[] = "Permission denied";       // by Landlock
+
+class Confinement : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (const auto missing = missingConfinement(); !missing.empty()) {
+      GTEST_SKIP() << missing.front();
+    }
+  }
+
+  static Texts read(const Input& input, Sandbox sandbox) {
+    HostOptions options = fakeReader(Isolation::kWorkers);
+    options.sandbox = sandbox;
+    const Reading reading = readTexts(Host(options), input);
+    EXPECT_NE(reading.result.status, Status::kFailed) << describe(reading.result);
+    return reading.texts;
+  }
+
+  static Input package(const TemporaryDirectory& folder, const std::string& commands) {
+    std::filesystem::create_directories(folder.path() / "Index");
+    writeFile(folder.path() / "Index" / "Document.iwa", commands);
+    return Input::path(folder.path());
+  }
+
+  const TemporaryDirectory folder;
+  const std::string everything =
+      "attempt open /etc/passwd\nattempt create " + (folder.path() / "new").string() +
+      "\nattempt state /etc/passwd\nattempt connect\nattempt fork\nattempt kill\n"
+      "attempt privileges\nattempt core\n";
+};
+
+std::string denied(const std::string& what) { return what + ": " + kDenied; }
+
+TEST_F(Confinement, LeavesAReaderOfAFileNothingButItsDescriptors) {
+  EXPECT_EQ(read(script(everything), Sandbox::kRequired),
+            (Texts{denied("open"), denied("create"), denied("state"), denied("connect"),
+                   denied("fork"), denied("kill"), denied("privileges"), "core: File too large"}));
+  EXPECT_EQ(read(script("attempt exec\n"), Sandbox::kRequired), Texts{denied("exec")});
+  EXPECT_FALSE(std::filesystem::exists(folder.path() / "new"));
+}
+
+TEST_F(Confinement, IsWhatKeepsTheReaderFromAllThat) {
+  EXPECT_EQ(read(script(everything), Sandbox::kOff),
+            (Texts{"open: done", "create: done", "state: done", "connect: done", "fork: done",
+                   "kill: done", "privileges: done", "core: done"}));
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "new"));
+}
+
+TEST_F(Confinement, LetsAReaderOfADirectoryReadThatDirectoryOnly) {
+  const TemporaryDirectory document;
+  const std::string inside = (document.path() / "Index" / "Document.iwa").string();
+  const std::string beside = (folder.path() / "beside").string();
+  writeFile(beside, "x");
+  const Texts texts =
+      read(package(document, "attempt open " + inside + "\nattempt open " + beside +
+                                 "\nattempt create " + inside + "\nattempt create " +
+                                 (document.path() / "new").string() +
+                                 "\nattempt connect\nattempt fork\nattempt kill\nattempt exec\n"),
+           Sandbox::kRequired);
+  EXPECT_EQ(texts, (Texts{"open: done", std::string("open: ") + kOutside,
+                          std::string("create: ") + kOutside, std::string("create: ") + kOutside,
+                          denied("connect"), denied("fork"), denied("kill"), denied("exec")}));
+}
+
+TEST_F(Confinement, StaysFromOneDocumentToTheNext) {
+  HostOptions options = fakeReader(Isolation::kWorkers);
+  options.sandbox = Sandbox::kRequired;
+  const Host host(options);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(readTexts(host, script("attempt open /etc/passwd\n")).texts, Texts{denied("open")});
+  }
+}
+
+}  // namespace
+}  // namespace dorvex
