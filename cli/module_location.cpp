@@ -3,11 +3,22 @@
 #include <system_error>
 
 namespace dorvex::cli {
+namespace {
 
-std::filesystem::path defaultModule() {
+std::filesystem::path besideTheTool(const std::filesystem::path& relative) {
   std::error_code ignored;
   const auto tool = std::filesystem::read_symlink("/proc/self/exe", ignored);
-  return (tool.parent_path() / DORVEX_MODULE_FOLDER / "dorvexsr.so").lexically_normal();
+  return (tool.parent_path() / relative).lexically_normal();
+}
+
+}  // namespace
+
+std::filesystem::path defaultModule() {
+  return besideTheTool(std::filesystem::path(DORVEX_MODULE_FOLDER) / "dorvexsr.so");
+}
+
+std::filesystem::path inspectorProgram() {
+  return besideTheTool(std::filesystem::path(DORVEX_HELPER_FOLDER) / "dorvex-inspect");
 }
 
 }  // namespace dorvex::cli

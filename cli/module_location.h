@@ -1,4 +1,4 @@
-// Where the tool finds the reader module.
+// Where the tool finds what belongs to it.
 #pragma once
 
 #include <filesystem>
@@ -8,5 +8,8 @@ namespace dorvex::cli {
 // The module that belongs to this tool, as seen from the tool's own file; it
 // need not exist.
 std::filesystem::path defaultModule();
+
+// The inspector that belongs to this tool, likewise.
+std::filesystem::path inspectorProgram();
 
 }  // namespace dorvex::cli

@@ -19,7 +19,7 @@ void Output::write(std::string_view bytes) {
 void Output::flush() {
   std::string_view rest = buffer_;
   while (!rest.empty()) {
-    const ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+    const ssize_t written = ::write(fd_, rest.data(), rest.size());
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) throw OutputError{errno};
     rest.remove_prefix(static_cast<std::size_t>(written));

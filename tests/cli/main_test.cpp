@@ -23,7 +23,14 @@ class MainTest : public ::testing::Test {
 TEST_F(MainTest, TellsItsVersion) {
   const Finished run = runTool({"--version"});
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.output, "dorvex " DORVEX_VERSION "\n");
+  EXPECT_EQ(run.output.rfind("dorvex " DORVEX_VERSION "\nreader module /", 0), 0u) << run.output;
+  EXPECT_EQ(run.output.find("missing"), std::string::npos) << run.output;
+}
+
+TEST_F(MainTest, SaysWithItsVersionThatAModuleIsMissing) {
+  const Finished run = runTool({"--module", "/no/such/module.so", "--version"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.output.find("/no/such/module.so (missing)"), std::string::npos) << run.output;
 }
 
 TEST_F(MainTest, HelpsWithExamples) {
@@ -42,7 +49,12 @@ TEST_F(MainTest, AnswersBadUsageWithStatusTwo) {
                                                      {"text", "--no-such-option", "a"},
                                                      {"tokens", "a", "b"},
                                                      {"--timeout", "soon", "text", "a"},
-                                                     {"--timeout", "-1", "text", "a"}};
+                                                     {"--timeout", "-1", "text", "a"},
+                                                     {"batch"},
+                                                     {"batch", "--shard", "2/2", "a"},
+                                                     {"batch", "--jobs", "0", "a"},
+                                                     {"batch", "-0", "a"},
+                                                     {"--in-process", "batch", "a"}};
   for (const auto& arguments : bad) {
     const Finished run = runTool(arguments);
     EXPECT_EQ(run.status, 2) << ::testing::PrintToString(arguments);

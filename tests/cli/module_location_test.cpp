@@ -51,7 +51,7 @@ TEST(DefaultModule, ThatIsMissingIsNamed) {
   std::filesystem::copy_file(DORVEX_PROGRAM, folder.path() / "dorvex");
   writeFile(folder.path() / "a.pages", kDocument);
   const Finished run = runProgram(folder.path() / "dorvex", {"text", folder.path() / "a.pages"});
-  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.status, 3);
   EXPECT_NE(run.errors.find("cannot load the module"), std::string::npos) << run.errors;
   EXPECT_NE(run.errors.find("dorvexsr.so"), std::string::npos) << run.errors;
 }

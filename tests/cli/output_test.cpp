@@ -20,13 +20,13 @@ class OutputTest : public ::testing::Test {
 
 TEST_F(OutputTest, ReportsThatStandardOutputCannotBeWritten) {
   const Finished run = runTool({"text", path, path}, {.output = "/dev/full"});
-  EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.errors, "dorvex: cannot write to standard output: No space left on device\n");
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.errors, "dorvex: cannot write the output: No space left on device\n");
 }
 
 TEST_F(OutputTest, StopsWithoutAWordWhenNobodyReadsAnyMore) {
   const Finished run = runTool({"text", path, path}, {.closedPipe = true});
-  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.status, 3);
   EXPECT_EQ(run.errors, "");
 }
 

@@ -1,0 +1,33 @@
+// The options that every command shares.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "dorvex/host.h"
+#include "module_location.h"
+
+namespace dorvex::cli {
+
+struct HostArguments {
+  std::string module = defaultModule().string();
+  double timeout = std::chrono::duration<double>(Limits{}.wallTime).count();
+  std::uint64_t maxMemory = Limits{}.memory;
+  std::uint32_t recycle = HostOptions{}.documentsPerWorker;
+  bool inProcess = false;
+  bool requireSandbox = false;
+  bool noSandbox = false;
+};
+
+void addHostOptions(CLI::App& app, HostArguments& arguments);
+
+// The options for a host. Says on standard error, once, what the kernel lacks
+// for the sandbox; throws EnvironmentError where the sandbox is required.
+HostOptions hostOptions(const HostArguments& arguments);
+
+// The tool's version, and what it works with: a few lines.
+std::string versionText(const HostArguments& arguments);
+
+}  // namespace dorvex::cli

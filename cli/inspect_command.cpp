@@ -1,0 +1,43 @@
+#include "inspect_command.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "exit_status.h"
+#include "inspect_options.h"
+#include "module_location.h"
+
+namespace dorvex::cli {
+namespace {
+
+[[noreturn]] void becomeInspector(const std::vector<std::string>& arguments) {
+  const std::string inspector = inspectorProgram().string();
+  std::vector<char*> values = {const_cast<char*>(inspector.c_str())};
+  for (const std::string& argument : arguments)
+    values.push_back(const_cast<char*>(argument.c_str()));
+  values.push_back(nullptr);
+  ::execv(inspector.c_str(), values.data());
+  throw EnvironmentError("cannot start " + inspector + ": " + std::strerror(errno));
+}
+
+}  // namespace
+
+void addInspectCommand(CLI::App& app, const HostArguments& host) {
+  auto* command = app.add_subcommand("inspect", "Show the members and objects of a package");
+  const auto options = std::make_shared<InspectOptions>();
+  addInspectOptions(*command, *options);
+  command->callback([options, &host] {
+    std::vector<std::string> arguments = {"--module",     host.module,
+                                          "--timeout",    std::to_string(host.timeout),
+                                          "--max-memory", std::to_string(host.maxMemory)};
+    for (std::string& argument : argumentsOf(*options)) arguments.push_back(std::move(argument));
+    becomeInspector(arguments);
+  });
+}
+
+}  // namespace dorvex::cli

@@ -1,0 +1,36 @@
+// What became of one document, as a line of JSON. docs/batch-record.schema.json
+// states its form.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "dorvex/result.h"
+
+namespace dorvex::cli {
+
+constexpr int kRecordVersion = 1;
+
+struct Record {
+  std::string path;  // as it was given
+  std::vector<std::string> texts;
+  Result result;
+  std::uint64_t bytesIn = 0;
+  double milliseconds = 0;
+};
+
+// The word that a record has for a result: ok, unsupported, encrypted, corrupt,
+// limit, timeout, crash or io.
+std::string_view statusOf(const Result& result);
+
+// The record as one line, with its line feed. Bytes that are not UTF-8 are
+// replaced by U+FFFD in it, and it says where.
+std::string toLine(const Record& record);
+
+// The bytes of a file, or of all files in a package directory; 0 where they
+// cannot be told.
+std::uint64_t sizeOnDisk(const std::string& path);
+
+}  // namespace dorvex::cli

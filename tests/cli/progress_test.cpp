@@ -1,0 +1,19 @@
+#include "progress.h"
+
+#include <gtest/gtest.h>
+
+namespace dorvex::cli {
+namespace {
+
+TEST(ProgressLine, TellsDocumentsRateAndFailures) {
+  EXPECT_EQ(progressLine(0, 0, std::nullopt, 0), "0 documents, 0/s, 0 failed");
+  EXPECT_EQ(progressLine(100, 3, std::nullopt, 2), "100 documents, 50/s, 3 failed");
+}
+
+TEST(ProgressLine, TellsTheTimeLeftWhereTheTotalIsKnown) {
+  EXPECT_EQ(progressLine(100, 0, 1000, 10), "100/1000 documents, 10/s, 0 failed, 0:01:30 left");
+  EXPECT_EQ(progressLine(1, 0, 7201, 1), "1/7201 documents, 1/s, 0 failed, 2:00:00 left");
+}
+
+}  // namespace
+}  // namespace dorvex::cli

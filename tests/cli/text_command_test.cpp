@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "program.h"
+#include "support/package_writer.h"
+#include "support/temporary_directory.h"
+
+namespace dorvex {
+namespace {
+
+using namespace testing;
+using namespace std::string_literals;
+
+class TextCommand : public ::testing::Test {
+ protected:
+  std::string document(const std::string& name, const std::string& bytes) {
+    writeFile(folder.path() / name, bytes);
+    return folder.path() / name;
+  }
+  std::string good(const std::string& name, const std::vector<std::string>& texts) {
+    std::vector<Archive> archives;
+    for (const std::string& text : texts) archives.push_back(storage(archives.size() + 1, {text}));
+    return document(name, zip({{"Index/Document.iwa", iwa(archives)}}));
+  }
+  TemporaryDirectory folder;
+};
+
+TEST_F(TextCommand, PrintsOneTextToALine) {
+  const Finished run = runTool({"text", good("a.pages", {"first", "caf\xC3\xA9"})});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "first\ncaf\xC3\xA9\n");
+  EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(TextCommand, EndsTextsWithNulOnRequest) {
+  const std::string path = good("a.pages", {"first", "second"});
+  EXPECT_EQ(runTool({"text", "-0", path}).output, "first\0second\0"s);
+  EXPECT_EQ(runTool({"text", "--null", path}).output, "first\0second\0"s);
+}
+
+TEST_F(TextCommand, JoinsThePiecesOfALongText) {
+  const std::string text = std::string(4095, 'x') + "\xC3\xA9" + std::string(9000, 'y');
+  EXPECT_EQ(runTool({"text", good("a.pages", {text})}).output, text + "\n");
+}
+
+TEST_F(TextCommand, PrintsNothingForADocumentWithoutText) {
+  const Finished run = runTool({"text", good("a.pages", {""})});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "");
+}
+
+TEST_F(TextCommand, PrintsEveryGoodDocumentAndALineForEachBadOne) {
+  const std::string bad = document("bad.pages", "no package");
+  const Finished run = runTool(
+      {"text", good("a.pages", {"one"}), bad, folder.path() / "none.key", good("b.key", {"two"})});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "one\ntwo\n");
+  EXPECT_EQ(run.errors, "dorvex: " + bad +
+                            ": not a package at all: neither a zip nor a package directory (the "
+                            "module returned 6)\n" +
+                            "dorvex: " + (folder.path() / "none.key").string() +
+                            ": No such file or directory\n");
+}
+
+TEST_F(TextCommand, SaysThatATextIsPartialAndCountsItAsNotRead) {
+  const std::string path =
+      document("a.pages", zip({{"Index/Document.iwa", iwa({storage(1, {"one"})})},
+                               {"Index/Slide.iwa", damagedChunk()}}));
+  const Finished run = runTool({"text", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "one\n");
+  EXPECT_EQ(run.errors, "dorvex: " + path +
+                            ": partial text: damaged member Index/Slide.iwa: chunk 1 holds "
+                            "damaged data (the module returned 0)\n");
+}
+
+TEST_F(TextCommand, KeepsAMessageOnItsLineWhateverADocumentIsCalled) {
+  const Finished run = runTool({"text", document("a\n\x1B[2J\x7F.pages", "no package")});
+  EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1);
+  EXPECT_NE(run.errors.find("a??[2J?.pages: not a package"), std::string::npos) << run.errors;
+}
+
+TEST_F(TextCommand, ReadsStandardInput) {
+  const std::string path = good("a.pages", {"one"});
+  EXPECT_EQ(runTool({"text", "-"}, {.input = path}).output, "one\n");
+  const Finished run = runTool({"text", "-"}, {.input = "/dev/null"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors,
+            "dorvex: standard input: not a package at all: the file is empty (the module returned "
+            "6)\n");
+}
+
+TEST_F(TextCommand, ReadsStandardInputFromAPipe) {
+  const std::string command =
+      "cat " + good("a.pages", {"one"}) + " | " + DORVEX_PROGRAM + " text -";
+  EXPECT_EQ(runProgram("/bin/sh", {"-c", command}).output, "one\n");
+}
+
+TEST_F(TextCommand, SaysThatStandardInputIsClosed) {
+  const Finished run = runProgram("/bin/sh", {"-c", std::string(DORVEX_PROGRAM) + " text - <&-"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "dorvex: standard input: Bad file descriptor\n");
+}
+
+TEST_F(TextCommand, ReadsAPackageDirectory) {
+  writeDirectory(folder.path() / "Index/a.pages",
+                 {{"Index/Document.iwa", iwa({storage(1, {"one"})})}});
+  EXPECT_EQ(runTool({"text", folder.path() / "Index/a.pages"}).output, "one\n");
+}
+
+TEST_F(TextCommand, PrintsTokensReadably) {
+  const Finished run = runTool({"tokens", good("a.pages", {"a \"b\"", "c"})});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output,
+            "DOC_HEADER 0 10\n"
+            "PAGE_SETUP 2 12240 15840 1440 1440 1440 1440 4294967295 4294967295\n"
+            "TEXT \"a \\\"b\\\"\"\n"
+            "BREAK\n"
+            "TEXT \"c\"\n"
+            "BREAK\n");
+}
+
+TEST_F(TextCommand, PrintsTokensAsBytes) {
+  const Finished run = runTool({"tokens", "--raw", good("a.pages", {"Hello"})});
+  EXPECT_EQ(run.output.size(), 51u + 19u);
+  EXPECT_EQ(run.output.substr(51), "\0\x0E\0\0\0\x05\0\0\0Hello\x0E\x05\0\0\0"s);
+}
+
+TEST_F(TextCommand, PrintsTheTextsBeforeACrashAndSaysThatTheyArePartial) {
+  const std::string path = document("a", "text one\nbuffer\ncrash\n");
+  const Finished run = runTool({"--module", FAKE_READER_MODULE, "text", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "one\n");
+  EXPECT_EQ(run.errors,
+            "dorvex: " + path + ": partial text: the reader crashed: Segmentation fault\n");
+}
+
+TEST_F(TextCommand, PutsAnySeparatorBehindTexts) {
+  const std::string path = good("a.pages", {"first", "second"});
+  EXPECT_EQ(runTool({"text", "--separator", "--", path}).output, "first--second--");
+  EXPECT_EQ(runTool({"text", "--separator", "", path}).output, "firstsecond");
+  EXPECT_EQ(runTool({"text", "-0", "--separator", "--", path}).status, 2);
+}
+
+TEST_F(TextCommand, KeepsTheOrderHoweverManyDocumentsAreReadAtATime) {
+  std::vector<std::string> arguments = {"text", "--jobs", "5"};
+  std::string expected;
+  for (int i = 0; i < 60; ++i) {
+    const std::string text(i % 7 == 0 ? 200'000 : 3, static_cast<char>('a' + i % 26));
+    arguments.push_back(good(std::to_string(i) + ".key", {text}));
+    expected += text + "\n";
+  }
+  EXPECT_EQ(runTool(arguments).output, expected);
+}
+
+TEST_F(TextCommand, GivesRecordsInsteadOfTexts) {
+  const std::string path = good("a.pages", {"one"});
+  const Finished run = runTool({"text", "--format", "json", path});
+  EXPECT_EQ(run.status, 0);
+  const auto record = nlohmann::json::parse(run.output);
+  EXPECT_EQ(record["path"], path);
+  EXPECT_EQ(record["texts"], nlohmann::json::array({"one"}));
+}
+
+TEST_F(TextCommand, GivesTokensInsteadOfTexts) {
+  const std::string path = good("a.pages", {"one"});
+  EXPECT_EQ(runTool({"text", "--format", "tokens", path}).output, runTool({"tokens", path}).output);
+  EXPECT_EQ(runTool({"text", "--format", "pdf", path}).status, 2);
+}
+
+TEST_F(TextCommand, TidiesTextsOnRequest) {
+  const std::string path = good("a.pages", {"a\rb", "\xEF\xBF\xBC", "c", "c"});
+  EXPECT_EQ(runTool({"text", path}).output, "a\\rb\n\xEF\xBF\xBC\nc\nc\n");
+  EXPECT_EQ(runTool({"text", "--tidy", path}).output, "a\nb\nc\n");
+}
+
+TEST_F(TextCommand, WritesIntoAFileWholeOrNotAtAll) {
+  const std::string path = good("a.pages", {"one"});
+  const std::string target = folder.path() / "texts";
+  EXPECT_EQ(runTool({"text", "-o", target, path}).status, 0);
+  EXPECT_EQ(readFile(target), "one\n");
+  EXPECT_EQ(runTool({"text", "-o", "/no/such/folder/texts", path}).status, 3);
+}
+
+TEST_F(TextCommand, LeavesAFileAloneThatExistsUnlessToldOtherwise) {
+  const std::string path = good("a.pages", {"one"});
+  const std::string target = document("texts", "before");
+  EXPECT_EQ(runTool({"text", "-o", target, path}).status, 3);
+  EXPECT_EQ(runTool({"text", "-o", target, "--on-exists", "skip", path}).status, 0);
+  EXPECT_EQ(readFile(target), "before");
+  EXPECT_EQ(runTool({"text", "-o", target, "--on-exists", "replace", path}).status, 0);
+  EXPECT_EQ(readFile(target), "one\n");
+}
+
+TEST_F(TextCommand, WritesAFileForEachDocumentIntoADirectory) {
+  const std::string target = (folder.path() / "texts").string() + "/";
+  const Finished run = runTool({"text", "-o", target, good("a.pages", {"one"}),
+                                good("b.key", {"two"}), document("bad.pages", "no package")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(readFile(target + "a.pages.txt"), "one\n");
+  EXPECT_EQ(readFile(target + "b.key.txt"), "two\n");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(target), {}), 2);
+}
+
+TEST_F(TextCommand, SaysWhichFilesOfADirectoryExistAlready) {
+  const std::string path = good("a.pages", {"one"});
+  const std::string target = (folder.path() / "texts").string() + "/";
+  ASSERT_EQ(runTool({"text", "-o", target, path}).status, 0);
+  const Finished again = runTool({"text", "-o", target, path, good("b.pages", {"two"})});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_EQ(again.errors, "dorvex: " + path + ": " + target + "a.pages.txt exists already\n");
+  EXPECT_EQ(readFile(target + "b.pages.txt"), "two\n");
+}
+
+TEST_F(TextCommand, AnswersAModuleThatIsNotThereWithStatusThree) {
+  const Finished run =
+      runTool({"--module", "/no/such/module.so", "text", good("a.pages", {"one"}), "b.pages"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << run.errors;
+  EXPECT_NE(run.errors.find("cannot load the module"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace dorvex
