@@ -155,9 +155,10 @@ TEST(Exports, MakeFiniTheTerminatorAndInitNoInitialiser) {
   EXPECT_NE(module.dynamic(DT_INIT), module.addressOf("init"));
 }
 
-TEST(Exports, OfTheContainerModuleAreItsOneEntryPoint) {
-  EXPECT_EQ(namesOf(ElfFile(containerModulePath()).exports()),
-            std::set<std::string>{"unzipGetContainerReaderInterface"});
+TEST(Exports, OfTheContainerModuleAreItsTwoEntryPoints) {
+  EXPECT_EQ(
+      namesOf(ElfFile(containerModulePath()).exports()),
+      (std::set<std::string>{"unzipGetContainerReaderInterface", "unzipOpenLimitedContainer"}));
 }
 
 }  // namespace
