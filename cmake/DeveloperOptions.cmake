@@ -16,6 +16,10 @@ endif()
 option(DORVEX_WARNINGS_AS_ERRORS "Treat warnings in the project's own code as errors" ON)
 set(DORVEX_SANITIZERS "" CACHE STRING "Comma-separated list for -fsanitize=, e.g. address,undefined")
 option(DORVEX_COVERAGE "Instrument for gcov" OFF)
+option(DORVEX_FUZZERS "Link the fuzz targets with libFuzzer (clang only) instead of a plain main" OFF)
+if(DORVEX_FUZZERS AND NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  message(FATAL_ERROR "DORVEX_FUZZERS needs clang: use the preset fuzz")
+endif()
 
 # The schema takes minutes to compile: reuse it between build folders.
 find_program(CCACHE_PROGRAM ccache)
@@ -51,5 +55,9 @@ if(DORVEX_SANITIZERS)
   target_compile_options(dorvex_options INTERFACE
     -fsanitize=${DORVEX_SANITIZERS} -fno-omit-frame-pointer -g1 -O1
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+endif()
+if(DORVEX_FUZZERS)
+  target_compile_options(dorvex_options INTERFACE
+    -fsanitize=fuzzer-no-link -fno-sanitize-recover=all)
 endif()
 target_include_directories(dorvex_options INTERFACE ${PROJECT_SOURCE_DIR}/Core/src)

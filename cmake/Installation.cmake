@@ -1,9 +1,12 @@
-# What is installed, in three components:
+# What is installed, in four components:
 #
 #   module       the reader and the container module, side by side
-#   host         the dorvex tool, and the host library with its headers
-#   development  the reader's headers, the schema, and the files by which CMake
-#                and pkg-config find all of it
+#   tool         the dorvex tool and what it starts
+#   library      the C interface of the host library
+#   development  the host library, all headers, the schema, and the files by
+#                which CMake and pkg-config find all of it
+#
+# Packaging.cmake makes Debian packages of them.
 include(CMakePackageConfigHelpers)
 
 set(module_dir ${CMAKE_INSTALL_LIBDIR}/dorvex)
@@ -15,10 +18,16 @@ install(TARGETS dorvexsr EXPORT dorvexTargets
   LIBRARY DESTINATION ${module_dir} COMPONENT module)
 install(TARGETS unzip LIBRARY DESTINATION ${module_dir} COMPONENT module)
 
-install(TARGETS dorvex RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT host)
+install(TARGETS dorvex RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+install(TARGETS dorvex-inspect
+  RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/dorvex COMPONENT tool)
+
+install(TARGETS dorvex_c EXPORT dorvexTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+    NAMELINK_COMPONENT development)
 install(TARGETS dorvex_host EXPORT dorvexTargets
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT host)
-install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT host
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(DIRECTORY host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 
 # The headers of what the module exports; the reader's own stay here.
@@ -45,6 +54,8 @@ foreach(header IN LISTS DORVEX_READER_HEADERS)
   install(FILES Core/src/${header} DESTINATION ${reader_include_dir}/${folder}
     COMPONENT development)
 endforeach()
+install(FILES unzip/include/dorvex/unzip_limits.h
+  DESTINATION ${reader_include_dir}/dorvex COMPONENT development)
 install(DIRECTORY Core/src/Tools/formats/vniwork13/messages/
   DESTINATION ${messages_dir} COMPONENT development
   FILES_MATCHING PATTERN "*.proto")
@@ -63,7 +74,7 @@ install(FILES
 
 # Relative, so that the installed tree can be moved.
 file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-foreach(package IN ITEMS dorvex-reader dorvex-host)
+foreach(package IN ITEMS dorvex dorvex-host dorvex-reader)
   configure_file(cmake/${package}.pc.in ${PROJECT_BINARY_DIR}/${package}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
