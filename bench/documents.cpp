@@ -57,15 +57,61 @@ testing::Archive style(std::uint64_t identifier) {
   return testing::object(identifier, 2021, payload);  // TSWP.CharacterStyleArchive
 }
 
-testing::Archive strings(std::uint64_t identifier) {
+testing::Archive strings(std::uint64_t identifier, unsigned rows) {
   testing::Wire list;
-  list.varint(1, 1).varint(2, 10);
-  for (unsigned key = 1; key < 10; ++key) {
+  list.varint(1, 1).varint(2, rows);
+  for (unsigned key = 1; key <= rows; ++key) {
     testing::Wire entry;
-    entry.varint(1, key).varint(2, 1).bytes(3, "cell " + std::to_string(identifier * 10 + key));
+    entry.varint(1, key).varint(2, 1).bytes(3, "cell " + std::to_string(identifier * rows + key));
     list.message(3, entry);
   }
   return testing::object(identifier, testing::kTableDataListType, list);
+}
+
+testing::Archive sentence(std::uint64_t identifier) {
+  return testing::storage(identifier,
+                          {"The lamp of lighthouse " + std::to_string(identifier) +
+                           " turns once in ten seconds, and nobody is up to see it.\n"});
+}
+
+// Mostly styles, as in a real document.
+testing::Archive mixed(std::uint64_t identifier) {
+  if (identifier % 16 == 0) return sentence(identifier);
+  return identifier % 16 == 1 ? strings(identifier, 9) : style(identifier);
+}
+
+using MakeArchive = testing::Archive (*)(std::uint64_t identifier);
+
+Document package(const std::string& name, const std::vector<Member>& files) {
+  Document document{name, testing::zip(files), {}, {}};
+  addMembers(document.bytes, document);
+  measure(document);
+  return document;
+}
+
+Member memberOf(int number, const std::vector<testing::Archive>& archives) {
+  return {"Index/Tables/Member-" + std::to_string(number) + ".iwa", testing::iwa(archives)};
+}
+
+Document generated(const std::string& name, MakeArchive make, int objects, int members) {
+  std::vector<Member> files;
+  std::uint64_t identifier = 1;
+  for (int member = 0; member < members; ++member) {
+    std::vector<testing::Archive> archives;
+    for (int i = 0; i < objects / members; ++i) archives.push_back(make(identifier++));
+    files.push_back(memberOf(member, archives));
+  }
+  return package(name, files);
+}
+
+Document table(const std::string& name, unsigned rows) {
+  return package(name, {memberOf(0, {strings(1, rows)})});
+}
+
+Document oneText(const std::string& name, std::size_t bytes) {
+  std::string text;
+  while (text.size() < bytes) text += "nobody is up to see it, \"and\" the lamp turns\n";
+  return package(name, {memberOf(0, {testing::storage(1, {text})})});
 }
 
 }  // namespace
@@ -105,34 +151,20 @@ const std::vector<Document>& corpus() {
   return documents;
 }
 
-Document generated(const std::string& name, int objects, int members) {
-  std::vector<Member> files;
-  std::uint64_t identifier = 1;
-  for (int member = 0; member < members; ++member) {
-    std::vector<testing::Archive> archives;
-    for (int i = 0; i < objects / members; ++i, ++identifier) {
-      if (i % 16 == 0)
-        archives.push_back(testing::storage(
-            identifier, {"The lamp of lighthouse " + std::to_string(identifier) +
-                         " turns once in ten seconds, and nobody is up to see it.\n"}));
-      else if (i % 16 == 1)
-        archives.push_back(strings(identifier));
-      else
-        archives.push_back(style(identifier));
-    }
-    files.push_back(
-        {"Index/Tables/Member-" + std::to_string(member) + ".iwa", testing::iwa(archives)});
-  }
-  Document document{name, testing::zip(files), {}, {}};
-  addMembers(document.bytes, document);
-  measure(document);
-  return document;
-}
-
-const std::vector<Document>& generatedBySize() {
+const std::vector<Document>& generatedDocuments() {
   static const std::vector<Document> documents = {
-      generated("generated-3k", 3000, 3), generated("generated-30k", 30000, 3),
-      generated("generated-300k", 300000, 3), generated("generated-3k-members", 30000, 3000)};
+      generated("objects-3k", mixed, 3'000, 3),
+      generated("objects-30k", mixed, 30'000, 3),
+      generated("objects-300k", mixed, 300'000, 3),
+      table("rows-10k", 10'000),
+      table("rows-1000k", 1'000'000),
+      generated("storages-4k", sentence, 4'000, 10),
+      generated("storages-400k", sentence, 400'000, 10),
+      generated("members-30", mixed, 300, 30),
+      generated("members-3000", mixed, 30'000, 3'000),
+      oneText("text-500k", 500'000),
+      oneText("text-50000k", 50'000'000),
+  };
   return documents;
 }
 

@@ -19,12 +19,10 @@ struct Document {
 // The real documents that the reader accepts; none where their folder is absent.
 const std::vector<Document>& corpus();
 
-// A generated document: that many text storages and table strings, styles and
-// cells, in that many members.
-Document generated(const std::string& name, int objects, int members);
-
-// Generated documents of growing size, the second last 100 times the first.
-const std::vector<Document>& generatedBySize();
+// Generated documents in pairs, the second 100 times the first: "objects-3k" and
+// "objects-300k", and so on for the rows of a table, text storages, members and
+// the length of one text; and "objects-30k", between the two of the first pair.
+const std::vector<Document>& generatedDocuments();
 
 // Decompresses the members of a document, as the reader does.
 std::vector<std::vector<unsigned char>> objectStreams(const Document& document);

@@ -13,6 +13,16 @@ matplotlib.use("Agg")
 import matplotlib.pyplot as plt  # noqa: E402  the backend is chosen first
 
 
+# The second is 100 times as large as the first.
+PAIRS = (
+    ("objects-3k", "objects-300k"),
+    ("rows-10k", "rows-1000k"),
+    ("storages-4k", "storages-400k"),
+    ("members-30", "members-3000"),
+    ("text-500k", "text-50000k"),
+)
+
+
 def medians(stages):
     """Milliseconds and stream bytes of each benchmark, by its name."""
     found = {}
@@ -45,6 +55,19 @@ def print_ratios(figures, processes, out):
             f"{name:34} {figures[f'whole/{name}']['bytes'] / 1e6:7.2f} MB {whole:6.2f} ms"
             f" {whole / floor:7.2f} {plain / whole:7.1f}"
         )
+    for small, large in PAIRS:
+        ratio = figures[f"whole/{large}"]["ms"] / figures[f"whole/{small}"]["ms"]
+        line(f"{large} takes {ratio:.0f} times as long as {small}")
+    streams = {name: figures[f"whole/{name}"]["bytes"] / 1024 for name in processes["memory"]}
+    for name, ways in processes["memory"].items():
+        whole, plain = (ways[way]["peak_kib"] for way in ("whole", "plain"))
+        line(
+            f"peak memory for {name}: {whole / streams[name]:.1f} times the object streams,"
+            f" plain {plain / streams[name]:.1f} times"
+        )
+    if "throughput" in processes:
+        one, two = (processes["throughput"][f"{jobs} jobs"]["seconds"] for jobs in (1, 2))
+        line(f"2,000 real documents: {2000 / one:.0f} a second with one job, {one / two:.2f} times with two")
     base = processes["load and unload"]["seconds"]
     small = processes["read a small document"]["seconds"]
     line(f"small document, process to exit / load and unload: {small / base:.2f}")
@@ -61,7 +84,7 @@ def draw(figures, path):
     left.set_xlabel("MB/s")
     left.set_title("Stages")
 
-    sizes = ["generated-3k", "generated-30k", "generated-300k"]
+    sizes = ["objects-3k", "objects-30k", "objects-300k"]
     for way, colour in (("whole", "#4477aa"), ("floor", "#888888"), ("plain", "#cc6677")):
         right.plot(
             [figures[f"{way}/{name}"]["bytes"] / 1e6 for name in sizes],
@@ -80,9 +103,10 @@ def draw(figures, path):
 
 def main():
     results = pathlib.Path(sys.argv[1])
-    stages = json.loads((results / "stages.json").read_text(encoding="utf-8"))
     processes = json.loads((results / "processes.json").read_text(encoding="utf-8"))
-    figures = medians(stages)
+    figures = {}
+    for path in sorted(results.glob("stages-*.json")):
+        figures |= medians(json.loads(path.read_text(encoding="utf-8")))
     with open(results / "ratios.txt", "w", encoding="utf-8") as out:
         print_ratios(figures, processes, out)
     draw(figures, results / "performance.png")

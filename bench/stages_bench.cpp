@@ -1,9 +1,11 @@
 // Each stage of reading on its own, over all real documents together.
 #include <benchmark/benchmark.h>
+#include <dlfcn.h>
 #include <google/protobuf/message.h>
 
 #include "Readers/dorvexsr/dorvexlistutil.h"
 #include "Readers/dorvexsr/dorvexutil.h"
+#include "Readers/hostapi/container_reader.h"
 #include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "documents.h"
@@ -59,6 +61,56 @@ void objectWalk(benchmark::State& state, PayloadReading reading) {
   reportBytes(state);
 }
 
+// Every member of every zip, unpacked by the container module.
+void zipWalk(benchmark::State& state) {
+  void* module = dlopen(DORVEX_CONTAINER_MODULE, RTLD_NOW | RTLD_LOCAL);
+  ContainerReaderInterface zip{};
+  reinterpret_cast<GetContainerReaderInterfaceFunction>(
+      dlsym(module, "unzipGetContainerReaderInterface"))(&zip);
+  for (auto _ : state) {
+    for (const Document& document : corpus()) {
+      if (document.bytes.empty()) continue;
+      testing::BareHost host;
+      void* container = zip.OpenContainer(&host.addDocument(document.bytes), host.services(), 0);
+      for (int index = 0; index < zip.GetEntryCount(container); ++index) {
+        _VPTPIOobj* scratch = host.services()->OpenFile(host.services(), nullptr, "a+");
+        ContainerEntryInfo entry;
+        benchmark::DoNotOptimize(zip.GetEntryInfo(container, index, &entry));
+        benchmark::DoNotOptimize(zip.ExtractEntry(container, index, scratch));
+        scratch->Close(scratch);
+      }
+      zip.CloseContainer(container);
+    }
+  }
+  reportBytes(state);
+}
+
+// The texts of messages that have been read, into an output that takes them all.
+void sweep(benchmark::State& state) {
+  testing::BareHost host;
+  host.useContainerModule(DORVEX_CONTAINER_MODULE);
+  std::vector<unsigned char> buffer(65536);
+  std::vector<MessageMap> maps(corpus().size());
+  for (std::size_t i = 0; i < maps.size(); ++i) {
+    const Document& document = corpus()[i];
+    if (document.bytes.empty()) continue;
+    vn::iwork13::unzipFile(&host.addDocument(document.bytes), maps[i], host.services(),
+                           buffer.data(), static_cast<std::uint32_t>(buffer.size()),
+                           vn::iwork13::getPagesMessage);
+  }
+  std::vector<unsigned char> output(std::size_t{64} << 20U);
+  for (auto _ : state) {
+    for (const MessageMap& map : maps) {
+      TAG_VNDORVEXGlobals context{};
+      context.services = host.services();
+      context.tokenBufStart = context.tokenCursor = output.data();
+      context.tokenBufSize = static_cast<unsigned>(output.size()) - 4110;
+      getAllText(&context, map);
+    }
+  }
+  reportBytes(state);
+}
+
 // What any reader of the format pays: decompressing, and the generated parser.
 void floorOfReading(benchmark::State& state) {
   for (auto _ : state) {
@@ -108,9 +160,11 @@ void staging(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
 }
 
+BENCHMARK(zipWalk)->Unit(benchmark::kMillisecond);
 BENCHMARK(decompression)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(objectWalk, scan, PayloadReading::kScan)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(objectWalk, build, PayloadReading::kBuild)->Unit(benchmark::kMillisecond);
+BENCHMARK(sweep)->Unit(benchmark::kMillisecond);
 BENCHMARK(floorOfReading)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(normalisation, prose, std::string("a line of prose\\n"));
 BENCHMARK_CAPTURE(normalisation, backslashes, std::string("\\\\"));

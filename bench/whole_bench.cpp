@@ -26,12 +26,14 @@ unsigned char* outputBuffer() {
   return buffer.get();
 }
 
+[[noreturn]] void fail(const std::string& message) {
+  std::cerr << message << '\n';
+  std::exit(EXIT_FAILURE);
+}
+
 void* loadModule(const char* path) {
   void* module = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) {
-    std::cerr << dlerror() << '\n';
-    std::exit(EXIT_FAILURE);
-  }
+  if (module == nullptr) fail(dlerror());
   return module;
 }
 
@@ -116,15 +118,16 @@ void registerWholeBenchmarks() {
   if (!all.empty()) sets.emplace_back("corpus", all);
   for (const Document& document : corpus())
     if (document.streamBytes > 200'000) sets.push_back({document.name, {&document}});
-  for (const Document& document : generatedBySize()) sets.push_back({document.name, {&document}});
+  for (const Document& document : generatedDocuments())
+    sets.push_back({document.name, {&document}});
 
   for (const auto& [name, documents] : sets) {
     // The answer first, then its speed.
     for (const Document* document : documents) {
-      if (tokens(reader, *document) != tokens(plain, *document)) {
-        std::cerr << document->name << ": the two ways differ\n";
-        std::exit(EXIT_FAILURE);
-      }
+      const std::string answer = tokens(reader, *document);
+      if (answer != tokens(plain, *document)) fail(document->name + ": the two ways differ");
+      // A chunk header at the end of a read makes the reader lose a whole member.
+      if (answer.empty()) fail(document->name + ": gives nothing");
     }
     addBenchmark("whole/" + name, documents, reader, fillOnce);
     addBenchmark("plain/" + name, documents, plain, fillOnce);
