@@ -80,6 +80,14 @@ TEST(Docs, ShowTheExampleThatIsCompiled) {
     EXPECT_NE(example.find(line), std::string::npos) << line;
 }
 
+TEST(Docs, ShowTheExampleInCThatIsCompiled) {
+  const std::string example = readFile(kProject / "host" / "examples" / "texts.c");
+  const std::string page = readFile(kProject / "docs" / "c-interface.md");
+  std::istringstream lines(blockBehind(page, "# Reading documents from C"));
+  for (std::string line; std::getline(lines, line);)
+    EXPECT_NE(example.find(line), std::string::npos) << line;
+}
+
 TEST(Docs, NameTestsThatExistForEveryOddity) {
   const std::set<std::string> tests = namesOfAllTests();
   const std::string page = readFile(kProject / "docs" / "oddities.md");
