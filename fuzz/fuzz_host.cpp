@@ -9,6 +9,7 @@
 #include "chunk_stream.h"
 #include "pages_registry.h"
 #include "reference_walk.h"
+#include "support/dirty_services.h"
 #include "support/package_writer.h"
 
 // Of the container module, which is linked in too.
@@ -17,7 +18,6 @@ extern "C" int unzipGetContainerReaderInterface(ContainerReaderInterface* interf
 namespace dorvex::fuzz {
 namespace {
 
-constexpr int kDirty = 0xA5;
 constexpr std::size_t kMostScratchBytes = std::size_t{8} << 20;
 constexpr int kMostNestedContainers = 4;
 constexpr std::size_t kReaderBuffer = 4096;
@@ -164,7 +164,7 @@ struct FuzzHost::Slots {
   static void* alloc(VNAllocator* allocator, std::size_t size) {
     FuzzHost& host = *static_cast<FuzzHost*>(allocator->opaque);
     void* block = std::malloc(size);
-    std::memset(block, kDirty, size);
+    std::memset(block, testing::kDirty, size);
     host.blocks_.insert(block);
     return block;
   }
@@ -217,7 +217,7 @@ struct FuzzHost::Slots {
 
   static int getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry) {
     const auto& [host, handle] = *static_cast<Container*>(container);
-    std::memset(entry, kDirty, sizeof *entry);
+    std::memset(entry, testing::kDirty, sizeof *entry);
     return host.module_.GetEntryInfo(handle, index, entry);
   }
 
@@ -236,17 +236,7 @@ struct FuzzHost::Slots {
 
 FuzzHost::FuzzHost(ReadLengths readLengths, Reading reading)
     : readLengths_(readLengths), reading_(reading) {
-  // Bytes without a name are not the reader's: whoever uses one finds dirt.
-  std::memset(static_cast<tag_TPVAPIServices*>(&services_), kDirty, sizeof(tag_TPVAPIServices));
-  services_.host = this;
-  services_.LoadDll = Slots::loadDll;
-  services_.GetDllSymbol = Slots::getDllSymbol;
-  services_.FreeDll = Slots::freeDll;
-  services_.OpenFile = Slots::openFile;
-  services_.allocator = {this, Slots::alloc, Slots::release};
-  services_.ConvertText = nullptr;
-  services_.targetCharSet = 0;
-  services_.lastError = 0;
+  testing::fillServices<Slots>(services_, *this);
   unzipGetContainerReaderInterface(&module_);
 }
 

@@ -13,6 +13,7 @@
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
 #include "fuzz_input.h"
+#include "support/dirty_services.h"
 
 extern "C" int unzipGetContainerReaderInterface(ContainerReaderInterface* interface);
 
@@ -21,7 +22,6 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{1} << 20;  // that a stream takes
 constexpr int kMostMembers = 64;                          // that are looked at
-constexpr int kDirty = 0xA5;
 
 // Behaviour of the object, by bit.
 enum Behaviour : unsigned { kShortReads = 1, kShortWrites = 2, kFailingReads = 4 };
@@ -102,7 +102,7 @@ std::string readDirectly(zip_t* archive, int index, std::size_t size) {
 void checkMember(const ContainerReaderInterface& module, void* container, zip_t* direct, int index,
                  const Object& source) {
   ContainerEntryInfo entry;
-  std::memset(&entry, kDirty, sizeof entry);
+  std::memset(&entry, testing::kDirty, sizeof entry);
   const int status = module.GetEntryInfo(container, index, &entry);
   require(std::memchr(entry.name, 0, sizeof entry.name) != nullptr, "a name has an end");
   if (status != VN_CONTAINER_OK) {

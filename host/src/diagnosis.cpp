@@ -178,13 +178,16 @@ std::string describe(const Result& result) {
   return result.message + " (the module returned " + std::to_string(*result.moduleResult) + ")";
 }
 
-Result systemFailure(int error) {
+Result failedResult(Failure failure, std::string message, Limit limit) {
   Result result;
   result.status = Status::kFailed;
-  result.failure = failureOf(error);
-  result.message = std::strerror(error);
+  result.failure = failure;
+  result.message = std::move(message);
+  result.limit = limit;
   return result;
 }
+
+Result systemFailure(int error) { return failedResult(failureOf(error), std::strerror(error)); }
 
 Result diagnose(int moduleResult, const Observations& seen,
                 const std::function<PackageLook()>& look) {

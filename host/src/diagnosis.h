@@ -3,12 +3,16 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "dorvex/result.h"
 #include "observations.h"
 #include "package.h"
 
 namespace dorvex {
+
+// A document that gave nothing, and why.
+Result failedResult(Failure failure, std::string message, Limit limit = Limit::kNone);
 
 // The result for an error of the operating system at the document itself.
 Result systemFailure(int error);

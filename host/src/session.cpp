@@ -142,17 +142,11 @@ std::size_t ownedBufferSize(std::uint32_t declared) {
 }
 
 Result moduleFailure(const std::string& message) {
-  Result result;
-  result.status = Status::kFailed;
-  result.failure = Failure::kModuleUnusable;
-  result.message = message;
-  return result;
+  return failedResult(Failure::kModuleUnusable, message);
 }
 
 Result unloadable(const std::string& error) {
-  Result result = moduleFailure("cannot load the module: " + error);
-  result.failure = Failure::kModuleMissing;
-  return result;
+  return failedResult(Failure::kModuleMissing, "cannot load the module: " + error);
 }
 
 std::unique_ptr<Document::Source> makeFailedSource(Result result) {

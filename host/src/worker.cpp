@@ -13,6 +13,7 @@
 #include <optional>
 
 #include "confinement.h"
+#include "diagnosis.h"
 #include "document_source.h"
 #include "fd_channel.h"
 #include "services.h"
@@ -50,11 +51,8 @@ void setSoftLimit(__rlimit_resource_t resource, std::uint64_t value) {
 }
 
 Result unconfined(const std::vector<std::string>& missing) {
-  Result result;
-  result.status = Status::kFailed;
-  result.failure = Failure::kNotConfined;
-  result.message = "not read, since it cannot be confined: " + missing.front();
-  return result;
+  return failedResult(Failure::kNotConfined,
+                      "not read, since it cannot be confined: " + missing.front());
 }
 
 class WorkerLoop {

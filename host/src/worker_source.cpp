@@ -22,27 +22,19 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-Result failed(Failure failure, std::string message, Limit limit = Limit::kNone) {
-  Result result;
-  result.status = Status::kFailed;
-  result.failure = failure;
-  result.message = std::move(message);
-  result.limit = limit;
-  return result;
-}
-
-Result nonsense() { return failed(Failure::kCrashed, "the reader's process sent nonsense"); }
+Result nonsense() { return failedResult(Failure::kCrashed, "the reader's process sent nonsense"); }
 
 Result deathResult(std::optional<int> waitStatus) {
   if (!waitStatus || !WIFSIGNALED(*waitStatus)) {
-    return failed(Failure::kCrashed, "the reader's process ended without a result");
+    return failedResult(Failure::kCrashed, "the reader's process ended without a result");
   }
   const int signal = WTERMSIG(*waitStatus);
   Result result =
       signal == SIGXCPU
-          ? failed(Failure::kTimedOut, "stopped: the reader used up its processor time",
-                   Limit::kProcessorTime)
-          : failed(Failure::kCrashed, std::string("the reader crashed: ") + ::strsignal(signal));
+          ? failedResult(Failure::kTimedOut, "stopped: the reader used up its processor time",
+                         Limit::kProcessorTime)
+          : failedResult(Failure::kCrashed,
+                         std::string("the reader crashed: ") + ::strsignal(signal));
   result.signal = signal;
   return result;
 }
@@ -50,9 +42,10 @@ Result deathResult(std::optional<int> waitStatus) {
 // The worker reports that before it leaves. Where memory is limited, that is
 // what it ran into.
 Result outOfMemory(const Limits& limits) {
-  return limits.memory == 0 ? failed(Failure::kOutOfMemory, "memory is out")
-                            : failed(Failure::kOutOfMemory,
-                                     "stopped: the reader used up its memory", Limit::kMemory);
+  return limits.memory == 0
+             ? failedResult(Failure::kOutOfMemory, "memory is out")
+             : failedResult(Failure::kOutOfMemory, "stopped: the reader used up its memory",
+                            Limit::kMemory);
 }
 
 class WorkerSource final : public Document::Source {
@@ -96,7 +89,7 @@ class WorkerSource final : public Document::Source {
   std::optional<std::span<const unsigned char>> receiveTokens(std::uint32_t length) {
     received_ += length;
     if (limits_.output > 0 && received_ > limits_.output) {
-      result_ = failed(
+      result_ = failedResult(
           Failure::kLimitPassed,
           "stopped: more than " + std::to_string(limits_.output) + " bytes of tokens came out",
           Limit::kOutput);
@@ -181,7 +174,8 @@ class WorkerSource final : public Document::Source {
 
   bool outOfTime() {
     if (!isTimed() || timeLeft_.count() > 0) return false;
-    result_ = failed(Failure::kTimedOut, "stopped: the reader took too long", Limit::kWallTime);
+    result_ =
+        failedResult(Failure::kTimedOut, "stopped: the reader took too long", Limit::kWallTime);
     return true;
   }
 
@@ -197,7 +191,7 @@ class WorkerSource final : public Document::Source {
 
 Result notStarted(int error) {
   return error == ECHILD
-             ? failed(Failure::kCrashed, "the reader's process died before it was ready")
+             ? failedResult(Failure::kCrashed, "the reader's process died before it was ready")
              : systemFailure(error);
 }
 

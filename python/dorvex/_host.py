@@ -8,7 +8,7 @@ import os
 import threading
 from collections.abc import Callable, Iterator
 from types import TracebackType
-from typing import Any, Protocol, Union
+from typing import Any, Protocol, TypeVar, Union
 
 from . import _library
 from ._library import library
@@ -80,7 +80,34 @@ def _milliseconds(seconds: Seconds) -> Limit:
     return max(1, round(seconds * 1000))
 
 
-class Host:
+class _Owner:
+    """Has a handle of the library until it is closed, once."""
+
+    _handle: ctypes.c_void_p | None = None
+
+    def close(self) -> None:
+        raise NotImplementedError
+
+    def __enter__(self: _Self) -> _Self:
+        return self
+
+    def __exit__(
+        self,
+        kind: type[BaseException] | None,
+        error: BaseException | None,
+        traceback: TracebackType | None,
+    ) -> None:
+        self.close()
+
+    def __del__(self) -> None:
+        if self._handle is not None:
+            self.close()
+
+
+_Self = TypeVar("_Self", bound=_Owner)
+
+
+class Host(_Owner):
     """Opens documents. Several threads may use one host.
 
     A limit of None is none; what is not given has the library's default. A host
@@ -161,21 +188,6 @@ class Host:
         if handle is not None and os.getpid() == self._process:
             library.dorvex_host_free(handle)
 
-    def __enter__(self) -> Host:
-        return self
-
-    def __exit__(
-        self,
-        kind: type[BaseException] | None,
-        error: BaseException | None,
-        traceback: TracebackType | None,
-    ) -> None:
-        self.close()
-
-    def __del__(self) -> None:
-        if getattr(self, "_handle", None) is not None:
-            self.close()
-
     def _open_handle(self, source: str | os.PathLike[str] | bytes | Reader) -> ctypes.c_void_p:
         if self._handle is None:
             raise ValueError("the host is closed")
@@ -213,14 +225,14 @@ class Host:
             raise
 
 
-class Document:
+class Document(_Owner):
     """One document being read: an iterator of its texts.
 
     Threads take turns. Closing it early ends its worker process.
     """
 
     def __init__(self, handle: ctypes.c_void_p, source: Source, errors: str) -> None:
-        self._handle: ctypes.c_void_p | None = handle
+        self._handle = handle
         self._source = source  # keeps bytes in memory alive
         self._errors = errors
         self._lock = threading.Lock()
@@ -263,21 +275,6 @@ class Document:
             handle, self._handle = self._handle, None
             if handle is not None and os.getpid() == self._process:
                 library.dorvex_document_free(handle)
-
-    def __enter__(self) -> Document:
-        return self
-
-    def __exit__(
-        self,
-        kind: type[BaseException] | None,
-        error: BaseException | None,
-        traceback: TracebackType | None,
-    ) -> None:
-        self.close()
-
-    def __del__(self) -> None:
-        if getattr(self, "_handle", None) is not None:
-            self.close()
 
     def _open_handle(self) -> ctypes.c_void_p:
         if self._handle is None:

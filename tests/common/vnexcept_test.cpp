@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <typeinfo>
 
-#include "failing_allocation.h"
+#include "support/failing_allocation.h"
 
 namespace dorvex::testing {
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Tools/vnstring/vnstring.h"
-#include "failing_allocation.h"
+#include "support/failing_allocation.h"
 #include "support/guarded_buffer.h"
 
 namespace dorvex::testing {

@@ -9,7 +9,7 @@
 
 #include "Tools/vennik/vnexcept/vnexcept.h"
 #include "Tools/vnstring/vnstring.h"
-#include "failing_allocation.h"
+#include "support/failing_allocation.h"
 
 namespace dorvex::testing {
 namespace {

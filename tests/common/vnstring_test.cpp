@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "failing_allocation.h"
+#include "support/failing_allocation.h"
 
 namespace dorvex::testing {
 namespace {

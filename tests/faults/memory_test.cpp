@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <set>
 
-#include "faults/failing_new.h"
 #include "faults/packages.h"
 #include "module/reader_module.h"
+#include "support/failing_allocation.h"
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
@@ -40,7 +40,7 @@ class MemoryFaults : public ::testing::TestWithParam<Shape> {
     GuardedBuffer buffer(kBuffer);
     Outcome outcome;
     {
-      const FailingNew failing(index, [&] {
+      const FailingAllocation failing(index, [&] {
         outcome.failed = true;
         host.note(kFailure);
       });
@@ -173,7 +173,7 @@ TEST(MemoryFaultsOfAContext, LeaveAllocateContextByException) {
     BareHost host;
     std::uint32_t result = 77;
     try {
-      const FailingNew failing(index, [] {});
+      const FailingAllocation failing(index);
       void* context = reader.AllocateContext(nullptr, nullptr, &result, host.services(), 0);
       EXPECT_NE(context, nullptr);
       reader.FreeContext(context);

@@ -8,13 +8,12 @@
 #include <exception>
 #include <string_view>
 
+#include "support/dirty_services.h"
 #include "support/host_code.h"
 #include "support/package_writer.h"
 
 namespace dorvex::testing {
 namespace {
-
-constexpr int kDirty = 0xA5;
 
 Stream& toStream(_VPTPIOobj* io) { return *static_cast<Stream*>(io); }
 
@@ -235,19 +234,7 @@ struct BareHost::Slots {
   }
 };
 
-BareHost::BareHost() {
-  // Bytes without a name are not the reader's: whoever uses one finds dirt.
-  std::memset(static_cast<tag_TPVAPIServices*>(&services_), kDirty, sizeof(tag_TPVAPIServices));
-  services_.host = this;
-  services_.LoadDll = Slots::loadDll;
-  services_.GetDllSymbol = Slots::getDllSymbol;
-  services_.FreeDll = Slots::freeDll;
-  services_.OpenFile = Slots::openFile;
-  services_.allocator = {this, Slots::alloc, Slots::release};
-  services_.ConvertText = nullptr;
-  services_.targetCharSet = 0;
-  services_.lastError = 0;
-}
+BareHost::BareHost() { fillServices<Slots>(services_, *this); }
 
 BareHost::~BareHost() {
   for (void* block : blocks_) std::free(block);

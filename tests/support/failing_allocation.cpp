@@ -1,7 +1,6 @@
-#include "faults/failing_new.h"
+#include "support/failing_allocation.h"
 
 #include <cstdlib>
-#include <new>
 #include <utility>
 
 #include "support/host_code.h"
@@ -45,12 +44,12 @@ void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 namespace dorvex::testing {
 
-FailingNew::FailingNew(long index, std::function<void()> hook) {
+FailingAllocation::FailingAllocation(long index, std::function<void()> hook) {
   onFailure = new std::function<void()>(std::move(hook));
   untilFailure = index;
 }
 
-FailingNew::~FailingNew() {
+FailingAllocation::~FailingAllocation() {
   untilFailure = kNever;
   delete std::exchange(onFailure, nullptr);
 }

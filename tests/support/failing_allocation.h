@@ -1,15 +1,18 @@
 // Makes operator new fail at a chosen place.
 #pragma once
 
+#include <functional>
 #include <new>
 
 namespace dorvex::testing {
 
 // While it lives, the allocation with this index, counted from 0 on the thread
-// that made the object, throws std::bad_alloc. One object at a time.
+// that made the object, throws std::bad_alloc, after calling onFailure. What a
+// test's own host allocates in its slots is not counted. One object at a time.
 class FailingAllocation {
  public:
-  explicit FailingAllocation(int index);
+  explicit FailingAllocation(
+      long index, std::function<void()> onFailure = [] {});
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
   ~FailingAllocation();
