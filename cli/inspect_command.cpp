@@ -32,9 +32,12 @@ void addInspectCommand(CLI::App& app, const HostArguments& host) {
   const auto options = std::make_shared<InspectOptions>();
   addInspectOptions(*command, *options);
   command->callback([options, &host] {
+    const HostOptions hosting = hostOptions(host);
     std::vector<std::string> arguments = {"--module",     host.module,
                                           "--timeout",    std::to_string(host.timeout),
                                           "--max-memory", std::to_string(host.maxMemory)};
+    if (hosting.sandbox == Sandbox::kOff) arguments.emplace_back("--no-sandbox");
+    if (hosting.sandbox == Sandbox::kRequired) arguments.emplace_back("--require-sandbox");
     for (std::string& argument : argumentsOf(*options)) arguments.push_back(std::move(argument));
     becomeInspector(arguments);
   });

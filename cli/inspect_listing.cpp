@@ -110,13 +110,14 @@ std::unique_ptr<google::protobuf::Message> newMessage(Kind kind, int type) {
 }
 
 Listing listDocument(const std::string& path, const std::filesystem::path& moduleFolder,
-                     std::optional<std::uint64_t> wanted) {
+                     std::optional<std::uint64_t> wanted, const PackageIsOpen& isOpen) {
   Listing listing;
   listing.path = path;
   Lister lister(listing, wanted);
   const PackageOutcome outcome = visitPackage(
       path == "-" ? "/dev/stdin" : path, moduleFolder,
-      [&](const PackageMember& member, ByteStore* contents) { lister.visit(member, contents); });
+      [&](const PackageMember& member, ByteStore* contents) { lister.visit(member, contents); },
+      isOpen);
   listing.directory = outcome.directory;
   listing.objects = lister.takeObjects();
   listing.kind = guessKind(listing, lister.evidence());

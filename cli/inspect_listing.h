@@ -45,8 +45,10 @@ struct Listing {
 };
 
 // Goes through a document. wanted: the object whose payloads are kept. The
-// application is what the package tells, or else the end of the path.
-Listing listDocument(const std::string& path, const std::filesystem::path& moduleFolder,
-                     std::optional<std::uint64_t> wanted);
+// application is what the package tells, or else the end of the path. Throws what
+// isOpen throws.
+Listing listDocument(
+    const std::string& path, const std::filesystem::path& moduleFolder,
+    std::optional<std::uint64_t> wanted, const PackageIsOpen& isOpen = [](int) {});
 
 }  // namespace dorvex::cli

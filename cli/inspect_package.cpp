@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <limits>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -24,7 +25,10 @@ namespace {
 namespace fs = std::filesystem;
 using vn::iwork13::MemberKind;
 
-constexpr std::size_t kScratchMemory = std::size_t{16} * 1024 * 1024;
+// What standard input may take of memory before it goes to a file. Members stay
+// in memory, since no file can be made once the process is confined.
+constexpr std::size_t kInputMemory = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t kScratchMemory = std::numeric_limits<std::size_t>::max();
 constexpr char kContainerModule[] = "unzip.so";
 constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
 constexpr int kDeepest = 16;  // containers or folders within each other
@@ -248,9 +252,9 @@ class Look {
 }  // namespace
 
 PackageOutcome visitPackage(const fs::path& path, const fs::path& moduleFolder,
-                            const VisitMember& visit) {
+                            const VisitMember& visit, const PackageIsOpen& isOpen) {
   PackageOutcome outcome;
-  OpenInput input = OpenInput::open(Input::path(path), kScratchMemory, outcome.result);
+  OpenInput input = OpenInput::open(Input::path(path), kInputMemory, outcome.result);
   if (!input) return outcome;
   Observations seen;
   HostServices::Settings settings;
@@ -262,6 +266,8 @@ PackageOutcome visitPackage(const fs::path& path, const fs::path& moduleFolder,
     look.add(member);
     visit(member, contents);
   };
+  ZipWalk zip({services, seen, both});  // loads the container module
+  isOpen(input.directory().get());
   if (input.directory()) {
     outcome.directory = true;
     look.setDirectory();
@@ -270,7 +276,6 @@ PackageOutcome visitPackage(const fs::path& path, const fs::path& moduleFolder,
   } else {
     IoObject io(input.takeStore(), {}, seen);
     look.addStart(io.store());
-    ZipWalk zip({services, seen, both});
     if (const auto container = zip.open(io)) zip.walk(container.get(), "", true);
   }
   outcome.result = look.result(seen);

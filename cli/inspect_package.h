@@ -30,10 +30,16 @@ struct PackageOutcome {
   Result result;
 };
 
+// Called once the package is open and the container module loaded, before a
+// byte is looked at. Gets the descriptor of a package directory, or -1 of a file.
+// From there on nothing is opened but what lies in that directory.
+using PackageIsOpen = std::function<void(int directory)>;
+
 // Visits the members of the package at a path; moduleFolder holds the container
-// module. Throws what visit throws, and std::bad_alloc.
-PackageOutcome visitPackage(const std::filesystem::path& path,
-                            const std::filesystem::path& moduleFolder, const VisitMember& visit);
+// module. Throws what visit and isOpen throw, and std::bad_alloc.
+PackageOutcome visitPackage(
+    const std::filesystem::path& path, const std::filesystem::path& moduleFolder,
+    const VisitMember& visit, const PackageIsOpen& isOpen = [](int) {});
 
 // The host's sentence about a member stream that is not sound.
 std::string unsoundMember(const std::string& name, const std::string& reason);

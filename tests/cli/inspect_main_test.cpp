@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "dorvex/sandbox.h"
 #include "program.h"
 #include "support/corpus.h"
 #include "support/package_writer.h"
@@ -178,6 +179,31 @@ TEST_F(InspectTest, SaysThatMemoryIsOut) {
       runTool({"inspect", "--max-memory", "64MB", document(zip({{"Index/Document.iwa", stream}}))});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.errors.find("memory is out"), std::string::npos) << run.errors;
+}
+
+TEST_F(InspectTest, LeavesItselfNothingButTheDocument) {
+  if (const auto missing = missingConfinement(); !missing.empty()) GTEST_SKIP() << missing.front();
+  const std::string module = DORVEX_NOSY_MODULES "/dorvexsr.so";
+  const auto inspected = [&](const char* sandbox) {
+    return runTool({"--module", module, sandbox, "inspect", document(kDocument)}).output;
+  };
+  const std::string confined = inspected("--require-sandbox");
+  EXPECT_NE(confined.find("open: Operation not permitted, connect: Operation not permitted, "
+                          "fork: Operation not permitted"),
+            std::string::npos)
+      << confined;
+  const std::string free = inspected("--no-sandbox");
+  EXPECT_NE(free.find("open: done, connect: done, fork: done"), std::string::npos) << free;
+}
+
+TEST_F(InspectTest, ReadsAPackageDirectoryInItsSandbox) {
+  const auto package = folder.path() / "a.pages";
+  std::filesystem::create_directories(package / "Index");
+  writeFile(package / "Index" / "Document.iwa", iwa({storage(1, {"one"})}));
+  writeFile(package / "Index.zip", zip({{"Index/Tables/Tile.iwa", iwa({storage(2, {"two"})})}}));
+  const Finished run = runTool({"--require-sandbox", "inspect", package});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_NE(run.output.find("Index/Document.iwa\n"), std::string::npos) << run.output;
 }
 
 TEST_F(InspectTest, NamesTheInspectorWhereItIsMissing) {
