@@ -21,8 +21,9 @@
 #include "document_parts.h"
 #include "samples/sample_writer.h"
 #include "support/package_writer.h"
+#include "support/self_containing_zip.h"
 #include "support/token_decoder.h"
-#include "unzip/zip_bytes.h"
+#include "support/zip_bytes.h"
 #include "worker_protocol.h"
 
 namespace dorvex::fuzz {
@@ -218,6 +219,7 @@ void addZipCases(Seeds& seeds) {
   const std::string nested = testing::zip({{"Document.iwa", iwa, true}});
   addPackage(seeds, testing::zip({}));
   addPackage(seeds, testing::zip({{"Index.zip", nested}, {"Index/", ""}}));
+  addPackage(seeds, testing::selfContainingZip());
   addPackage(seeds, testing::zip({{"Index/Index.zip", testing::zip({{"Index.zip", nested}})}}));
   testing::RawMember described{.name = "Index/Document.iwa", .contents = iwa, .flags = 8};
   described.behind = testing::descriptor(iwa);

@@ -8,6 +8,7 @@
 
 #include "program.h"
 #include "support/package_writer.h"
+#include "support/self_containing_zip.h"
 #include "support/temporary_directory.h"
 
 namespace dorvex {
@@ -86,6 +87,7 @@ TEST_F(HostileBatch, EachGetsItsRecordAndEveryGoodDocumentComesOutWhole) {
   add("prefix", unreadableLengthPrefix(), {"timeout", false});
   add("over-64-mib", objectStreamOver64MiB(), {"limit", true});
   add("nested", nestedWithoutEnd(), {"limit", true});
+  add("itself", selfContainingZip(), {"limit", true});
   for (int i = 0; i < kGoodDocuments; ++i) {
     writeFile(folder.path() / std::to_string(i),
               packageOf(iwa({storage(1, {"text " + std::to_string(i)})})));

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -33,6 +34,24 @@ TEST_F(TextCommand, PrintsOneTextToALine) {
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.output, "first\ncaf\xC3\xA9\n");
   EXPECT_EQ(run.errors, "");
+}
+
+TEST_F(TextCommand, PrintsUtf8WhateverTheLocale) {
+  const std::string text = "caf\xC3\xA9 \xE6\x97\xA5\xE6\x9C\xAC";
+  const std::string path = good("\xC3\xBC.pages", {text});
+  ::setenv("LOCPATH", DORVEX_TEST_LOCALES, 1);
+  for (const char* locale : {"C", "en_US.ISO-8859-1", "en_US.UTF-8", "no_SUCH.locale"}) {
+    ::setenv("LC_ALL", locale, 1);
+    EXPECT_EQ(runTool({"text", path}).output, text + "\n") << locale;
+    EXPECT_EQ(runTool({"text", path + "x"}).errors,
+              "dorvex: " + path + "x: No such file or directory\n")
+        << locale;
+    const auto record = nlohmann::json::parse(runTool({"batch", path}).output);
+    EXPECT_EQ(record["path"], path) << locale;
+    EXPECT_EQ(record["texts"], nlohmann::json{text}) << locale;
+  }
+  ::unsetenv("LC_ALL");
+  ::unsetenv("LOCPATH");
 }
 
 TEST_F(TextCommand, EndsTextsWithNulOnRequest) {

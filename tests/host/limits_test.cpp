@@ -8,6 +8,7 @@
 
 #include "dorvex/host.h"
 #include "support/package_writer.h"
+#include "support/self_containing_zip.h"
 #include "support/temporary_directory.h"
 
 namespace dorvex {
@@ -79,6 +80,13 @@ TEST_F(DocumentLimits, OfDepthCountTheDocumentItself) {
       "stopped: the zip member Index.zip/Index.zip/Index.zip lies in more than 3 containers");
   options.limits.container.depth = 0;
   EXPECT_EQ(read(nested(30)).status, Status::kOk);
+}
+
+TEST_F(DocumentLimits, OfDepthEndAZipThatContainsItself) {
+  std::string name = "Index.zip";
+  for (int depth = 1; depth < 16; ++depth) name += "/Index.zip";
+  expectStopped(selfContainingZip(), Limit::kDepth,
+                "stopped: the zip member " + name + " lies in more than 16 containers");
 }
 
 TEST_F(DocumentLimits, OfDepthAre16UnlessSet) {

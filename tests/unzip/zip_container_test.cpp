@@ -8,7 +8,8 @@
 
 #include "loaded_module.h"
 #include "support/package_writer.h"
-#include "zip_bytes.h"
+#include "support/self_containing_zip.h"
+#include "support/zip_bytes.h"
 
 namespace dorvex {
 namespace {
@@ -76,6 +77,14 @@ TEST_F(ZipContainerTest, ListsAndExtractsStoredAndDeflatedMembers) {
   EXPECT_EQ(out.bytes, "stored");
   EXPECT_EQ(extract(2), VN_CONTAINER_OK);
   EXPECT_EQ(out.bytes, "");
+}
+
+TEST_F(ZipContainerTest, ExtractsAZipThatIsItsOwnMember) {
+  const std::string bytes = selfContainingZip();
+  ASSERT_TRUE(openLimited(bytes));
+  EXPECT_EQ(names(), std::vector<std::string>{"Index.zip"});
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, bytes);
 }
 
 TEST_F(ZipContainerTest, GoesByTheCentralDirectorysOrder) {

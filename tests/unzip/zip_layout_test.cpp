@@ -8,7 +8,7 @@
 #include <string>
 
 #include "loaded_module.h"
-#include "zip_bytes.h"
+#include "support/zip_bytes.h"
 
 namespace dorvex::unzip {
 namespace {

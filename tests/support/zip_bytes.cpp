@@ -1,4 +1,4 @@
-#include "zip_bytes.h"
+#include "support/zip_bytes.h"
 
 #include <numeric>
 
