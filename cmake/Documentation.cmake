@@ -35,7 +35,7 @@ set(DOXYGEN_PREDEFINED
   "static_assert(...)=")
 # The plain error classes are made by a macro from the list of numbers.
 set(DOXYGEN_FILTER_PATTERNS
-  "*/vnerrorcodeex.h=\"${PROJECT_SOURCE_DIR}/docs/expand-error-classes\"")
+  "*/vnerrorcodeex.h=\"${PROJECT_SOURCE_DIR}/cmake/expand-error-classes\"")
 
 set(documented_headers ${DORVEX_READER_HEADERS})
 list(TRANSFORM documented_headers PREPEND Core/src/)
