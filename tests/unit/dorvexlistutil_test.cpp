@@ -72,6 +72,24 @@ TEST_F(OverflowList, OpensABufferOfTheDeclaredSizeAndItsSlack) {
   expectSoundLinks();
 }
 
+TEST_F(OverflowList, AsksForTheDeclaredSizeAnd4096BytesThenForItsNode) {
+  static std::vector<std::size_t> asked;
+  static VNAllocator real;
+  asked.clear();
+  real = host_.services()->allocator;
+  host_.services()->allocator.Alloc = [](VNAllocator*, std::size_t size) {
+    asked.push_back(size);
+    return real.Alloc(&real, size);
+  };
+  std::vector<std::size_t> expected;
+  for (const std::uint32_t size : {14U, 100U, 4096U, 65536U}) {
+    context_.tokenBufSize = size;
+    ASSERT_EQ(dorvexCheckOutputBuf(&context_, static_cast<int>(size) + 1), 0);
+    expected.insert(expected.end(), {std::size_t{size} + 4096, sizeof(OverflowNode)});
+  }
+  EXPECT_EQ(asked, expected);
+}
+
 TEST_F(OverflowList, OpensABufferThatHoldsAWholeTokenWhateverTheDeclaredSize) {
   for (std::uint32_t size = 0; size < 14; ++size) {
     context_.tokenBufSize = size;

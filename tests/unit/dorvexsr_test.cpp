@@ -113,6 +113,9 @@ TEST(FreeContext, GivesTheRecordBackAndNothingElse) {
 
 TEST(GetCharSet, Is53AndLooksAtNeitherArgument) {
   EXPECT_EQ(dorvexGetCharSet(nullptr, nullptr), 53);
+  int ignored = 7;
+  EXPECT_EQ(dorvexGetCharSet(nullptr, &ignored), 53);
+  EXPECT_EQ(ignored, 7);
 }
 
 TEST(FillBuffer, ReturnsSixForAnyNullAndLeavesTheRestUntouched) {

@@ -191,6 +191,21 @@ TEST_F(DirectoryPackage, FollowsTheSameRulesAtEveryLevel) {
   EXPECT_EQ(keys(), (Keys{1}));
 }
 
+TEST_F(DirectoryPackage, StopsAtIndexOrIndexZipInItsOwnFolderOnly) {
+  const auto readBeside = [this](const Member& deep, std::uint64_t identifier) {
+    fs::remove_all(root());
+    std::vector<Member> members = {deep};
+    for (unsigned i = 1; i <= 30; ++i)
+      members.push_back(stream("Index/s" + std::to_string(i) + ".iwa", identifier + i));
+    write(members);
+    populate();
+  };
+  readBeside(stream("Index/Tables/Index/Deep.iwa", 100), 100);
+  EXPECT_EQ(keys().size(), 31U);
+  readBeside({"Index/Tables/Index.zip", zip({stream("Document.iwa", 200)})}, 200);
+  EXPECT_EQ(keys().size(), 62U);
+}
+
 TEST_F(DirectoryPackage, IgnoresOtherNamesAndUpperCaseEndings) {
   write({stream("Index/Document.IWA", 1), stream("Index/Other/x.iwa", 2),
          stream("Index/x.iwa.bak", 3), stream("Metadata/x.iwa", 4), stream("index/x.iwa", 5)});
@@ -243,15 +258,31 @@ TEST_F(DirectoryPackage, TakesAStreamWithoutTellForEmpty) {
   EXPECT_EQ(keys(), Keys{});
 }
 
+TEST_F(DirectoryPackage, CutsTheSizeOfAStreamTo32Bits) {
+  write({stream("Index/Document.iwa", 1)});
+  int reads = 0;
+  host_.onOpenFile = [&reads](Stream& io) {
+    io.Tell = [](_VPTPIOobj*) { return std::int64_t{1} << 32; };
+    io.onRead = [&reads](Stream& from, void* to, std::uint32_t count) {
+      ++reads;
+      return readFromMemory(from, to, count);
+    };
+  };
+  populate();
+  EXPECT_EQ(keys(), Keys{});
+  EXPECT_EQ(reads, 0);
+}
+
 TEST_F(DirectoryPackage, DoesWithoutOpenAndIgnoresItsResult) {
   write({stream("Index/Document.iwa", 1)});
   host_.onOpenFile = [](Stream& io) { io.Open = nullptr; };
   populate();
   EXPECT_EQ(keys(), (Keys{1}));
   host_.onOpenFile = nullptr;
+  write({stream("Index/Document.iwa", 2)});
   host_.failAt(Slot::kOpen, host_.calls(Slot::kOpen) + 1);
   populate();
-  EXPECT_EQ(keys(), (Keys{1}));
+  EXPECT_EQ(keys(), (Keys{1, 2}));
 }
 
 TEST_F(DirectoryPackage, MeasuresAStreamWithoutSeekByItsPosition) {
@@ -347,19 +378,24 @@ TEST_F(DirectoryPackage, LeavesStreamsWithoutCloseSlotAlone) {
 
 TEST_F(DirectoryPackage, KeepsTheFirstObjectOfAnIdentifier) {
   write({{"Index/a.iwa", iwa({storage(1, {"a"})})}, {"Index/b.iwa", iwa({comment(1, "b")})}});
+  const auto first = fs::directory_iterator(root() / "Index")->path().filename();
   populate();
   EXPECT_EQ(keys(), (Keys{1}));
+  EXPECT_EQ(context_->messageMap->lookup(1)->GetTypeName(),
+            first == "a.iwa" ? "TSWP.StorageArchive" : "TSD.CommentStorageArchive");
 }
 
 class ZipDocument : public DirectoryPackage {};
 
 TEST_F(ZipDocument, IsTakenForAZipWithoutAPathOrWithAnyOther) {
+  Keys expected;
   for (const std::optional<std::string>& path :
        {std::optional<std::string>(), {""}, {"/tmp/x.pages"}}) {
+    expected.push_back(expected.size() + 1);
     dorvexInitDoc(context_, nullptr, 0,
-                  &host_.addDocument(zip({stream("Index/Document.iwa", 1)}), path));
+                  &host_.addDocument(zip({stream("Index/Document.iwa", expected.back())}), path));
     populateMessageMap(context_);
-    EXPECT_EQ(keys(), (Keys{1}));
+    EXPECT_EQ(keys(), expected);
   }
   EXPECT_EQ(host_.logged("Close document"), 0);
 }

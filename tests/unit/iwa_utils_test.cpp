@@ -635,6 +635,12 @@ TEST_F(UnzipFile, EndsWithoutAnErrorForANegativeCount) {
   EXPECT_TRUE(map_.empty());
 }
 
+TEST_F(UnzipFile, AsksForTheCountOnce) {
+  host_.onOpenFile = [this](Stream&) { host_.entryCount = 0; };
+  walk({selected(1), selected(2, "Index/Slide.iwa")});
+  EXPECT_EQ(keysOf(map_), (Keys{1, 2}));
+}
+
 TEST_F(UnzipFile, SelectsTheMembersOfTheEightPrefixes) {
   const std::vector<std::string> names = {"Index/Document.iwa",
                                           "Index/DocumentStylesheet.iwa",
@@ -755,6 +761,30 @@ TEST_F(UnzipFile, RaisesOneErrorForEveryFailureToOpenTheContainer) {
   EXPECT_EQ(host_.logged("FreeDll"), 2);
   EXPECT_EQ(host_.logged("CloseContainer"), 0);
   expectUnzipError([this] { walk("not a zip at all"); });
+}
+
+// Whether there is a module to give back is told by its handle, not by the result.
+TEST(UnzipFileModule, IsGivenBackWhereItHasAHandleThoughItDidNotLoad) {
+  BareHost host;
+  host.services()->LoadDll = [](tag_TPVAPIServices*, const char*, void** handle) {
+    static int module = 0;
+    *handle = &module;
+    return 0;
+  };
+  MessageMap map;
+  expectUnzipError([&] { unzipFile(nullptr, map, host.services(), nullptr, 0, getPagesMessage); });
+  EXPECT_EQ(host.log(), Calls{"FreeDll"});
+}
+
+TEST(UnzipFileModule, IsNotGivenBackWhereItLoadedWithoutAHandle) {
+  BareHost host;
+  host.services()->LoadDll = [](tag_TPVAPIServices*, const char*, void**) { return 1; };
+  Stream& document = host.addDocument(zip({selected(1)}));
+  GuardedBuffer buffer(kBufferSize);
+  MessageMap map;
+  unzipFile(&document, map, host.services(), buffer.data(), kBufferSize, getPagesMessage);
+  EXPECT_EQ(keysOf(map), (Keys{1}));
+  EXPECT_EQ(host.logged("FreeDll"), 0);
 }
 
 TEST_F(UnzipFile, GivesTheModuleBackWhereASlotEndsTheDocumentByAnException) {
