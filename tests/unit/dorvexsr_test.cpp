@@ -135,6 +135,14 @@ TEST(FillBuffer, ReturnsSixForAnyNullAndLeavesTheRestUntouched) {
   EXPECT_TRUE(host.log().empty());
 }
 
+TEST(FillBuffer, ReturnsSixForAnExceptionOutOfClose) {
+  BareHost host;
+  host.onOpenFile = [](Stream& stream) { stream.Close = [](_VPTPIOobj*) -> int { throw 42; }; };
+  ReaderSession session(kReader, host,
+                        &host.addDocument(zip({{"Document.iwa", iwa({storage(1, {"x"})})}})));
+  EXPECT_EQ(session.fill(500).result, 6);
+}
+
 TEST(FillBuffer, PointsAtTheHostsBufferOfEachCall) {
   BareHost host;
   ReaderSession session(kReader, host,

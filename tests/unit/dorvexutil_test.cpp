@@ -376,6 +376,19 @@ TEST_F(DirectoryPackage, LeavesStreamsWithoutCloseSlotAlone) {
   host_.forgetStreams();
 }
 
+TEST_F(DirectoryPackage, LetsAnExceptionOfCloseRise) {
+  host_.onOpenFile = [](Stream& io) { io.Close = [](_VPTPIOobj*) -> int { throw 42; }; };
+  write({stream("Index/Document.iwa", 1)});
+  const std::size_t open = openDescriptors();
+  EXPECT_THROW(populate(), int);
+  EXPECT_EQ(keys(), (Keys{1}));
+  fs::remove_all(root());
+  write({{"Index/Document.iwa", damagedChunk()}});
+  EXPECT_THROW(populate(), vn::iwork13::iwa_uncompression_error);
+  EXPECT_EQ(openDescriptors(), open);
+  host_.forgetStreams();
+}
+
 TEST_F(DirectoryPackage, KeepsTheFirstObjectOfAnIdentifier) {
   write({{"Index/a.iwa", iwa({storage(1, {"a"})})}, {"Index/b.iwa", iwa({comment(1, "b")})}});
   const auto first = fs::directory_iterator(root() / "Index")->path().filename();

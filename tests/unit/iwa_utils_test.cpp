@@ -807,6 +807,56 @@ TEST_F(UnzipFile, GivesTheModuleBackWhereOpenContainerEndsTheDocumentByAnExcepti
   EXPECT_EQ(host_.logged("FreeDll"), 1);
 }
 
+// Slots that take something back may end a document by an exception as well. The
+// first exception is the one that rises, and what else is held is given back.
+TEST(UnzipFileThrowingSlots, LetAnExceptionOfCloseRise) {
+  BareHost host;
+  host.onOpenFile = [](Stream& stream) { stream.Close = [](_VPTPIOobj*) -> int { throw 42; }; };
+  GuardedBuffer buffer(kBufferSize);
+  MessageMap map;
+  const auto walk = [&](const std::string& bytes) {
+    unzipFile(&host.addDocument(bytes), map, host.services(), buffer.data(), kBufferSize,
+              getPagesMessage);
+  };
+  EXPECT_THROW(walk(zip({selected(1), selected(2, "Index/Slide.iwa")})), int);
+  EXPECT_EQ(keysOf(map), (Keys{1}));
+  EXPECT_THROW(walk(zip({{"Index.zip", zip({selected(3, "Document.iwa")})}})), int);
+  host.failAt(Slot::kExtractEntry, host.calls(Slot::kExtractEntry) + 1, 21);
+  EXPECT_THROW(walk(zip({selected(4)})), except::archive_fatal_error);
+  EXPECT_EQ(host.openContainers(), 0);
+  EXPECT_EQ(host.loadedModules(), 0);
+}
+
+TEST(UnzipFileThrowingSlots, LetAnExceptionOfCloseContainerRise) {
+  BareHost host;
+  host.services()->GetDllSymbol = [](tag_TPVAPIServices*, void*, const char*) -> void* {
+    const GetContainerReaderInterfaceFunction fill = [](ContainerReaderInterface* interface) {
+      interface->OpenContainer = [](_VPTPIOobj* io, tag_TPVAPIServices*, int) -> void* {
+        return io;
+      };
+      interface->GetEntryCount = [](void*) { return 0; };
+      interface->CloseContainer = [](void*) -> int { throw 42; };
+      return 1;
+    };
+    return reinterpret_cast<void*>(fill);
+  };
+  MessageMap map;
+  EXPECT_THROW(unzipFile(&host.addDocument(""), map, host.services(), nullptr, 0, getPagesMessage),
+               int);
+  EXPECT_EQ(host.logged("FreeDll"), 1);
+}
+
+TEST(UnzipFileThrowingSlots, LetAnExceptionOfFreeDllRise) {
+  BareHost host;
+  host.services()->FreeDll = [](tag_TPVAPIServices*, void*) { throw 42; };
+  MessageMap map;
+  const auto walk = [&](const std::string& bytes) {
+    unzipFile(&host.addDocument(bytes), map, host.services(), nullptr, 0, getPagesMessage);
+  };
+  EXPECT_THROW(walk(zip({})), int);
+  EXPECT_THROW(walk("no zip"), except::reader_init_error);
+}
+
 TEST_F(UnzipFile, RaisesTheSameErrorWithoutServices) {
   expectUnzipError([this] { unzipFile(nullptr, map_, nullptr, nullptr, 0, getPagesMessage); });
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "Tools/formats/vniwork13/give_back.h"
 #include "Tools/formats/vniwork13/protobuf_general.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
@@ -35,8 +36,8 @@ class HostFile {
   }
   HostFile(const HostFile&) = delete;
   HostFile& operator=(const HostFile&) = delete;
-  ~HostFile() {
-    if (io_->Close != nullptr) io_->Close(io_);
+  ~HostFile() noexcept(false) {
+    if (io_->Close != nullptr) vn::iwork13::giveBack([this] { io_->Close(io_); });
   }
 
   _VPTPIOobj* io() const { return io_; }

@@ -9,6 +9,7 @@
 
 #include "Readers/hostapi/container_reader.h"
 #include "TSPMessages.pb.h"
+#include "Tools/formats/vniwork13/give_back.h"
 #include "Tools/formats/vniwork13/member_kind.h"
 #include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
@@ -142,8 +143,8 @@ class HostModule {
   explicit HostModule(tag_TPVAPIServices* services) : services_(services) {}
   HostModule(const HostModule&) = delete;
   HostModule& operator=(const HostModule&) = delete;
-  ~HostModule() {
-    if (handle_ != nullptr) services_->FreeDll(services_, handle_);
+  ~HostModule() noexcept(false) {
+    if (handle_ != nullptr) giveBack([this] { services_->FreeDll(services_, handle_); });
   }
 
   bool load(const char* name) { return services_->LoadDll(services_, name, &handle_) != 0; }
@@ -164,8 +165,8 @@ class Container {
   }
   Container(const Container&) = delete;
   Container& operator=(const Container&) = delete;
-  ~Container() {
-    if (handle_ != nullptr) interface_.CloseContainer(handle_);
+  ~Container() noexcept(false) {
+    if (handle_ != nullptr) giveBack([this] { interface_.CloseContainer(handle_); });
   }
 
   bool isOpen() const { return handle_ != nullptr; }
@@ -204,8 +205,8 @@ class ScratchStream {
   }
   ScratchStream(const ScratchStream&) = delete;
   ScratchStream& operator=(const ScratchStream&) = delete;
-  ~ScratchStream() {
-    if (io_->Close != nullptr) io_->Close(io_);
+  ~ScratchStream() noexcept(false) {
+    if (io_->Close != nullptr) giveBack([this] { io_->Close(io_); });
   }
 
   _VPTPIOobj* io() const { return io_; }
