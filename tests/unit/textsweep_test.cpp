@@ -87,6 +87,10 @@ TEST(GetFieldContents, CountsThePatternsOwnQuote) {
   EXPECT_EQ(getFieldContents("text: \"\nrest", 7), "\nrest");
 }
 
+TEST(GetFieldContents, ReadsFromTheVeryStart) {
+  EXPECT_EQ(getFieldContents("value\"\nrest", 0), "value");
+}
+
 TEST(GetFieldContents, GivesNothingWhereThereIsNoValue) {
   EXPECT_EQ(getFieldContents("text: \"", 7), "");
   EXPECT_EQ(getFieldContents("text: \"", 100), "");

@@ -77,7 +77,7 @@ std::string getFieldContents(const std::string& printed, int start) {
   if (begin >= printed.size()) return {};
   // The closing quote stands before a line feed; the pattern's own quote, before
   // the first byte, counts too.
-  const std::size_t quote = printed.find("\"\n", begin - 1);
+  const std::size_t quote = printed.find("\"\n", begin > 0 ? begin - 1 : 0);
   if (quote == std::string::npos) return {};
   const int distance = static_cast<int>(quote + 1 - begin);
   // A distance of 0 is a closing quote that completed the pattern. The count is
