@@ -361,6 +361,18 @@ TEST(MessageMap, KeepsTheObjectOfTheMemberThatComesFirst) {
   EXPECT_EQ(map.size(), 2U);
 }
 
+TEST(MessageMap, KeepsTheFirstObjectHoweverEitherOneIsRead) {
+  // A text that ends in the sweep's pattern is parsed at once, a plain one later.
+  const std::string texts[] = {"plain", "See text: "};
+  for (const std::string& first : texts) {
+    for (const std::string& second : texts) {
+      MessageMap map;
+      populate(map, {storage(7, {first + "first", first}), storage(7, {second})});
+      EXPECT_EQ(textOf(map.lookup(7)), first + "first" + first);
+    }
+  }
+}
+
 TEST(MessageMap, FilesAnArchiveWithoutIdentifierUnderZero) {
   MessageMap map;
   populate(map, {{std::nullopt, {{kStorageType, Wire().bytes(3, "nameless").str()}}}});
@@ -450,6 +462,7 @@ TEST(MessageMap, EndsWhereTheStreamEndsInsideALengthPrefix) {
   MessageMap map;
   populate(map, encodeArchive(storage(7, {"kept"})) + "\xFF\xFF");
   EXPECT_EQ(keysOf(map), (Keys{7}));
+  populate(map, std::string(9, '\xFF'));  // a tenth would be too long and not move
 }
 
 TEST(MessageMap, GoesOnFromTheByteWhereAFailedParseStopped) {
@@ -493,6 +506,55 @@ TEST(MessageMap, UsesTheLow32BitsOfALengthPrefix) {
   const auto headerSize = static_cast<unsigned char>(archive[0]);
   populate(map, encodeVarint(std::uint64_t{5} << 32 | headerSize) + archive.substr(1));
   EXPECT_EQ(keysOf(map), (Keys{7}));
+}
+
+TEST(MessageMap, TakesANegativeLengthPrefixForNoLimitOfTheHeader) {
+  // An end-group tag ends the header, and the payload stands right behind it.
+  const std::string payload = Wire().bytes(3, "no limit").str();
+  const std::string info = Wire().varint(1, kStorageType).varint(3, payload.size()).str();
+  const std::string header = Wire().varint(1, 7).bytes(2, info).raw("\x0C").str();
+  for (const std::uint64_t prefix : {0x80000000U, 0xFFFFFFFFU}) {
+    MessageMap map;
+    populate(map, encodeVarint(prefix) + header + payload + encodeArchive(storage(8, {"next"})));
+    EXPECT_EQ(keysOf(map), (Keys{7, 8}));
+    EXPECT_EQ(textOf(map.lookup(7)), "no limit");
+  }
+}
+
+TEST(MessageMap, ClampsALengthPrefixToTheEndOfTheStream) {
+  MessageMap map;
+  const std::string archive = encodeArchive({7, {{kStorageType, "", 20}}});
+  populate(map, encodeVarint(5000) + archive.substr(1));
+  // No byte is left for the payload, which parses all the same.
+  ASSERT_NE(map.lookup(7), nullptr);
+  EXPECT_EQ(map.lookup(7)->ByteSizeLong(), 0U);
+}
+
+TEST(MessageMap, ReadsThePayloadWhereAHeaderEndsBeforeItsLength) {
+  MessageMap map;
+  const std::string payload = Wire().bytes(3, "inside the length").str();
+  const std::string info = Wire().varint(1, kStorageType).varint(3, payload.size()).str();
+  const std::string header = Wire().varint(1, 7).bytes(2, info).raw("\0"s).str();
+  populate(map, encodeVarint(header.size() + payload.size()) + header + payload);
+  EXPECT_EQ(textOf(map.lookup(7)), "inside the length");
+}
+
+TEST(MessageMap, PassesOverLengthPrefixesOfZero) {
+  MessageMap map;
+  populate(map, "\0\0"s + encodeArchive(storage(7, {"between"})) + "\0"s);
+  EXPECT_EQ(keysOf(map), (Keys{7}));
+}
+
+TEST(MessageMap, DropsAPayloadThatIsNestedDeeperThanAHundredLevels) {
+  const auto keysWith = [](int levels) {
+    Wire groups;
+    for (int level = 0; level < levels; ++level) groups = Wire().group(100, groups);
+    MessageMap map;
+    populate(map, {storage(1, {"before"}), object(2, kStorageType, groups)});
+    return keysOf(map);
+  };
+  EXPECT_EQ(keysWith(100), (Keys{1, 2}));
+  EXPECT_EQ(keysWith(101), (Keys{1}));
 }
 
 TEST(MessageMap, LosesALevelForEachFailedEmbeddedMessageOfAStream) {
@@ -552,6 +614,21 @@ TEST(MessageMap, FindsTheObjectOfAReference) {
   EXPECT_EQ(textOf(map.lookup(reference)), "six");
   EXPECT_EQ(textOf(map.lookup(&reference)), "six");
   EXPECT_EQ(map.lookup(static_cast<const TSP::Reference*>(nullptr)), nullptr);
+}
+
+TEST(MessageMap, FindsTheSameObjectEveryTime) {
+  MessageMap map;
+  populate(map, {storage(6, {"six"})});
+  const google::protobuf::Message* const found = map.lookup(6ULL);
+  ASSERT_NE(found, nullptr);
+  EXPECT_EQ(map.lookup(6ULL), found);
+  TSP::Reference reference;
+  reference.set_identifier(6);
+  EXPECT_EQ(map.lookup(reference), found);
+  EXPECT_EQ(map.lookup(&reference), found);
+  populate(map, {storage(6, {"refused"})});
+  EXPECT_EQ(map.lookup(6ULL), found);
+  EXPECT_EQ(textOf(found), "six");
 }
 
 // A message that tells when it is deleted. It has no fields of its own.
