@@ -179,6 +179,19 @@ TEST(GetTileStrings, CutsACellAtTheNextPresentOne) {
   EXPECT_EQ(getTileStrings(&builder.tile, &list), (Rows{{"first", "", "", "last", ""}}));
 }
 
+TEST(GetTileStrings, CutsACellAtAColumnBeyondTheMaxColumnToo) {
+  const TST::TableDataList list = listOf({{0, "zero"}, {1, "one"}});
+  const std::string record = cell(3, 0x14, 16, key(1));
+  const auto textBefore = [&](int offset) {
+    const TileBuilder builder = TileBuilder(0).row(offsets({{0, 0}, {254, offset}}), record);
+    return getTileStrings(&builder.tile, &list);
+  };
+  EXPECT_EQ(textBefore(20), (Rows{{"one"}}));
+  EXPECT_EQ(textBefore(19), (Rows{{"zero"}}));  // no room for the key
+  // A negative offset there makes the length huge, and is itself not looked at.
+  EXPECT_EQ(textBefore(0x8000), (Rows{{"one"}}));
+}
+
 TEST(GetTileStrings, GivesACellOfNoBytesNoText) {
   const TST::TableDataList list = listOf({{0, "under key 0"}});
   const TileBuilder builder = TileBuilder(1).row(offsets({{0, 0}, {1, 0}}), cell(3, 0x24));
@@ -209,7 +222,7 @@ TEST(GetTileStrings, RaisesOutOfRangeForACellOutsideTheStorage) {
       getTileStrings(&builder.tile, nullptr);
       FAIL() << "offset " << offset;
     } catch (const std::out_of_range& error) {
-      EXPECT_TRUE(std::string(error.what()).starts_with("basic_string::substr"));
+      EXPECT_STREQ(error.what(), "basic_string::substr");
     }
   }
   const TileBuilder atTheEnd = TileBuilder(0).row(offsets({{0, 8}}), "12345678");
@@ -255,6 +268,8 @@ TEST(GetTileStrings, FallsBackToTheNumberForTypeZero) {
   const TST::TableDataList zero = listOf({{0, "zero"}});
   EXPECT_EQ(textOf(cell(0, 0x24, 16, number(7)), &zero), "zero");
   EXPECT_EQ(textOf(cell(0, 0x14, 16, key(3)), &zero), "");  // neither string nor number
+  const TST::TableDataList blank = listOf({{0, "zero"}, {3, ""}});
+  EXPECT_EQ(textOf(cell(0, 0x14, 16, key(3)), &blank), "");
 }
 
 TEST(GetTileStrings, GivesANumberCellNoString) {
