@@ -65,6 +65,19 @@ TEST(ModuleFunctions, StartWithoutDoingAnything) {
   init();
 }
 
+TEST(ModuleFunctions, ShutTheLibraryOfTheMessagesDownByEitherWay) {
+  const auto exitWithSeven = [](const void*) { std::_Exit(7); };
+  for (void (*const shutDown)() : {vnDllShutdown, fini}) {
+    EXPECT_EXIT(
+        {
+          google::protobuf::internal::OnShutdownRun(exitWithSeven, nullptr);
+          shutDown();
+          std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(7), "^$");
+  }
+}
+
 TEST(ModuleFunctions, ShutDownAnyNumberOfTimes) {
   EXPECT_EXIT(
       {
