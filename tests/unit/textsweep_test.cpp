@@ -212,8 +212,30 @@ TEST_F(GetAllText, WritesTheSameTextAsOftenAsItStandsThere) {
 }
 
 TEST_F(GetAllText, WritesNoNameUrlOrRubyText) {
-  EXPECT_EQ(sweep({object(1, 2032, Wire().bytes(2, "https://example.org"))}),
-            Texts{});  // TSWP.HyperlinkFieldArchive
+  const std::vector<Archive> objects = {
+      object(1, 400, Wire().bytes(1, "style")),   // TSS.StyleArchive
+      object(2, 2008, Wire().bytes(3, "mark")),   // TSWP.FootnoteReferenceAttachmentArchive
+      object(3, 2032, Wire().bytes(2, "link")),   // TSWP.HyperlinkFieldArchive
+      object(4, 2042, Wire().bytes(2, "ruby")),   // TSWP.RubyFieldArchive
+      object(5, 6001, Wire().bytes(8, "table")),  // TST.TableModelArchive
+  };
+  EXPECT_EQ(sweep(objects), Texts{});
+  EXPECT_EQ(context_->messageMap->size(), objects.size());
+}
+
+TEST_F(GetAllText, WritesATextThatHoldsThePatternOnce) {
+  const Texts texts = {"text: ", "a text: b", "a text: \"b"};
+  EXPECT_EQ(sweep({storage(1, texts)}), texts);
+}
+
+TEST_F(GetAllText, WritesTheSameForAnObjectThatHasBeenLookedUp) {
+  add({storage(1, {"it's", "C:\\temp"}), list(2, {entry(1, 1).bytes(3, "See string: ")})});
+  const Texts texts = sweep();
+  EXPECT_EQ(texts, (Texts{"it's", "C:\\\temp", "See string: ", "\n}\n"}));
+  context_->tokenCursor = context_->tokenBufStart;
+  for (const unsigned long long identifier : {1, 2})
+    ASSERT_NE(context_->messageMap->lookup(identifier), nullptr);
+  EXPECT_EQ(sweep(), texts);
 }
 
 TEST_F(GetAllText, WritesALongTextAsOneText) {
