@@ -76,9 +76,8 @@ class InPlaceRewriter {
 
   // Keeps everything up to a position of the old text.
   void keepUpTo(std::size_t position) {
-    const auto from = value_.begin() + static_cast<std::ptrdiff_t>(read_);
-    const auto to = value_.begin() + static_cast<std::ptrdiff_t>(position);
-    std::copy(from, to, value_.begin() + static_cast<std::ptrdiff_t>(write_));
+    // The two places may overlap, or be the same.
+    std::string::traits_type::move(value_.data() + write_, value_.data() + read_, position - read_);
     write_ += position - read_;
     read_ = position;
   }
