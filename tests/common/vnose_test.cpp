@@ -25,6 +25,7 @@
 #include <string>
 #include <vector>
 
+#include "support/long_string.h"
 #include "support/temporary_directory.h"
 
 #ifdef __SANITIZE_ADDRESS__
@@ -33,6 +34,34 @@
 
 extern "C" int dorvex_countEntriesInC(const char* path);
 extern "C" int dorvex_holdsNothingInC(void);
+
+// Calls of the C library, on their way to it --------------------------------
+
+namespace {
+
+int mkstempCalls = 0;
+int mkstempFailures = 0;  // still to come
+void (*beforeDlerror)() = nullptr;
+
+}  // namespace
+
+// A failure spoils the name, as it may.
+extern "C" int mkstemp(char* name) {
+  static const auto real = reinterpret_cast<int (*)(char*)>(dlsym(RTLD_NEXT, "mkstemp"));
+  ++mkstempCalls;
+  if (mkstempFailures == 0) return real(name);
+  --mkstempFailures;
+  std::fill_n(name + std::strlen(name) - 6, 6, '0');
+  errno = EEXIST;
+  return -1;
+}
+
+// The first call looks the real one up, which takes the text of a failure away.
+extern "C" char* dlerror() noexcept {
+  static const auto real = reinterpret_cast<char* (*)()>(dlsym(RTLD_NEXT, "dlerror"));
+  if (beforeDlerror != nullptr) beforeDlerror();
+  return real();
+}
 
 namespace dorvex::testing {
 namespace {
@@ -825,33 +854,36 @@ TEST_F(VnosTempnam, IsNullWhenTheFileCannotBeMade) {
   EXPECT_EQ(vnos_tempnam(".", "absent/x"), nullptr);
 }
 
-// A string of any length that costs one small file: its pages are mapped again
-// and again.
-class LongString {
+// While it lives, mkstemp fails that often, and its calls are counted.
+class FailingMkstemp {
  public:
-  explicit LongString(std::size_t length) : size_(length / kPiece * kPiece + 2 * kPiece) {
-    const int file = memfd_create("text", 0);
-    const std::string text(kPiece, 'a');
-    EXPECT_EQ(write(file, text.data(), kPiece), static_cast<ssize_t>(kPiece));
-    bytes_ = static_cast<char*>(
-        mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
-    for (std::size_t at = 0; at < size_; at += kPiece) {
-      mmap(bytes_ + at, kPiece, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, file, 0);
-    }
-    close(file);
-    bytes_[length] = '\0';
+  explicit FailingMkstemp(int failures) {
+    mkstempFailures = failures;
+    mkstempCalls = 0;
   }
-  LongString(const LongString&) = delete;
-  LongString& operator=(const LongString&) = delete;
-  ~LongString() { munmap(bytes_, size_); }
-
-  const char* c_str() const { return bytes_; }
-
- private:
-  static constexpr std::size_t kPiece = 8 << 20;
-  std::size_t size_;
-  char* bytes_;
+  FailingMkstemp(const FailingMkstemp&) = delete;
+  FailingMkstemp& operator=(const FailingMkstemp&) = delete;
+  ~FailingMkstemp() { mkstempFailures = 0; }
 };
+
+TEST_F(VnosTempnam, TriesOnceMoreWithTheNameWrittenAgain) {
+  const FailingMkstemp failing(1);
+  char* const name = vnos_tempnam(".", "pre");
+  ASSERT_NE(name, nullptr);
+  const std::string path = name;
+  vnos_free(name);
+  EXPECT_EQ(mkstempCalls, 2);
+  EXPECT_EQ(path.substr(0, 5), "./pre");
+  EXPECT_TRUE(isGenerated(path.substr(5))) << path;
+  EXPECT_TRUE(fs::is_regular_file(path));
+}
+
+TEST_F(VnosTempnam, IsNullAfterASecondFailureAndTriesNoThirdTime) {
+  const FailingMkstemp failing(2);
+  EXPECT_EQ(vnos_tempnam(".", "pre"), nullptr);
+  EXPECT_EQ(mkstempCalls, 2);
+  EXPECT_TRUE(fs::is_empty("."));
+}
 
 TEST_F(VnosTempnam, IsNullForNamesBeyondTheLimitWithoutTryingThem) {
   const LongString half(kLimit / 2 - 8);
@@ -891,8 +923,14 @@ TEST_F(VnosTempnam, IsNullWhenThereIsNoMemory) {
 
 class VnosDlopen : public Vnos {
  protected:
-  VnosDlopen() { setenv("VN_DLL_LOG", "", 1); }
-  ~VnosDlopen() override { unsetenv("VN_DLL_LOG"); }
+  VnosDlopen() {
+    dlerror();
+    setenv("VN_DLL_LOG", "", 1);
+  }
+  ~VnosDlopen() override {
+    beforeDlerror = nullptr;
+    unsetenv("VN_DLL_LOG");
+  }
 
   static constexpr const char* kModule = "libm.so.6";
   static constexpr const char* kAbsent = "./absent.so";
@@ -940,6 +978,19 @@ TEST_F(VnosDlopen, LogsNothingWithoutTheVariable) {
   vnos_dlclose(handle);
   EXPECT_EQ(vnos_dlopen(kAbsent, RTLD_NOW), nullptr);
   EXPECT_FALSE(fs::exists("dll_debug.log"));
+}
+
+TEST_F(VnosDlopen, LooksTheVariableUpAtEachStep) {
+  beforeDlerror = [] { unsetenv("VN_DLL_LOG"); };
+  EXPECT_EQ(vnos_dlopen(kAbsent, RTLD_NOW), nullptr);
+  EXPECT_EQ(readFile("dll_debug.log"), "vnos_dlopen dll ./absent.so \n");
+
+  beforeDlerror = [] { setenv("VN_DLL_LOG", "", 1); };
+  fs::remove("dll_debug.log");
+  EXPECT_EQ(vnos_dlopen(kAbsent, RTLD_NOW), nullptr);
+  const std::string log = readFile("dll_debug.log");
+  EXPECT_EQ(log.substr(0, 19), "vnos_dlopen error: ") << "the first step was not logged";
+  EXPECT_NE(log.find("\nERROR: vnos_dlopen dll ./absent.so \n"), std::string::npos);
 }
 
 TEST_F(VnosDlopen, WorksWhenTheLogCannotBeOpened) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/failing_allocation.h"
+#include "support/long_string.h"
 
 namespace dorvex::testing {
 namespace {
@@ -90,6 +91,13 @@ TEST(EndsWith, IsFalseForALongerSuffixAndTrueForAnEmptyOne) {
   EXPECT_FALSE(endsWith("", "x"));
   EXPECT_TRUE(endsWith("x", ""));
   EXPECT_TRUE(endsWith("", ""));
+}
+
+TEST(EndsWith, TakesTheDifferenceOfTheLengthsAsANumberOf32Bits) {
+  const LongString longest(0x7FFFFFFF);
+  EXPECT_TRUE(endsWith(longest.c_str(), "")) << "the last offset that is not negative";
+  const LongString tooLong(0x80000000);
+  EXPECT_FALSE(endsWith(tooLong.c_str(), ""));
 }
 
 TEST(Contains, FindsAnywhere) {
