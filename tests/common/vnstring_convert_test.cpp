@@ -672,7 +672,13 @@ TEST(IdentifyBOM, GivesNothingForAnythingElse) {
   }
 }
 
-TEST(IdentifyBOM, LetsLogicErrorOutForNull) { EXPECT_THROW(bomOf(nullptr), std::logic_error); }
+TEST(IdentifyBOM, LetsLogicErrorOutForNullWithItsOutputsSet) {
+  auto charSet = static_cast<tagVNCharSet>(99);
+  bool bigEndian = true;
+  EXPECT_THROW(identifyBOM(nullptr, charSet, bigEndian), std::logic_error);
+  EXPECT_EQ(charSet, 0);
+  EXPECT_FALSE(bigEndian);
+}
 
 }  // namespace
 }  // namespace dorvex::testing

@@ -3,6 +3,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <string>
@@ -10,6 +11,7 @@
 #include "Tools/vennik/vnexcept/vnexcept.h"
 #include "Tools/vnstring/vnstring.h"
 #include "support/failing_allocation.h"
+#include "support/temporary_directory.h"
 
 namespace dorvex::testing {
 namespace {
@@ -146,6 +148,19 @@ TEST_F(StringToWString, PutsTheLocaleBack) {
 TEST_F(StringToWString, PutsTheLocaleBackWhenMemoryRunsOut) {
   const std::string text(100, 'a');
   expectLocalePutBackOnFailure([&] { stringToWString(text, kUTF8); });
+}
+
+TEST_F(LocaleChange, OfAConversionIsOneOfTheEncodingAlone) {
+  // A locale that has nothing but characters.
+  const TemporaryDirectory folder;
+  const char* const name = "xx_CHARACTERS";
+  std::filesystem::create_directory(folder.path() / name);
+  std::filesystem::copy_file(DORVEX_TEST_LOCALES "/en_US.UTF-8/LC_CTYPE",
+                             folder.path() / name / "LC_CTYPE");
+  ASSERT_EQ(setenv("LOCPATH", folder.path().c_str(), 1), 0);
+  ASSERT_EQ(std::setlocale(LC_ALL, name), nullptr);
+  EXPECT_EQ(wstringToString(L"\x20AC", name), "\xE2\x82\xAC");
+  EXPECT_EQ(stringToWString("\xE2\x82\xAC", name), L"\x20AC");
 }
 
 TEST_F(TcharStringToString, CopiesBytesWithoutALookAtTheLocale) {
