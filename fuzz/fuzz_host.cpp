@@ -9,7 +9,7 @@
 #include "chunk_stream.h"
 #include "pages_registry.h"
 #include "reference_walk.h"
-#include "support/dirty_services.h"
+#include "support/host_tables.h"
 #include "support/package_writer.h"
 
 // Of the container module, which is linked in too.
@@ -92,7 +92,7 @@ struct FuzzHost::Slots {
     if (stream.isChecked) return true;
     stream.isChecked = true;
     Stream copy(stream.host);
-    fillSlots(copy);
+    testing::fillObject<Slots>(copy);
     copy.contents = stream.contents;
     copy.isChecked = true;
     std::vector<unsigned char> buffer(kReaderBuffer);
@@ -134,19 +134,10 @@ struct FuzzHost::Slots {
     return 0;
   }
 
-  static void fillSlots(Stream& stream) {
-    stream.Open = open;
-    stream.Read = read;
-    stream.Write = write;
-    stream.Seek = seek;
-    stream.Tell = tell;
-    stream.Close = close;
-  }
-
   static _VPTPIOobj* openFile(tag_TPVAPIServices* services, const char* path, const char*) {
     FuzzHost& host = hostOf(services);
     auto stream = std::make_unique<Stream>(host);
-    fillSlots(*stream);
+    testing::fillObject<Slots>(*stream);
     if (path != nullptr) {
       host.openedPaths_.emplace_back(path);
       std::error_code error;
@@ -246,7 +237,7 @@ FuzzHost::~FuzzHost() {
 
 _VPTPIOobj* FuzzHost::addDocument(std::string contents, std::optional<std::string> path) {
   Stream& stream = *documents_.emplace_back(std::make_unique<Stream>(*this));
-  Slots::fillSlots(stream);
+  testing::fillObject<Slots>(stream);
   stream.contents = std::move(contents);
   if (path) {
     stream.path = std::move(*path);

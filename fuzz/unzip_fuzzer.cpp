@@ -13,7 +13,7 @@
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
 #include "fuzz_input.h"
-#include "support/dirty_services.h"
+#include "support/host_tables.h"
 
 extern "C" int unzipGetContainerReaderInterface(ContainerReaderInterface* interface);
 

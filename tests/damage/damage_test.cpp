@@ -49,16 +49,6 @@ std::uint64_t setting(const char* name, std::uint64_t otherwise) {
   return value != nullptr ? std::strtoull(value, nullptr, 10) : otherwise;
 }
 
-// What a host throws out of Read that knows the end to have been reported.
-struct EndOfDocument {};
-
-int readToTheEndOnce(Stream& stream, void* buffer, std::uint32_t count) {
-  if (stream.position > stream.contents.size()) throw EndOfDocument{};
-  const int got = readFromMemory(stream, buffer, count);
-  if (got == 0) ++stream.position;
-  return got;
-}
-
 // Reads a document to its end in this process: what the module returned last, or
 // why that will not do.
 int readWhole(const DamagedDocument& document) {

@@ -82,17 +82,6 @@ class ChunkLoop {
   std::string objects_;
 };
 
-// What a host throws out of Read that knows the end to have been reported.
-struct EndOfDocument {};
-
-// Ends the document at the second read behind the end of a stream.
-int readToTheEndOnce(Stream& stream, void* buffer, std::uint32_t count) {
-  if (stream.position > stream.contents.size()) throw EndOfDocument{};
-  const int got = readFromMemory(stream, buffer, count);
-  if (got == 0) ++stream.position;
-  return got;
-}
-
 // Chunks of many sizes, the longest beyond one read.
 std::string objects() {
   std::vector<Archive> archives;

@@ -54,16 +54,6 @@ TEST(EntryPoints, NumberUtf8WithoutAContext) {
 
 TEST(EntryPoints, FreeNull) { EXPECT_EQ(theReader().interface().FreeContext(nullptr), 0); }
 
-TEST(EntryPoints, ReportThroughLastErrorWhereThereIsNoMemoryForAContext) {
-  BareHost host;
-  host.failAt(Slot::kAlloc, 1);
-  std::uint32_t result = 77;
-  EXPECT_EQ(theReader().interface().AllocateContext(nullptr, nullptr, &result, host.services(), 0),
-            nullptr);
-  EXPECT_EQ(host.lastError(), 2);
-  EXPECT_EQ(result, 77U);
-}
-
 TEST(EntryPoints, TakeANullDescription) {
   BareHost host;
   std::uint32_t result = 77;

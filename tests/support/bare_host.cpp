@@ -8,8 +8,8 @@
 #include <exception>
 #include <string_view>
 
-#include "support/dirty_services.h"
 #include "support/host_code.h"
+#include "support/host_tables.h"
 #include "support/package_writer.h"
 
 namespace dorvex::testing {
@@ -26,6 +26,13 @@ int readFromMemory(Stream& stream, void* buffer, std::uint32_t count) {
   if (size != 0) std::memcpy(buffer, stream.contents.data() + stream.position, size);
   stream.position += size;
   return static_cast<int>(size);
+}
+
+int readToTheEndOnce(Stream& stream, void* buffer, std::uint32_t count) {
+  if (stream.position > stream.contents.size()) throw EndOfDocument{};
+  const int got = readFromMemory(stream, buffer, count);
+  if (got == 0) ++stream.position;
+  return got;
 }
 
 // A zip in memory behind the slots of a container module.
@@ -87,12 +94,7 @@ struct BareHost::Slots {
   static void fillSlots(Stream& stream, BareHost& host) {
     stream.host = &host;
     stream.pathName = nullptr;
-    stream.Open = open;
-    stream.Read = read;
-    stream.Write = write;
-    stream.Seek = seek;
-    stream.Tell = tell;
-    stream.Close = close;
+    fillObject<Slots>(stream);
   }
 
   static _VPTPIOobj* openFile(tag_TPVAPIServices* services, const char* path, const char* mode) {

@@ -36,6 +36,12 @@ struct Stream : _VPTPIOobj {
 // What Read does by default.
 int readFromMemory(Stream& stream, void* buffer, std::uint32_t count);
 
+// What a host throws out of Read that knows the end to have been reported.
+struct EndOfDocument {};
+
+// Ends the document at the second read behind the end of a stream.
+int readToTheEndOnce(Stream& stream, void* buffer, std::uint32_t count);
+
 // The slots whose calls are counted and can be made to fail.
 enum class Slot {
   kAlloc,

@@ -1,4 +1,4 @@
-// The table of services of a test's host.
+// The tables of functions of a test's host, from a class that has all of them.
 #pragma once
 
 #include <cstring>
@@ -25,6 +25,17 @@ void fillServices(Services& services, Host& host) {
   services.ConvertText = nullptr;
   services.targetCharSet = 0;
   services.lastError = 0;
+}
+
+// Sets the functions of an I/O object.
+template <typename Slots>
+void fillObject(_VPTPIOobj& io) {
+  io.Open = Slots::open;
+  io.Read = Slots::read;
+  io.Write = Slots::write;
+  io.Seek = Slots::seek;
+  io.Tell = Slots::tell;
+  io.Close = Slots::close;
 }
 
 }  // namespace dorvex::testing
