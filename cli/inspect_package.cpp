@@ -31,7 +31,7 @@ constexpr std::size_t kInputMemory = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t kScratchMemory = std::numeric_limits<std::size_t>::max();
 constexpr char kContainerModule[] = "unzip.so";
 constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
-constexpr int kDeepest = 16;  // containers or folders within each other
+constexpr int kDeepest = 16;  // folders within each other
 
 // What the reader returns when it found nothing and when it gave up; the host
 // chooses its words by them.
@@ -74,13 +74,13 @@ class ZipWalk {
   }
 
   // prefix stands before the names; selected tells whether the reader opens it.
-  void walk(void* container, const std::string& prefix, bool selected, int depth = 0) {
+  void walk(void* container, const std::string& prefix, bool selected) {
     const int count = module_.GetEntryCount(container);
     for (std::int32_t index = 0; index < count; ++index) {
       ContainerEntryInfo entry{};
       const int status = module_.GetEntryInfo(container, index, &entry);
       if (status == VN_CONTAINER_OK) {
-        visitEntry({container, index, prefix, selected, depth}, entry);
+        visitEntry({container, index, prefix, selected}, entry);
       } else {
         const std::string name = prefix + "member number " + std::to_string(index + 1);
         visit_.member({name, 0, false, false, refusal(name, status)}, nullptr);
@@ -98,7 +98,6 @@ class ZipWalk {
     std::int32_t index;
     const std::string& prefix;
     bool selected;
-    int depth;
   };
 
   HostServices& services() const { return visit_.services; }
@@ -120,19 +119,18 @@ class ZipWalk {
       member.fault = refusal(member.name, status);
       visit_.member(member, nullptr);
     } else if (kind == MemberKind::kNestedContainer) {
-      enter(*stream, std::move(member), place.depth + 1);
+      enter(*stream, std::move(member));
     } else {
       visit_.member(member, &static_cast<IoObject*>(stream.get())->store());
     }
   }
 
-  void enter(_VPTPIOobj& io, PackageMember member, int depth) {
+  void enter(_VPTPIOobj& io, PackageMember member) {
     io.Open(&io);
     const Container container = open(io);
     if (container == nullptr) member.fault = visit_.takeFault();
-    if (depth > kDeepest) member.fault = member.name + ": containers lie too deep in each other";
     visit_.member(member, nullptr);
-    if (member.fault.empty()) walk(container.get(), member.name + "/", member.selected, depth);
+    if (member.fault.empty()) walk(container.get(), member.name + "/", member.selected);
   }
 
   std::string refusal(const std::string& name, int status) {
@@ -235,7 +233,8 @@ class Look {
 
   Result result(const Observations& seen) {
     lookAtNames(names_, look_);
-    const bool sound = anySelected_ && !look_.passwordProtected && !look_.iwork09;
+    const bool sound =
+        anySelected_ && !look_.passwordProtected && !look_.iwork09 && !seen.limitPassed;
     if (sound) return {};
     Result result =
         diagnose(seen.notAContainer ? kGaveUp : kNothingRecognised, seen, [this] { return look_; });
@@ -268,15 +267,19 @@ PackageOutcome visitPackage(const fs::path& path, const fs::path& moduleFolder,
   };
   ZipWalk zip({services, seen, both});  // loads the container module
   isOpen(input.directory().get());
-  if (input.directory()) {
-    outcome.directory = true;
-    look.setDirectory();
-    FolderWalk({services, seen, both})
-        .walk("/proc/self/fd/" + std::to_string(input.directory().get()), "", true);
-  } else {
-    IoObject io(input.takeStore(), {}, seen);
-    look.addStart(io.store());
-    if (const auto container = zip.open(io)) zip.walk(container.get(), "", true);
+  outcome.directory = static_cast<bool>(input.directory());
+  try {
+    if (outcome.directory) {
+      look.setDirectory();
+      FolderWalk({services, seen, both})
+          .walk("/proc/self/fd/" + std::to_string(input.directory().get()), "", true);
+    } else {
+      IoObject io(input.takeStore(), {}, seen);
+      look.addStart(io.store());
+      if (const auto container = zip.open(io)) zip.walk(container.get(), "", true);
+    }
+  } catch (const LimitPassed&) {
+    // What has been visited stands; the result says which limit ended the walk.
   }
   outcome.result = look.result(seen);
   return outcome;

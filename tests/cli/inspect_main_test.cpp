@@ -14,6 +14,7 @@
 #include "program.h"
 #include "support/corpus.h"
 #include "support/package_writer.h"
+#include "support/self_containing_zip.h"
 #include "support/temporary_directory.h"
 
 namespace dorvex {
@@ -204,6 +205,13 @@ TEST_F(InspectTest, ReadsAPackageDirectoryInItsSandbox) {
   const Finished run = runTool({"--require-sandbox", "inspect", package});
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_NE(run.output.find("Index/Document.iwa\n"), std::string::npos) << run.output;
+}
+
+TEST_F(InspectTest, EndsAZipThatContainsItselfAtTheLimitOfDepth) {
+  const Finished run = runTool({"inspect", document(selfContainingZip())});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.errors.find("lies in more than 16 containers"), std::string::npos) << run.errors;
+  EXPECT_NE(run.output.find("  Index.zip/Index.zip\n"), std::string::npos) << run.output;
 }
 
 TEST_F(InspectTest, NamesTheInspectorWhereItIsMissing) {
