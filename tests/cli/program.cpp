@@ -4,16 +4,25 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <set>
 
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
+#include "support/unconfined.h"
 
 namespace dorvex::testing {
 namespace {
 
 constexpr int kCannotRun = 127;
+
+bool reads(const std::vector<std::string>& arguments) {
+  const std::set<std::string> commands{"text", "batch", "inspect"};
+  return std::any_of(arguments.begin(), arguments.end(),
+                     [&](const std::string& argument) { return commands.count(argument) != 0; });
+}
 
 void lead(int target, const char* path, int flags) {
   const int fd = ::open(path, flags, 0600);
@@ -71,7 +80,10 @@ Finished runProgram(const std::string& program, const std::vector<std::string>& 
 }
 
 Finished runTool(const std::vector<std::string>& arguments, const Streams& streams) {
-  return runProgram(DORVEX_PROGRAM, arguments, streams);
+  if (!unconfined() || !reads(arguments)) return runProgram(DORVEX_PROGRAM, arguments, streams);
+  std::vector<std::string> all{"--no-sandbox"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return runProgram(DORVEX_PROGRAM, all, streams);
 }
 
 }  // namespace dorvex::testing

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "dorvex/host.h"
+#include "support/unconfined.h"
 
 namespace dorvex::testing {
 
@@ -15,6 +16,7 @@ inline HostOptions fakeReader(Isolation isolation) {
   HostOptions options;
   options.module = FAKE_READER_MODULE;
   options.isolation = isolation;
+  if (unconfined()) options.sandbox = Sandbox::kOff;
   return options;
 }
 

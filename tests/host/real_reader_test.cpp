@@ -12,6 +12,7 @@
 #include "dorvex/host.h"
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
+#include "support/unconfined.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // What the reader parsed stays allocated for ever by rule, and the module is
@@ -36,6 +37,7 @@ class RealReader : public ::testing::TestWithParam<Isolation> {
     HostOptions options;
     options.module = DORVEX_READER_MODULE;
     options.isolation = GetParam();
+    if (unconfined()) options.sandbox = Sandbox::kOff;
     return options;
   }
 
