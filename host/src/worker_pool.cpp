@@ -14,6 +14,9 @@ namespace {
 // fork server still loads the module. Longer means that something is wrong.
 constexpr int kPatienceMilliseconds = 30'000;
 
+// So many new workers in a row die by chance only where nearly all of them do.
+constexpr int kNewWorkersTried = 10;
+
 bool takes(int channel, Order order, int document) {
   if (!sendByte(channel, static_cast<unsigned char>(order), document)) return false;
   pollfd source{channel, POLLIN, 0};
@@ -72,24 +75,25 @@ std::unique_ptr<Worker> WorkerPool::makeNew() {
   return process ? std::make_unique<Worker>(std::move(from), std::move(*process)) : nullptr;
 }
 
-// An idle worker that has died meanwhile, or left because it had grown large, is
-// passed over. A new one that does not take the document is a failure.
+// A worker that does not take the document has read nothing of it: an idle one that
+// has died meanwhile, or left because it had grown large, or a new one that somebody
+// has killed. So it is passed over.
 std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
   const bool directory = order == Order::kReadDirectory;
-  for (;;) {
+  for (int tried = 0; tried < kNewWorkersTried;) {
     auto worker = directory ? nullptr : takeIdle();
-    const bool isNew = worker == nullptr;
-    if (isNew) worker = makeNew();
+    if (!worker) {
+      worker = makeNew();
+      ++tried;
+    }
     if (!worker) return nullptr;
     if (takes(worker->channel(), order, document)) {
       ++worker->documents_;
       return worker;
     }
-    if (isNew) {
-      errno = ECHILD;
-      return nullptr;
-    }
   }
+  errno = ECHILD;
+  return nullptr;
 }
 
 void WorkerPool::giveBack(std::unique_ptr<Worker> worker, Order order) {

@@ -37,8 +37,8 @@ class WorkerPool {
  public:
   explicit WorkerPool(const HostOptions& options);
 
-  // A worker that has taken document, or null and errno: ECHILD when new ones die
-  // before they take it.
+  // A worker that has taken document, or null and errno: ECHILD when one new
+  // worker after the other dies before it takes it.
   std::unique_ptr<Worker> start(Order order, int document);
 
   // Takes back a worker that has sent a result. One that read a directory is

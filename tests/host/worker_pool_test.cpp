@@ -6,8 +6,10 @@
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): kill is POSIX
 #include <sys/wait.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -103,6 +105,56 @@ TEST(WorkerPool, PassesOverAWorkerThatDiedIdle) {
   const Processes before = processesOf(host);
   killProcess(before.worker);
   EXPECT_NE(processesOf(host).worker, before.worker);
+}
+
+// Kills new processes of a fork server, as many as it is told to.
+class Killer {
+ public:
+  explicit Killer(pid_t server) : server_(server), thread_([this] { run(); }) {}
+  Killer(const Killer&) = delete;
+  Killer& operator=(const Killer&) = delete;
+  ~Killer() {
+    ended_ = true;
+    thread_.join();
+  }
+
+  void killUpTo(int count) { left_ = count; }
+
+ private:
+  void run() {
+    const std::string server = std::to_string(server_);
+    const std::string listing = "/proc/" + server + "/task/" + server + "/children";
+    while (!ended_) {
+      std::ifstream children(listing);
+      for (pid_t child = 0; left_ > 0 && children >> child;) {
+        if (killed_.insert(child).second && ::kill(child, SIGKILL) == 0) --left_;
+      }
+    }
+  }
+
+  pid_t server_;
+  std::set<pid_t> killed_;
+  std::atomic<int> left_ = 0;
+  std::atomic<bool> ended_ = false;
+  std::thread thread_;  // the last, since it uses the others
+};
+
+TEST(WorkerPool, GivesADocumentToAnotherWorkerWhereNewOnesDieBeforeTheyTakeIt) {
+  HostOptions recycling = options();
+  recycling.documentsPerWorker = 0;
+  const Host host(recycling);
+  Killer killer(processesOf(host).server);
+  const auto isWhole = [](const Reading& reading) {
+    return reading.texts == std::vector<std::string>{"whole"};
+  };
+  for (int i = 0; i < 50; ++i) {
+    killer.killUpTo(5);
+    const Reading reading = readTexts(host, script("text whole\n"));
+    if (isWhole(reading)) continue;
+    EXPECT_EQ(reading.result.signal, SIGKILL) << describe(reading.result);  // it had taken it
+  }
+  killer.killUpTo(0);
+  EXPECT_TRUE(isWhole(readTexts(host, script("text whole\n"))));
 }
 
 TEST(WorkerPool, StartsItsForkServerAgain) {

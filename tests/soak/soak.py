@@ -38,25 +38,19 @@ def damage(path: pathlib.Path, chance: random.Random) -> None:
     path.write_bytes(content)
 
 
-def process_table() -> dict[int, tuple[int, str]]:
-    """The parent and the name of each process."""
-    table = {}
-    for entry in os.listdir("/proc"):
-        if not entry.isdigit():
-            continue
-        try:
-            stat = pathlib.Path("/proc", entry, "stat").read_text(encoding="utf-8")
-        except OSError:
-            continue
-        name = stat[stat.index("(") + 1 : stat.rindex(")")]
-        table[int(entry)] = (int(stat[stat.rindex(")") + 2 :].split()[1]), name)
-    return table
+def children_of(pid: int) -> list[int]:
+    """The processes that any thread of a process has started."""
+    found = []
+    try:
+        for listing in pathlib.Path("/proc", str(pid), "task").glob("*/children"):
+            found += map(int, listing.read_text(encoding="ascii").split())
+    except OSError:
+        pass  # it ended meanwhile
+    return found
 
 
 def workers_of(tool: int) -> list[int]:
-    table = process_table()
-    servers = {pid for pid, (parent, _) in table.items() if parent == tool}
-    return [pid for pid, (parent, _) in table.items() if parent in servers]
+    return [worker for server in children_of(tool) for worker in children_of(server)]
 
 
 class Killer(threading.Thread):
@@ -127,7 +121,7 @@ def main() -> int:
     parser.add_argument("tool")
     parser.add_argument("documents", type=int)
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--kills-per-second", type=float, default=50)
+    parser.add_argument("--kills-per-second", type=float, default=100)
     parser.add_argument("--damaged", type=float, default=0.2)
     options = parser.parse_args()
 
