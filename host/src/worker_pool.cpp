@@ -17,16 +17,19 @@ constexpr int kPatienceMilliseconds = 30'000;
 // So many new workers in a row die by chance only where nearly all of them do.
 constexpr int kNewWorkersTried = 10;
 
-bool takes(int channel, Order order, int document) {
-  if (!sendByte(channel, static_cast<unsigned char>(order), document)) return false;
+enum class Answer { kTaken, kGone, kNone };
+
+Answer handOver(int channel, Order order, int document) {
+  if (!sendByte(channel, static_cast<unsigned char>(order), document)) return Answer::kGone;
   pollfd source{channel, POLLIN, 0};
   int ready = 0;
   do ready = ::poll(&source, 1, kPatienceMilliseconds);
   while (ready < 0 && errno == EINTR);
+  if (ready == 0) return Answer::kNone;
   std::array<unsigned char, kFrameHeaderSize> bytes;
-  if (ready <= 0 || !receiveBytes(channel, bytes)) return false;
+  if (ready < 0 || !receiveBytes(channel, bytes)) return Answer::kGone;
   const auto header = decodeHeader(bytes, 0);
-  return header && header->type == FrameType::kTaken;
+  return header && header->type == FrameType::kTaken ? Answer::kTaken : Answer::kGone;
 }
 
 }  // namespace
@@ -77,20 +80,24 @@ std::unique_ptr<Worker> WorkerPool::makeNew() {
 
 // A worker that does not take the document has read nothing of it: an idle one that
 // has died meanwhile, or left because it had grown large, or a new one that somebody
-// has killed. So it is passed over.
+// has killed. So it is passed over, but for a new one that only keeps silent: the
+// next would take as long.
 std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
   const bool directory = order == Order::kReadDirectory;
   for (int tried = 0; tried < kNewWorkersTried;) {
     auto worker = directory ? nullptr : takeIdle();
-    if (!worker) {
+    const bool isNew = worker == nullptr;
+    if (isNew) {
       worker = makeNew();
       ++tried;
     }
     if (!worker) return nullptr;
-    if (takes(worker->channel(), order, document)) {
+    const Answer answer = handOver(worker->channel(), order, document);
+    if (answer == Answer::kTaken) {
       ++worker->documents_;
       return worker;
     }
+    if (isNew && answer == Answer::kNone) break;
   }
   errno = ECHILD;
   return nullptr;
