@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "exit_status.h"
-#include "inspect_options.h"
+#include "inspect/options.h"
 #include "module_location.h"
 
 namespace dorvex::cli {

@@ -12,8 +12,8 @@
 
 #include "Tools/formats/vniwork13/iwa_utils.h"
 #include "Tools/formats/vniwork13/snappy_utils.h"
-#include "chunk_stream.h"
 #include "fuzz_input.h"
+#include "looking/chunk_stream.h"
 
 namespace dorvex::fuzz {
 namespace {

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "Tools/formats/vniwork13/iwa_utils.h"
-#include "chunk_stream.h"
+#include "looking/chunk_stream.h"
 #include "pages_registry.h"
 #include "reference_walk.h"
 #include "support/host_tables.h"

@@ -12,15 +12,15 @@
 #include <utility>
 #include <vector>
 
-#include "diagnosis.h"
 #include "dorvex/result.h"
 #include "fuzz_host.h"
 #include "fuzz_input.h"
 #include "input_form.h"
-#include "io_object.h"
-#include "package.h"
+#include "looking/diagnosis.h"
+#include "looking/package.h"
 #include "reader_document.h"
-#include "services.h"
+#include "reading/io_object.h"
+#include "reading/services.h"
 
 namespace dorvex::fuzz {
 namespace {

@@ -19,12 +19,12 @@
 #include "Tools/formats/vniwork13/snappy_utils.h"
 #include "differential/random_message.h"
 #include "document_parts.h"
+#include "isolation/worker_protocol.h"
 #include "samples/sample_writer.h"
 #include "support/package_writer.h"
 #include "support/self_containing_zip.h"
 #include "support/token_decoder.h"
 #include "support/zip_bytes.h"
-#include "worker_protocol.h"
 
 namespace dorvex::fuzz {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "dorvex/token_stream.h"
 #include "fuzz_input.h"
+#include "isolation/worker_protocol.h"
 #include "support/token_decoder.h"
-#include "worker_protocol.h"
 
 namespace dorvex::fuzz {
 namespace {

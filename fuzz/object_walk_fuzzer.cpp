@@ -12,7 +12,7 @@
 #include "fuzz_input.h"
 #include "input_form.h"
 #include "instances.h"
-#include "object_stream.h"
+#include "looking/object_stream.h"
 #include "reference_walk.h"
 
 namespace dorvex::fuzz {

@@ -3,9 +3,9 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "document_source.h"
-#include "reader_module.h"
-#include "worker_pool.h"
+#include "isolation/worker_source.h"
+#include "reading/document_source.h"
+#include "reading/reader_module.h"
 
 namespace dorvex {
 namespace {

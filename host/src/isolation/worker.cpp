@@ -1,0 +1,178 @@
+#include "isolation/worker.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <new>
+#include <optional>
+
+#include "isolation/confinement.h"
+#include "isolation/fd_channel.h"
+#include "isolation/worker_protocol.h"
+#include "looking/diagnosis.h"
+#include "reading/document_source.h"
+#include "reading/services.h"
+
+namespace dorvex {
+namespace {
+
+// The whole of a zip without members: an end record that counts none.
+constexpr std::array<unsigned char, 22> kEmptyZip = {'P', 'K', 5, 6};
+
+// A worker that once needed so much keeps most of it.
+constexpr long kLargestKeptKiB = 512L * 1024;
+
+int channelOfThisProcess = -1;
+
+// Without this the reader would take a failed allocation for a member that is
+// damaged, drop it and go on. Nothing here allocates.
+void reportOutOfMemory() {
+  sendFrame(channelOfThisProcess, FrameType::kOutOfMemory, {});
+  ::_exit(EXIT_FAILURE);
+}
+
+rlim_t hardLimit(__rlimit_resource_t resource) {
+  rlimit limit{};
+  ::getrlimit(resource, &limit);
+  return limit.rlim_max;
+}
+
+// The hard limits stay, since the next document's are counted anew.
+void setSoftLimit(__rlimit_resource_t resource, std::uint64_t value) {
+  const rlim_t hard = hardLimit(resource);
+  const rlimit limit{std::min<rlim_t>(value, hard), hard};
+  ::setrlimit(resource, &limit);
+}
+
+Result unconfined(const std::vector<std::string>& missing) {
+  return failedResult(Failure::kNotConfined,
+                      "not read, since it cannot be confined: " + missing.front());
+}
+
+class WorkerLoop {
+ public:
+  WorkerLoop(UniqueFd channel, const HostOptions& options, const WarmModule& warm)
+      : channel_(std::move(channel)),
+        options_(options),
+        warm_(warm),
+        ownSize_(::open("/proc/self/statm", O_RDONLY | O_CLOEXEC)) {}
+
+  [[noreturn]] void run() {
+    for (;;) {
+      ReceivedByte order = receiveByte(channel_.get());
+      if (order.ended || !sendFrame(channel_.get(), FrameType::kTaken, {})) break;
+      const bool directory = static_cast<Order>(order.byte) == Order::kReadDirectory;
+      read(OpenInput::fromDescriptor(std::move(order.fd), directory));
+      if (hasGrownLarge()) break;
+    }
+    // No destructors, no unloading: the process is all that has to be cleaned up.
+    ::_exit(EXIT_SUCCESS);
+  }
+
+ private:
+  void read(OpenInput input) {
+    const auto missing = confine(input);
+    const bool refused = options_.sandbox == Sandbox::kRequired && !missing.empty();
+    applyLimits();
+    const auto source = refused ? makeFailedSource(unconfined(missing)) : open(std::move(input));
+    while (const auto buffer = source->next()) {
+      if (!sendFrame(channel_.get(), FrameType::kTokens, *buffer)) ::_exit(EXIT_FAILURE);
+    }
+    sendFrame(channel_.get(), FrameType::kResult, encodeResult(source->result()));
+  }
+
+  std::unique_ptr<Document::Source> open(OpenInput input) {
+    if (!warm_.module) return makeFailedSource(unloadable(warm_.error));
+    return makeSession(options_, std::move(input), warm_.module,
+                       [this] { return askForScratch(); });
+  }
+
+  // Once and for all documents of this worker: they are all files, or this is
+  // the one directory.
+  std::vector<std::string> confine(const OpenInput& input) {
+    if (options_.sandbox != Sandbox::kOff && !missing_) {
+      missing_ =
+          input.directory() ? confineToDirectory(input.directory().get()) : confineToHeldFiles();
+    }
+    return missing_.value_or(std::vector<std::string>{});
+  }
+
+  void applyLimits() {
+    const Limits& limits = options_.limits;
+    if (limits.processorTime.count() > 0) {
+      setSoftLimit(RLIMIT_CPU, usedSeconds() + static_cast<rlim_t>(limits.processorTime.count()));
+    }
+    if (limits.memory > 0) setSoftLimit(RLIMIT_AS, addressSpace() + limits.memory);
+    if (limits.scratch > 0) setSoftLimit(RLIMIT_FSIZE, limits.scratch);
+  }
+
+  static rlim_t usedSeconds() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return static_cast<rlim_t>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec + 1);
+  }
+
+  static bool hasGrownLarge() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss > kLargestKeptKiB;
+  }
+
+  // The file's first number is the size in pages. It was opened while that was
+  // still allowed.
+  std::uint64_t addressSpace() const {
+    std::array<char, 64> text{};
+    if (::pread(ownSize_.get(), text.data(), text.size() - 1, 0) <= 0) return 0;
+    return std::strtoull(text.data(), nullptr, 10) *
+           static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+  }
+
+  UniqueFd askForScratch() {
+    if (!sendFrame(channel_.get(), FrameType::kNeedScratch, {})) ::_exit(EXIT_FAILURE);
+    ReceivedByte answer = receiveByte(channel_.get());
+    if (answer.ended) ::_exit(EXIT_FAILURE);
+    if (!answer.fd) errno = ENOSPC;
+    return std::move(answer.fd);
+  }
+
+  UniqueFd channel_;
+  const HostOptions& options_;
+  const WarmModule& warm_;
+  UniqueFd ownSize_;
+  std::optional<std::vector<std::string>> missing_;  // of the confinement, once it is applied
+};
+
+}  // namespace
+
+WarmModule warmUp(const HostOptions& options) {
+  WarmModule warm;
+  try {
+    warm.module = ReaderModule::load(options.module);
+  } catch (const ModuleError& error) {
+    warm.error = error.what();
+    return warm;
+  }
+  // Held for ever: a confined worker could not load it again.
+  ::dlopen((options.module.parent_path() / kContainerModule).c_str(), RTLD_NOW | RTLD_LOCAL);
+  const auto source = makeSession(options, OpenInput::fromMemory(kEmptyZip), warm.module);
+  while (source->next()) {
+  }
+  source->result();
+  return warm;
+}
+
+void runWorker(UniqueFd channel, const HostOptions& options, const WarmModule& warm) {
+  ::prctl(PR_SET_NAME, "dorvex-worker");
+  std::signal(SIGXFSZ, SIG_IGN);  // a scratch file that grows too large is a failed write
+  channelOfThisProcess = channel.get();
+  std::set_new_handler(reportOutOfMemory);
+  WorkerLoop(std::move(channel), options, warm).run();
+}
+
+}  // namespace dorvex

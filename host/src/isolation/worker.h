@@ -1,0 +1,28 @@
+// What a worker process does: it reads one document after the other, confined,
+// within the limits, and sends what comes out through its channel.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "bytes/unique_fd.h"
+#include "dorvex/host.h"
+#include "reading/reader_module.h"
+
+namespace dorvex {
+
+// A reader module ready for work, or why it is not.
+struct WarmModule {
+  std::shared_ptr<ReaderModule> module;
+  std::string error;
+};
+
+// Loads the reader module and the container module for good, and runs the
+// reader once over a package without members, so that no worker does again what
+// is done once in a process.
+WarmModule warmUp(const HostOptions& options);
+
+// Serves the channel until its other end is gone.
+[[noreturn]] void runWorker(UniqueFd channel, const HostOptions& options, const WarmModule& warm);
+
+}  // namespace dorvex

@@ -1,0 +1,113 @@
+#include "isolation/worker_pool.h"
+
+#include <poll.h>
+
+#include <array>
+#include <cerrno>
+
+#include "isolation/fd_channel.h"
+
+namespace dorvex {
+namespace {
+
+// For a worker to tidy up behind a document, or to come into being while the
+// fork server still loads the module. Longer means that something is wrong.
+constexpr int kPatienceMilliseconds = 30'000;
+
+// So many new workers in a row die by chance only where nearly all of them do.
+constexpr int kNewWorkersTried = 10;
+
+enum class Answer { kTaken, kGone, kNone };
+
+Answer handOver(int channel, Order order, int document) {
+  if (!sendByte(channel, static_cast<unsigned char>(order), document)) return Answer::kGone;
+  pollfd source{channel, POLLIN, 0};
+  int ready = 0;
+  do ready = ::poll(&source, 1, kPatienceMilliseconds);
+  while (ready < 0 && errno == EINTR);
+  if (ready == 0) return Answer::kNone;
+  std::array<unsigned char, kFrameHeaderSize> bytes;
+  if (ready < 0 || !receiveBytes(channel, bytes)) return Answer::kGone;
+  const auto header = decodeHeader(bytes, 0);
+  return header && header->type == FrameType::kTaken ? Answer::kTaken : Answer::kGone;
+}
+
+}  // namespace
+
+Worker::Worker(std::shared_ptr<ForkServer> server, WorkerProcess process)
+    : server_(std::move(server)), process_(std::move(process)) {}
+
+Worker::~Worker() { end(); }
+
+std::optional<int> Worker::end() {
+  if (process_.process < 0) return std::nullopt;
+  return server_->end(std::exchange(process_.process, -1));
+}
+
+WorkerPool::WorkerPool(const HostOptions& options)
+    : options_(options), server_(ForkServer::start(options)) {}
+
+std::shared_ptr<ForkServer> WorkerPool::server() {
+  const std::lock_guard lock(mutex_);
+  return server_;
+}
+
+// Another thread may have been first.
+std::shared_ptr<ForkServer> WorkerPool::restarted(const std::shared_ptr<ForkServer>& gone) {
+  const std::lock_guard lock(mutex_);
+  if (server_ == gone) server_ = ForkServer::start(options_);
+  return server_;
+}
+
+std::unique_ptr<Worker> WorkerPool::takeIdle() {
+  const std::lock_guard lock(mutex_);
+  if (idle_.empty()) return nullptr;
+  auto worker = std::move(idle_.back());
+  idle_.pop_back();
+  return worker;
+}
+
+std::unique_ptr<Worker> WorkerPool::makeNew() {
+  auto from = server();
+  auto process = from ? from->fork() : std::nullopt;
+  // Somebody has killed the server; the system itself would refuse again.
+  if (!process && (!from || errno == ECHILD)) {
+    from = restarted(from);
+    process = from ? from->fork() : std::nullopt;
+  }
+  return process ? std::make_unique<Worker>(std::move(from), std::move(*process)) : nullptr;
+}
+
+// A worker that does not take the document has read nothing of it: an idle one that
+// has died meanwhile, or left because it had grown large, or a new one that somebody
+// has killed. So it is passed over, but for a new one that only keeps silent: the
+// next would take as long.
+std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
+  const bool directory = order == Order::kReadDirectory;
+  for (int tried = 0; tried < kNewWorkersTried;) {
+    auto worker = directory ? nullptr : takeIdle();
+    const bool isNew = worker == nullptr;
+    if (isNew) {
+      worker = makeNew();
+      ++tried;
+    }
+    if (!worker) return nullptr;
+    const Answer answer = handOver(worker->channel(), order, document);
+    if (answer == Answer::kTaken) {
+      ++worker->documents_;
+      return worker;
+    }
+    if (isNew && answer == Answer::kNone) break;
+  }
+  errno = ECHILD;
+  return nullptr;
+}
+
+void WorkerPool::giveBack(std::unique_ptr<Worker> worker, Order order) {
+  const bool served = worker->documents_ >= options_.documentsPerWorker;
+  if (order == Order::kReadDirectory || served) return;
+  const std::lock_guard lock(mutex_);
+  idle_.push_back(std::move(worker));
+}
+
+}  // namespace dorvex

@@ -1,0 +1,60 @@
+// The workers of one host: handed out one document at a time, used again, and
+// replaced when they have served their time.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "dorvex/host.h"
+#include "isolation/fork_server.h"
+#include "isolation/worker_protocol.h"
+
+namespace dorvex {
+
+// A worker process. Ends with the object.
+class Worker {
+ public:
+  Worker(std::shared_ptr<ForkServer> server, WorkerProcess process);
+  ~Worker();
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+
+  int channel() const { return process_.channel.get(); }
+  // Ends the process. Its wait status: how it had died, if it had by itself.
+  // Nothing when that can no longer be told.
+  std::optional<int> end();
+
+ private:
+  friend class WorkerPool;
+  std::shared_ptr<ForkServer> server_;
+  WorkerProcess process_;
+  std::uint32_t documents_ = 0;
+};
+
+// For several threads at once.
+class WorkerPool {
+ public:
+  explicit WorkerPool(const HostOptions& options);
+
+  // A worker that has taken document, or null and errno: ECHILD when one new
+  // worker after the other dies before it takes it.
+  std::unique_ptr<Worker> start(Order order, int document);
+
+  // Takes back a worker that has sent a result. One that read a directory is
+  // confined to it and of no further use.
+  void giveBack(std::unique_ptr<Worker> worker, Order order);
+
+ private:
+  std::unique_ptr<Worker> takeIdle();
+  std::unique_ptr<Worker> makeNew();
+  std::shared_ptr<ForkServer> server();
+  std::shared_ptr<ForkServer> restarted(const std::shared_ptr<ForkServer>& gone);
+
+  const HostOptions options_;
+  std::mutex mutex_;
+  std::shared_ptr<ForkServer> server_;
+  std::vector<std::unique_ptr<Worker>> idle_;
+};
+
+}  // namespace dorvex

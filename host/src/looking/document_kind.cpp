@@ -1,0 +1,46 @@
+#include "looking/document_kind.h"
+
+#include <algorithm>
+#include <array>
+
+#include "looking/object_stream.h"
+
+namespace dorvex {
+namespace {
+
+// Only Keynote has slides, each in a stream of its own.
+constexpr std::array<std::string_view, 3> kSlides = {"Slide", "MasterSlide", "TemplateSlide"};
+
+// The type of the document object tells Pages from the other two.
+constexpr std::uint64_t kPagesRoot = 10000;
+constexpr std::uint64_t kOtherRoot = 1;
+
+std::string_view fileName(std::string_view path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+}  // namespace
+
+void KindEvidence::noteName(std::string_view name) {
+  const std::string_view file = fileName(name);
+  hasSlides_ = hasSlides_ || (file.ends_with(".iwa") &&
+                              std::any_of(kSlides.begin(), kSlides.end(),
+                                          [&](auto slide) { return file.starts_with(slide); }));
+}
+
+void KindEvidence::noteObjects(std::string_view name, std::string_view objectStream) {
+  noteName(name);
+  if (fileName(name) != "Document.iwa") return;
+  const auto type = findRootType(objectStream);
+  hasPagesRoot_ = hasPagesRoot_ || type == kPagesRoot;
+  hasOtherRoot_ = hasOtherRoot_ || type == kOtherRoot;
+}
+
+Kind KindEvidence::kind() const {
+  if (hasPagesRoot_) return Kind::kPages;
+  if (hasSlides_) return Kind::kKeynote;
+  return hasOtherRoot_ ? Kind::kNumbers : Kind::kUnknown;
+}
+
+}  // namespace dorvex

@@ -1,0 +1,341 @@
+#include "reading/services.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "Readers/hostapi/container_status.h"
+
+namespace dorvex {
+namespace {
+
+constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
+
+void* allocate(VNAllocator*, std::size_t size) { return std::malloc(size); }
+
+void release(VNAllocator*, void* pointer) { std::free(pointer); }
+
+HostServices& host(tag_TPVAPIServices* services) { return *static_cast<HostServices*>(services); }
+
+// Never waits for a writer at a pipe that poses as a member.
+UniqueFd openRegular(const char* path) {
+  UniqueFd file(::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+  struct stat status {};
+  if (!file || ::fstat(file.get(), &status) != 0) return {};
+  if (S_ISREG(status.st_mode)) return file;
+  errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+  return {};
+}
+
+// The limits of a document as the container module takes them.
+UnzipLimits toUnzipLimits(const ContainerLimits& limits) {
+  // One set of defaults, whether a host sets limits or not.
+  static_assert(ContainerLimits{}.members == UnzipLimits{}.members);
+  static_assert(ContainerLimits{}.expansion == UnzipLimits{}.expansion);
+  static_assert(ContainerLimits{}.memberBytes == UnzipLimits{}.memberBytes);
+  static_assert(ContainerLimits{}.totalBytes == UnzipLimits{}.totalBytes);
+  UnzipLimits result;
+  result.members = limits.members;
+  result.expansion = limits.expansion;
+  result.memberBytes = limits.memberBytes;
+  result.totalBytes = limits.totalBytes;
+  return result;
+}
+
+PassedLimit passedLimit(const UnzipLimits& limits) {
+  switch (limits.passed) {
+    case UNZIP_LIMIT_MEMBERS:
+      return {Limit::kMembers, limits.members, {}};
+    case UNZIP_LIMIT_MEMBER_BYTES:
+      return {Limit::kMemberBytes, limits.memberBytes, {}};
+    case UNZIP_LIMIT_TOTAL_BYTES:
+      return {Limit::kTotalBytes, limits.totalBytes, {}};
+    case UNZIP_LIMIT_EXPANSION:
+      return {Limit::kExpansion, limits.expansion, {}};
+    case UNZIP_LIMIT_NONE:
+      break;
+  }
+  return {};
+}
+
+}  // namespace
+
+// An object that the reader asked for and closes.
+struct HostServices::OwnedObject : IoObject {
+  OwnedObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations,
+              HostServices& owner)
+      : IoObject(std::move(store), std::move(settings), observations), owner(owner) {
+    Close = closeObject;
+  }
+  HostServices& owner;
+  std::uint32_t depth = 0;  // containers that the member lies in
+};
+
+// A container that is open through the tap.
+struct HostServices::Container {
+  HostServices& host;
+  ContainerReaderInterface module;
+  void* handle;
+  std::string name;     // its own, as a member or a file; empty for the document
+  std::uint32_t depth;  // 1 for the document
+
+  std::string memberName(std::int32_t index) const {
+    const std::string prefix = name.empty() ? "" : name + "/";
+    ContainerEntryInfo entry;
+    if (module.GetEntryInfo(handle, index, &entry) != VN_CONTAINER_OK) {
+      return prefix + "member number " + std::to_string(index + 1);
+    }
+    return prefix + entry.name;
+  }
+};
+
+HostServices::ContainerModule HostServices::ContainerModule::of(void* handle, void* entryPoint) {
+  ContainerModule module;
+  reinterpret_cast<GetContainerReaderInterfaceFunction>(entryPoint)(&module.interface);
+  module.openLimited = reinterpret_cast<UnzipOpenLimitedContainerFunction>(
+      ::dlsym(handle, kUnzipOpenLimitedContainer));
+  return module;
+}
+
+void* HostServices::ContainerModule::open(_VPTPIOobj* io, tag_TPVAPIServices* services,
+                                          UnzipLimits& limits) const {
+  return openLimited != nullptr ? openLimited(io, &limits)
+                                : interface.OpenContainer(io, services, 0);
+}
+
+HostServices::HostServices(Settings settings, Observations& observations)
+    : tag_TPVAPIServices{},
+      settings_(std::move(settings)),
+      observations_(observations),
+      quota_(settings_.scratchBytes, settings_.containers),
+      unzipLimits_(toUnzipLimits(settings_.containers)) {
+  LoadDll = loadDll;
+  GetDllSymbol = getDllSymbol;
+  FreeDll = freeDll;
+  OpenFile = openFile;
+  allocator.Alloc = allocate;
+  allocator.Free = release;
+  targetCharSet = VN_CHARSET_UTF8;
+}
+
+HostServices::~HostServices() {
+  for (const auto& [name, handle] : modules_) ::dlclose(handle);
+}
+
+// --- Modules ---
+
+// Only plain file names: a module comes from the module folder and nowhere else.
+void* HostServices::load(const std::string& name) {
+  if (name.empty() || name.find('/') != std::string::npos) return nullptr;
+  return ::dlopen((settings_.moduleFolder / name).c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+int HostServices::loadDll(tag_TPVAPIServices* services, const char* name, void** handle) {
+  auto& self = host(services);
+  try {
+    *handle = self.load(name);
+    if (*handle == nullptr) {
+      const char* reason = ::dlerror();
+      self.observations_.missingModule = reason != nullptr ? reason : name;
+      return 0;
+    }
+    if (!self.modules_.contains(name)) self.modules_[name] = self.load(name);
+    return 1;
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
+void* HostServices::getDllSymbol(tag_TPVAPIServices* services, void* handle, const char* symbol) {
+  void* address = ::dlsym(handle, symbol);
+  if (address == nullptr || std::strcmp(symbol, kContainerEntryPoint) != 0) return address;
+  host(services).containerModule_ = ContainerModule::of(handle, address);
+  return reinterpret_cast<void*>(&fillTap);
+}
+
+void HostServices::freeDll(tag_TPVAPIServices*, void* handle) { ::dlclose(handle); }
+
+// --- Streams ---
+
+_VPTPIOobj* HostServices::openFile(tag_TPVAPIServices* services, const char* path,
+                                   const char* mode) {
+  auto& self = host(services);
+  const std::string_view wanted = mode != nullptr ? mode : "";
+  try {
+    if (path != nullptr && wanted == "rb") return self.openPath(path);
+    if (path == nullptr && wanted == "a+") return self.openScratch();
+  } catch (const std::bad_alloc&) {
+    self.observations_.scratchFailure = {"", ENOMEM};
+  }
+  return nullptr;
+}
+
+_VPTPIOobj* HostServices::openPath(const char* path) {
+  UniqueFd file = openRegular(path);
+  std::unique_ptr<ByteStore> store = file ? makeFileStore(std::move(file)) : nullptr;
+  if (!store) {
+    observations_.openFailure = {nameOf(path), errno};
+    return nullptr;
+  }
+  return adopt(std::move(store), {.content = contentOf(path),
+                                  .alignReads = settings_.alignReads,
+                                  .name = nameOf(path),
+                                  .path = path});
+}
+
+_VPTPIOobj* HostServices::openScratch() {
+  return adopt(makeScratchStore(settings_.scratchMemory, settings_.openScratchFile),
+               {.content = IoObject::Content::kUnknown,
+                .alignReads = settings_.alignReads,
+                .name = "",
+                .path = "",
+                .quota = &quota_});
+}
+
+_VPTPIOobj* HostServices::adopt(std::unique_ptr<ByteStore> store, IoObject::Settings settings) {
+  auto object =
+      std::make_unique<OwnedObject>(std::move(store), std::move(settings), observations_, *this);
+  _VPTPIOobj* io = object.get();
+  objects_.emplace(io, std::move(object));
+  return io;
+}
+
+int HostServices::closeObject(_VPTPIOobj* io) {
+  static_cast<OwnedObject*>(io)->owner.objects_.erase(io);
+  return 1;
+}
+
+HostServices::OwnedObject* HostServices::find(_VPTPIOobj* io) {
+  const auto found = objects_.find(io);
+  return found == objects_.end() ? nullptr : found->second.get();
+}
+
+std::string HostServices::nameOf(const std::string& path) const {
+  const std::string prefix = settings_.root + "/";
+  const bool inside = !settings_.root.empty() && path.starts_with(prefix);
+  return inside ? path.substr(prefix.size()) : path;
+}
+
+// --- The tap ---
+
+int HostServices::fillTap(ContainerReaderInterface* interface) {
+  *interface = {openContainer, closeContainer, getEntryInfo, extractEntry, getEntryCount, {}};
+  return 1;
+}
+
+// Notes the limit and ends the document.
+void HostServices::stop(Limit limit, std::uint64_t allowed, const std::string& name) {
+  observations_.limitPassed = {limit, allowed, name};
+  throw LimitPassed{};
+}
+
+// Ends the document when the container module or a scratch stream has met a limit.
+void HostServices::stopIfPassed(const std::string& name) {
+  if (observations_.limitPassed) throw LimitPassed{};
+  const PassedLimit passed = passedLimit(unzipLimits_);
+  if (passed.limit != Limit::kNone) stop(passed.limit, passed.allowed, name);
+}
+
+void* HostServices::openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, int) {
+  auto& self = host(services);
+  const OwnedObject* object = self.find(io);
+  const ContainerLimits& limits = self.settings_.containers;
+  try {
+    const std::string name = object != nullptr ? object->name() : "";
+    const std::uint32_t depth = 1 + (object != nullptr ? object->depth : 0);
+    if (limits.depth != 0 && depth > limits.depth) self.stop(Limit::kDepth, limits.depth, name);
+    auto container = std::make_unique<Container>(
+        Container{self, self.containerModule_.interface, nullptr, name, depth});
+    container->handle = self.containerModule_.open(io, services, self.unzipLimits_);
+    self.stopIfPassed(name);
+    if (container->handle != nullptr) return container.release();
+    self.observations_.notAContainer = name;
+  } catch (const std::bad_alloc&) {
+    self.observations_.scratchFailure = {"", ENOMEM};
+  }
+  return nullptr;
+}
+
+int HostServices::closeContainer(void* container) {
+  const std::unique_ptr<Container> owned(static_cast<Container*>(container));
+  return owned->module.CloseContainer(owned->handle);
+}
+
+int HostServices::getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry) {
+  const auto& self = *static_cast<Container*>(container);
+  const int status = self.module.GetEntryInfo(self.handle, index, entry);
+  if (status == VN_CONTAINER_OK) return status;
+  try {
+    self.host.observations_.refused = {self.memberName(index), status};
+  } catch (const std::bad_alloc&) {
+    return VN_CONTAINER_OUT_OF_MEMORY;
+  }
+  return status;
+}
+
+// The size is compared once more: the reader would never find the end of a
+// stream that is shorter than its record says.
+int HostServices::extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream) {
+  const auto& self = *static_cast<Container*>(container);
+  try {
+    const std::string name = self.memberName(index);
+    OwnedObject* object = self.host.find(stream);
+    if (object != nullptr) {
+      object->receiveMember(name);
+      object->depth = self.depth;
+    }
+    int status = self.module.ExtractEntry(self.handle, index, stream);
+    self.host.stopIfPassed(name);
+    ContainerEntryInfo entry;
+    if (status == VN_CONTAINER_OK) status = self.module.GetEntryInfo(self.handle, index, &entry);
+    if (status == VN_CONTAINER_OK && object != nullptr && object->size() != entry.size) {
+      status = VN_CONTAINER_DAMAGED;
+    }
+    if (status != VN_CONTAINER_OK) self.host.observations_.refused = {name, status};
+    return status;
+  } catch (const std::bad_alloc&) {
+    return VN_CONTAINER_OUT_OF_MEMORY;
+  }
+}
+
+int HostServices::getEntryCount(void* container) {
+  const auto& self = *static_cast<Container*>(container);
+  const int count = self.module.GetEntryCount(self.handle);
+  const std::uint32_t most = self.host.settings_.containers.members;
+  if (most != 0 && count > 0 && static_cast<std::uint32_t>(count) > most) {
+    self.host.stop(Limit::kMembers, most, self.name);
+  }
+  return count;
+}
+
+std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io) {
+  void* module = load(kContainerModule);
+  if (module == nullptr) return std::nullopt;
+  const auto closeModule = [](void* handle) { ::dlclose(handle); };
+  const std::unique_ptr<void, decltype(closeModule)> guard(module, closeModule);
+  void* const entryPoint = ::dlsym(module, kContainerEntryPoint);
+  if (entryPoint == nullptr) return std::nullopt;
+  const ContainerModule functions = ContainerModule::of(module, entryPoint);
+  const ContainerReaderInterface& container = functions.interface;
+  UnzipLimits limits = toUnzipLimits(settings_.containers);
+  void* handle = functions.open(&io, this, limits);
+  if (handle == nullptr) return std::nullopt;
+  std::vector<std::string> names;
+  const int count = container.GetEntryCount(handle);
+  for (std::int32_t index = 0; index < count; ++index) {
+    ContainerEntryInfo entry;
+    if (container.GetEntryInfo(handle, index, &entry) == VN_CONTAINER_OK) {
+      names.emplace_back(entry.name);
+    }
+  }
+  container.CloseContainer(handle);
+  return names;
+}
+
+}  // namespace dorvex
