@@ -1,0 +1,7 @@
+#include "keynote/keynote.h"
+
+namespace dorvex::content {
+
+void readKeynote(Reading&, Sink&) {}
+
+}  // namespace dorvex::content

@@ -1,0 +1,12 @@
+// The walk through a Numbers document.
+#pragma once
+
+#include "dorvex/content.h"
+#include "graph/reading.h"
+
+namespace dorvex::content {
+
+// Hands the parts of the document to the sink, all but document and end.
+void readNumbers(Reading& reading, Sink& sink);
+
+}  // namespace dorvex::content

@@ -1,0 +1,32 @@
+#include "dorvex/content.h"
+#include "graph/graph.h"
+#include "graph/reading.h"
+#include "keynote/keynote.h"
+#include "numbers/numbers.h"
+#include "pages/pages.h"
+
+namespace dorvex::content {
+
+Outcome read(Package& package, Sink& sink) {
+  Summary summary;
+  const Graph graph(package, summary.leftOut);
+  const auto application = graph.application();
+  if (!application) return Outcome::kNothingToRead;
+  Reading reading(graph, *application, summary.leftOut);
+  sink.document(*application, Metadata{});
+  switch (*application) {
+    case Application::kKeynote:
+      readKeynote(reading, sink);
+      break;
+    case Application::kPages:
+      readPages(reading, sink);
+      break;
+    case Application::kNumbers:
+      readNumbers(reading, sink);
+      break;
+  }
+  sink.end(summary);
+  return Outcome::kRead;
+}
+
+}  // namespace dorvex::content
