@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_set>
 #include <utility>
 
 #include "TSPMessages.h"
@@ -36,15 +37,44 @@ class Reading {
                                                              : Message<M>();
   }
 
+  // Whether this is the first time that a walk shows the object. A thing is shown in
+  // one place, so whoever shows one asks first: that ends cycles, and what a damaged
+  // document refers to a million times costs once.
+  bool claim(const Object& object) { return claimed_.insert(&object).second; }
+
   // Counts an object that a walk met and that no registry of the application knows.
   void countUnknown(const Object& object) { ++leftOut_.unknownTypes[object.type]; }
   // One sentence: what could not be decoded, and where. Keeps so many and no more.
   void addProblem(std::string problem);
 
  private:
+  friend class Descent;
+
   const Graph& graph_;
   Application application_;
   LeftOut& leftOut_;
+  std::unordered_set<const Object*> claimed_;
+  unsigned depth_ = 0;
+};
+
+// One level of things within things, as long as it lives:
+//
+//   const Descent descent(reading);
+//   if (descent.tooDeep()) return std::nullopt;
+class Descent {
+ public:
+  explicit Descent(Reading& reading) : reading_(reading) { ++reading_.depth_; }
+  Descent(const Descent&) = delete;
+  Descent& operator=(const Descent&) = delete;
+  ~Descent() { --reading_.depth_; }
+
+  // No document nests things as deep as this by itself.
+  bool tooDeep() const { return reading_.depth_ > kDeepest; }
+
+ private:
+  static constexpr unsigned kDeepest = 64;
+
+  Reading& reading_;
 };
 
 }  // namespace dorvex::content
