@@ -36,7 +36,35 @@ struct TypeIds {
 
 // clang-format off
 template <> struct Types<TSP::PackageMetadata> : TypeIds<11006> {};
+template <> struct Types<TSK::AnnotationAuthorArchive> : TypeIds<212> {};
+template <> struct Types<TSD::CommentStorageArchive> : TypeIds<3056> {};
 template <> struct Types<TSWP::StorageArchive> : TypeIds<2001, 2005> {};
+template <> struct Types<TSWP::DrawableAttachmentArchive> : TypeIds<2003> {};
+template <> struct Types<TSWP::TextualAttachmentArchive> : TypeIds<2004, 2007, 2009> {};
+template <> struct Types<TSWP::FootnoteReferenceAttachmentArchive> : TypeIds<2008> {};
+template <> struct Types<TSWP::TSWPTOCPageNumberAttachmentArchive> : TypeIds<2010> {};
+template <> struct Types<TSWP::HighlightArchive> : TypeIds<2013> {};
+template <> struct Types<TSWP::CharacterStyleArchive> : TypeIds<2021> {};
+template <> struct Types<TSWP::ParagraphStyleArchive> : TypeIds<2022, 2026> {};
+template <> struct Types<TSWP::ListStyleArchive> : TypeIds<2023> {};
+template <> struct Types<TSWP::HyperlinkFieldArchive> : TypeIds<2032> {};
+template <> struct Types<TSWP::BookmarkFieldArchive> : TypeIds<2035> {};
+template <> struct Types<TSWP::UnsupportedHyperlinkFieldArchive> : TypeIds<2039> {};
+template <> struct Types<TSWP::RubyFieldArchive> : TypeIds<2042> {};
+template <> struct Types<TSWP::NumberAttachmentArchive> : TypeIds<2043> {};
+template <> struct Types<TSWP::TOCEntryInstanceArchive> : TypeIds<2052> {};
+template <> struct Types<TSWP::ChangeArchive> : TypeIds<2060> {};
+template <> struct Types<TSWP::ChangeSessionArchive> : TypeIds<2062> {};
+template <> struct Types<TSWP::TOCInfoArchive> : TypeIds<2240> {};
+template <> struct Types<TSWP::TOCAttachmentArchive> : TypeIds<2241> {};
+template <> struct Types<TSWP::FlowInfoArchive> : TypeIds<2410> {};
+template <> struct Types<TSWP::FlowInfoContainerArchive> : TypeIds<2411> {};
+template <> struct Types<TP::DocumentArchive> : TypeIds<10000> {};
+template <> struct Types<TP::FloatingDrawablesArchive> : TypeIds<10010> {};
+template <> struct Types<TP::SectionArchive> : TypeIds<10011> {};
+template <> struct Types<TP::SettingsArchive> : TypeIds<10012> {};
+template <> struct Types<TP::DrawablesZOrderArchive> : TypeIds<10015> {};
+template <> struct Types<TP::PageMasterArchive> : TypeIds<10143> {};
 template <> struct Types<TST::TableInfoArchive> : TypeIds<6000> {};
 template <> struct Types<TST::TableModelArchive> : TypeIds<6001> {};
 // clang-format on
