@@ -32,6 +32,13 @@ std::string located(const char* what, const std::filesystem::path& file) {
   return std::string(what) + " " + file.string() + (there ? "\n" : " (missing)\n");
 }
 
+void addSizeOption(CLI::App& app, const char* name, std::uint64_t& size, const char* help) {
+  app.add_option(name, size, help)
+      ->transform(CLI::AsSizeValue(false))
+      ->type_name("SIZE")
+      ->capture_default_str();
+}
+
 }  // namespace
 
 void addHostOptions(CLI::App& app, HostArguments& arguments) {
@@ -43,11 +50,12 @@ void addHostOptions(CLI::App& app, HostArguments& arguments) {
       ->check(CLI::Range(0.0, kLongestTimeout).description(""))
       ->type_name("SECONDS")
       ->capture_default_str();
-  app.add_option("--max-memory", arguments.maxMemory,
-                 "Memory that one document may take, such as 512MB, 0 for no limit")
-      ->transform(CLI::AsSizeValue(false))
-      ->type_name("SIZE")
-      ->capture_default_str();
+  addSizeOption(app, "--max-memory", arguments.maxMemory,
+                "Memory that one document may take, such as 512MB, 0 for no limit");
+  addSizeOption(app, "--max-output", arguments.maxOutput,
+                "Bytes of tokens that one document may give, 0 for no limit");
+  addSizeOption(app, "--max-input", arguments.maxInput,
+                "Bytes that are read from a pipe or a device, 0 for no limit");
   app.add_option("--recycle", arguments.recycle,
                  "Documents that a worker process reads before it is replaced")
       ->type_name("NUMBER")
@@ -69,6 +77,8 @@ HostOptions hostOptions(const HostArguments& arguments) {
   options.limits.wallTime = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::duration<double>(arguments.timeout));
   options.limits.memory = arguments.maxMemory;
+  options.limits.output = arguments.maxOutput;
+  options.limits.input = arguments.maxInput;
   options.documentsPerWorker = arguments.recycle;
   if (!arguments.inProcess) lookAtSandbox(options.sandbox);
   return options;

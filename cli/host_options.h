@@ -15,6 +15,8 @@ struct HostArguments {
   std::string module = defaultModule().string();
   double timeout = std::chrono::duration<double>(Limits{}.wallTime).count();
   std::uint64_t maxMemory = Limits{}.memory;
+  std::uint64_t maxOutput = Limits{}.output;
+  std::uint64_t maxInput = Limits{}.input;
   std::uint32_t recycle = HostOptions{}.documentsPerWorker;
   bool inProcess = false;
   bool requireSandbox = false;

@@ -21,7 +21,7 @@ struct StatusRow {
   std::string_view status;
 };
 
-constexpr std::array<StatusRow, 19> kStatuses = {{
+constexpr std::array<StatusRow, 21> kStatuses = {{
     {Failure::kNone, "ok"},
     {Failure::kNoSuchFile, "io"},
     {Failure::kPermissionDenied, "io"},
@@ -40,14 +40,16 @@ constexpr std::array<StatusRow, 19> kStatuses = {{
     {Failure::kNotConfined, "io"},
     {Failure::kModuleMissing, "io"},
     {Failure::kModuleUnusable, "crash"},
+    {Failure::kChanged, "changed"},
+    {Failure::kOutOfResources, "retry"},
     {Failure::kOther, "corrupt"},
 }};
 
 constexpr std::array<std::string_view, 4> kKinds = {"unknown", "pages", "keynote", "numbers"};
 
-constexpr std::array<std::string_view, 11> kLimits = {
-    "none",    "wall_time", "processor_time", "memory",      "scratch",  "output",
-    "members", "depth",     "member_bytes",   "total_bytes", "expansion"};
+constexpr std::array<std::string_view, 12> kLimits = {
+    "none",    "wall_time", "processor_time", "memory",      "scratch",   "output",
+    "members", "depth",     "member_bytes",   "total_bytes", "expansion", "input"};
 
 template <typename Enum>
 std::string_view nameIn(const auto& names, Enum value) {

@@ -22,7 +22,7 @@ struct Record {
 };
 
 // The word that a record has for a result: ok, unsupported, encrypted, corrupt,
-// limit, timeout, crash or io.
+// limit, timeout, crash, changed, retry or io.
 std::string_view statusOf(const Result& result);
 
 // The record as one line, with its line feed. Bytes that are not UTF-8 are

@@ -29,12 +29,14 @@ constexpr std::array kFailureNames = {
     "module-missing",
     "module-unusable",
     "other",
+    "changed",
+    "out-of-resources",
 };
 
 // By their numbers in the C interface.
 constexpr std::array kLimitNames = {
     "none",    "wall-time", "processor-time", "memory",      "scratch",   "output",
-    "members", "depth",     "member-bytes",   "total-bytes", "expansion",
+    "members", "depth",     "member-bytes",   "total-bytes", "expansion", "input",
 };
 
 template <typename Names>
@@ -97,6 +99,10 @@ std::int32_t codeOf(Failure failure) {
       return DORVEX_FAILURE_MODULE_UNUSABLE;
     case Failure::kNotConfined:
       return DORVEX_FAILURE_NOT_CONFINED;
+    case Failure::kChanged:
+      return DORVEX_FAILURE_CHANGED;
+    case Failure::kOutOfResources:
+      return DORVEX_FAILURE_OUT_OF_RESOURCES;
     case Failure::kOther:
       return DORVEX_FAILURE_OTHER;
   }
@@ -141,6 +147,8 @@ std::int32_t codeOf(Limit limit) {
       return DORVEX_LIMIT_TOTAL_BYTES;
     case Limit::kExpansion:
       return DORVEX_LIMIT_EXPANSION;
+    case Limit::kInput:
+      return DORVEX_LIMIT_INPUT;
   }
   return DORVEX_LIMIT_NONE;
 }

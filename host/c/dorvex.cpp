@@ -115,6 +115,7 @@ dorvex_options defaults() {
   record.members = limits.container.members;
   record.depth = limits.container.depth;
   record.expansion = limits.container.expansion;
+  record.input = limits.input;
   return record;
 }
 
@@ -150,6 +151,7 @@ Limits limitsOf(const dorvex_options& record) {
   limits.memory = record.memory;
   limits.scratch = record.scratch;
   limits.output = record.output;
+  limits.input = record.input;
   limits.container.memberBytes = record.member_bytes;
   limits.container.totalBytes = record.total_bytes;
   limits.container.members = record.members;
@@ -204,6 +206,7 @@ dorvex_result recordOf(const Result& result) {
   record.message = result.message.c_str();
   record.token_bytes = result.tokenBytes;
   record.skipped = result.skipped.size();
+  record.input_bytes = result.inputBytes;
   return record;
 }
 

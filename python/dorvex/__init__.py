@@ -12,6 +12,7 @@ itself: what became of it is a Result, or a DocumentError.
 from . import _library
 from ._host import DEFAULT, Document, Host, Isolation, Reader, Sandbox, Source, texts
 from ._result import (
+    ChangedError,
     CrashError,
     DamagedError,
     DocumentError,
@@ -20,6 +21,7 @@ from ._result import (
     Kind,
     LimitError,
     OutOfMemoryError,
+    OutOfResourcesError,
     Result,
     SkippedMember,
     Status,
@@ -33,6 +35,7 @@ __version__: str = _library.library.dorvex_version().decode()
 
 __all__ = [
     "DEFAULT",
+    "ChangedError",
     "CrashError",
     "DamagedError",
     "Document",
@@ -44,6 +47,7 @@ __all__ = [
     "Kind",
     "LimitError",
     "OutOfMemoryError",
+    "OutOfResourcesError",
     "Reader",
     "Result",
     "Sandbox",

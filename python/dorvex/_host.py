@@ -127,6 +127,7 @@ class Host(_Owner):
         max_memory: Limit = DEFAULT,
         max_scratch: Limit = DEFAULT,
         max_output: Limit = DEFAULT,
+        max_input: Limit = DEFAULT,
         max_members: Limit = DEFAULT,
         max_depth: Limit = DEFAULT,
         max_member_bytes: Limit = DEFAULT,
@@ -153,6 +154,7 @@ class Host(_Owner):
             "memory": max_memory,
             "scratch": max_scratch,
             "output": max_output,
+            "input": max_input,
             "members": max_members,
             "depth": max_depth,
             "member_bytes": max_member_bytes,
@@ -307,6 +309,7 @@ class Document(_Owner):
             signal=record.signal,
             token_bytes=record.token_bytes,
             skipped=tuple(self._skipped(handle, index) for index in range(record.skipped)),
+            input_bytes=record.input_bytes,
         )
 
     @staticmethod

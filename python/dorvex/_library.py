@@ -40,6 +40,7 @@ class Options(ctypes.Structure):
         ("depth", c_uint32),
         ("expansion", c_uint32),
         ("reserved", c_uint32),
+        ("input", c_uint64),
     ]
 
 
@@ -57,6 +58,7 @@ class Result(ctypes.Structure):
         ("message", c_char_p),
         ("token_bytes", c_uint64),
         ("skipped", c_size_t),
+        ("input_bytes", c_uint64),
     ]
 
 

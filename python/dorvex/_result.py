@@ -49,6 +49,7 @@ class Result:
     signal: int  #: that ended the worker process, or 0
     token_bytes: int  #: length of the token stream
     skipped: tuple[SkippedMember, ...]
+    input_bytes: int  #: size of the document, 0 where it cannot be told
 
     def raise_for_failure(self) -> None:
         """Raises the DocumentError of the failure, unless the status is OK."""
@@ -99,6 +100,14 @@ class CrashError(DocumentError):
     """The reader crashed; only this document is lost."""
 
 
+class ChangedError(DocumentError):
+    """The document was written to while it was read."""
+
+
+class OutOfResourcesError(DocumentError):
+    """The machine ran out of something: another attempt may succeed later."""
+
+
 class InstallationError(DocumentError):
     """A module is missing or cannot be used, or the required sandbox is not there."""
 
@@ -122,5 +131,7 @@ _ERRORS: dict[str, type[DocumentError]] = {
     "module-missing": InstallationError,
     "module-unusable": InstallationError,
     "not-confined": InstallationError,
+    "changed": ChangedError,
+    "out-of-resources": OutOfResourcesError,
     "other": DocumentError,
 }

@@ -391,7 +391,8 @@ static void refuses_records_that_are_too_small(void) {
   dorvex_document* document = open_path(host, sample());
   dorvex_result result;
   dorvex_host* other = NULL;
-  CHECK(dorvex_options_init(&options, sizeof options - 1) == DORVEX_INVALID_ARGUMENT);
+  CHECK(dorvex_options_init(&options, offsetof(dorvex_options, input) - 1) ==
+        DORVEX_INVALID_ARGUMENT);
   options.struct_size = 0;
   CHECK(dorvex_host_new(&options, &other) == DORVEX_INVALID_ARGUMENT);
   result.struct_size = 8;
@@ -407,10 +408,13 @@ static void tells_versions_and_names(void) {
   CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_NONE), "none") == 0);
   CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_DAMAGED), "damaged") == 0);
   CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_OTHER), "other") == 0);
-  CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_OTHER + 1), "other") == 0);
+  CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_CHANGED), "changed") == 0);
+  CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_OUT_OF_RESOURCES), "out-of-resources") == 0);
+  CHECK(strcmp(dorvex_failure_name(DORVEX_FAILURE_OUT_OF_RESOURCES + 1), "other") == 0);
   CHECK(strcmp(dorvex_failure_name(-1), "other") == 0);
   CHECK(strcmp(dorvex_limit_name(DORVEX_LIMIT_WALL_TIME), "wall-time") == 0);
   CHECK(strcmp(dorvex_limit_name(DORVEX_LIMIT_EXPANSION), "expansion") == 0);
+  CHECK(strcmp(dorvex_limit_name(DORVEX_LIMIT_INPUT), "input") == 0);
   CHECK(strcmp(dorvex_limit_name(99), "none") == 0);
 }
 

@@ -90,12 +90,20 @@ TEST(StatusOf, HasAWordForEveryFailure) {
                                          {Failure::kOutOfMemory, "limit"},
                                          {Failure::kTimedOut, "timeout"},
                                          {Failure::kCrashed, "crash"},
-                                         {Failure::kModuleUnusable, "crash"}};
+                                         {Failure::kModuleUnusable, "crash"},
+                                         {Failure::kChanged, "changed"},
+                                         {Failure::kOutOfResources, "retry"}};
   for (const StatusCase& row : cases) {
     Result result;
     result.failure = row.failure;
     EXPECT_EQ(statusOf(result), row.status);
   }
+}
+
+TEST(Record, HasAWordForEveryLimit) {
+  Record record{"a", {}, {}, 0, 0};
+  record.result.limit = Limit::kInput;
+  EXPECT_EQ(written(record)["limit"], "input");
 }
 
 TEST(SizeOnDisk, IsThatOfAFileOrOfAllFilesOfADirectory) {

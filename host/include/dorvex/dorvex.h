@@ -85,7 +85,10 @@ typedef enum dorvex_failure {
   DORVEX_FAILURE_NOT_CONFINED = 15,     ///< DORVEX_SANDBOX_REQUIRED, and the kernel cannot
   DORVEX_FAILURE_MODULE_MISSING = 16,   ///< a module cannot be loaded
   DORVEX_FAILURE_MODULE_UNUSABLE = 17,  ///< the reader module breaks its contract
-  DORVEX_FAILURE_OTHER = 18             ///< anything else
+  DORVEX_FAILURE_OTHER = 18,            ///< anything else
+  DORVEX_FAILURE_CHANGED = 19,          ///< the document was written to while it was read
+  DORVEX_FAILURE_OUT_OF_RESOURCES = 20  ///< the machine ran out of something: worth another
+                                        ///< attempt later
 } dorvex_failure;
 
 /// The limit that ended a document. Later versions may add numbers.
@@ -100,7 +103,8 @@ typedef enum dorvex_limit {
   DORVEX_LIMIT_DEPTH = 7,           ///< dorvex_options::depth
   DORVEX_LIMIT_MEMBER_BYTES = 8,    ///< dorvex_options::member_bytes
   DORVEX_LIMIT_TOTAL_BYTES = 9,     ///< dorvex_options::total_bytes
-  DORVEX_LIMIT_EXPANSION = 10       ///< dorvex_options::expansion
+  DORVEX_LIMIT_EXPANSION = 10,      ///< dorvex_options::expansion
+  DORVEX_LIMIT_INPUT = 11           ///< dorvex_options::input
 } dorvex_limit;
 
 /// The application of a document, as far as its package tells.
@@ -148,6 +152,8 @@ typedef struct dorvex_options {
   uint32_t depth;              ///< containers that lie within each other
   uint32_t expansion;          ///< bytes of a member, unpacked, for each packed byte
   uint32_t reserved;           ///< 0
+  uint64_t input;              ///< bytes of a document that has to be copied before it can be
+                               ///< read: what a callback, a pipe or a device gives
 } dorvex_options;
 
 /// What became of a document.
@@ -163,6 +169,8 @@ typedef struct dorvex_result {
                           ///< document is freed
   uint64_t token_bytes;   ///< length of the token stream
   size_t skipped;         ///< members that did not reach the text: see dorvex_skipped_member
+  uint64_t input_bytes;   ///< size of the file, or of all files of a package directory; 0
+                          ///< where it cannot be told
 } dorvex_result;
 
 /// Opens documents.

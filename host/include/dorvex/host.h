@@ -61,7 +61,10 @@ struct Limits {
   // Bytes of scratch streams that are open at a time, in memory and on disk.
   std::uint64_t scratch = std::uint64_t{4} << 30;
   // Bytes of the token stream.
-  std::uint64_t output = std::uint64_t{4} << 30;
+  std::uint64_t output = std::uint64_t{256} << 20;
+  // Bytes of a document that has to be copied before it can be read: what a
+  // stream, a callback, a pipe or a device gives.
+  std::uint64_t input = std::uint64_t{4} << 30;
   ContainerLimits container{};
 };
 

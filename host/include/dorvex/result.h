@@ -34,6 +34,8 @@ enum class Failure {
   kNotConfined,     // Sandbox::kRequired, and the kernel lacks something
   kModuleMissing,   // the reader module, or the container module, cannot be loaded
   kModuleUnusable,  // the reader module breaks its contract
+  kChanged,         // the document was written to while it was read
+  kOutOfResources,  // the machine ran out of something: worth another attempt later
   kOther,
 };
 
@@ -53,6 +55,7 @@ enum class Limit {
   kMemberBytes,
   kTotalBytes,
   kExpansion,
+  kInput,
 };
 
 // A member stream of the package that did not reach the text, or not whole.
@@ -77,6 +80,9 @@ struct Result {
   int signal = 0;  // that ended the worker process, or 0
   std::vector<SkippedMember> skipped;
   std::uint64_t tokenBytes = 0;  // length of the token stream so far
+  // Size of the file, or of all files of a package directory; 0 where it cannot
+  // be told.
+  std::uint64_t inputBytes = 0;
 
   bool operator==(const Result&) const = default;
 };

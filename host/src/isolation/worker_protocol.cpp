@@ -118,6 +118,7 @@ std::vector<unsigned char> encodeResult(const Result& result) {
   writer.string(result.message);
   writer.number(static_cast<std::uint8_t>(result.moduleResult.has_value()));
   writer.number(static_cast<std::int32_t>(result.moduleResult.value_or(0)));
+  writer.number(result.inputBytes);
   const std::size_t skipped = std::min(result.skipped.size(), kMostSkipped);
   writer.number(static_cast<std::uint32_t>(skipped));
   for (std::size_t i = 0; i < skipped; ++i) {
@@ -133,12 +134,13 @@ std::optional<Result> decodeResult(std::span<const unsigned char> payload) {
   result.status = reader.choice(Status::kFailed);
   result.failure = reader.choice(Failure::kOther);
   result.kind = reader.choice(Kind::kNumbers);
-  result.limit = reader.choice(Limit::kExpansion);
+  result.limit = reader.choice(Limit::kInput);
   result.message = reader.string();
   const bool answered = reader.count<std::uint8_t>(1) != 0;
   const auto moduleResult = reader.number<std::int32_t>();
   reader.require(answered || moduleResult == 0);
   if (answered) result.moduleResult = moduleResult;
+  result.inputBytes = reader.number<std::uint64_t>();
   const auto skipped = reader.count<std::uint32_t>(kMostSkipped);
   for (std::uint32_t i = 0; i < skipped && reader.good(); ++i) {
     std::string name = reader.string();

@@ -20,6 +20,7 @@ Result richResult() {
   result.message = "partial text";
   result.moduleResult = -6;
   result.skipped = {{"Index/a.iwa", "why"}, {"", ""}};
+  result.inputBytes = std::uint64_t{1} << 40;
   return result;
 }
 
@@ -75,10 +76,11 @@ TEST(ResultPayload, IsRefusedForANumberThatIsNoStatusOrFailure) {
 // A worker that a document has taken over could otherwise make the receiver store
 // eight times what it was sent.
 TEST(ResultPayload, IsRefusedForMoreThanIsEverSent) {
-  // Four choices, the message, whether the module answered, its number, a count.
+  // Four choices, the message, whether the module answered, its number, the size of
+  // the input, a count.
   constexpr std::size_t kMessage = 4;
   constexpr std::size_t kAnswered = 8;
-  constexpr std::size_t kSkipped = 13;
+  constexpr std::size_t kSkipped = 21;
   const auto payload = encodeResult(Result{});
 
   auto members = payload;
