@@ -1,5 +1,6 @@
 #include "dorvex/content.h"
 #include "graph/graph.h"
+#include "graph/media_files.h"
 #include "graph/reading.h"
 #include "keynote/keynote.h"
 #include "numbers/numbers.h"
@@ -12,7 +13,8 @@ Outcome read(Package& package, Sink& sink) {
   const Graph graph(package, summary.leftOut);
   const auto application = graph.application();
   if (!application) return Outcome::kNothingToRead;
-  Reading reading(graph, *application, summary.leftOut);
+  MediaFiles media(package, graph);
+  Reading reading(graph, *application, summary.leftOut, &media);
   sink.document(*application, Metadata{});
   switch (*application) {
     case Application::kKeynote:
@@ -25,6 +27,7 @@ Outcome read(Package& package, Sink& sink) {
       readNumbers(reading, sink);
       break;
   }
+  summary.media = media.used();
   sink.end(summary);
   return Outcome::kRead;
 }

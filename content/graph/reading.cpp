@@ -16,6 +16,14 @@ const Object* Reading::follow(const Message<TSP::Reference>& reference) {
   return object;
 }
 
+Media Reading::media(const Message<TSP::DataReference>& reference, MediaKind kind) {
+  Media media;
+  const auto identifier = reference.get(TSP::DataReference::identifier);
+  if (media_ != nullptr && identifier != 0) media = media_->use(identifier);
+  media.kind = kind;
+  return media;
+}
+
 void Reading::addProblem(std::string problem) {
   if (leftOut_.problems.size() < kMostProblems) leftOut_.problems.push_back(std::move(problem));
 }

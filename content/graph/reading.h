@@ -8,6 +8,7 @@
 #include "TSPMessages.h"
 #include "dorvex/content.h"
 #include "graph/graph.h"
+#include "graph/media_files.h"
 #include "graph/message.h"
 #include "graph/types.h"
 
@@ -15,8 +16,10 @@ namespace dorvex::content {
 
 class Reading {
  public:
-  Reading(const Graph& graph, Application application, LeftOut& leftOut)
-      : graph_(graph), application_(application), leftOut_(leftOut) {}
+  // Without media no reference to a media file finds one.
+  Reading(const Graph& graph, Application application, LeftOut& leftOut,
+          MediaFiles* media = nullptr)
+      : graph_(graph), application_(application), leftOut_(leftOut), media_(media) {}
   Reading(const Reading&) = delete;
   Reading& operator=(const Reading&) = delete;
 
@@ -37,6 +40,10 @@ class Reading {
                                                              : Message<M>();
   }
 
+  // The image, movie or sound of a data reference; a file that the package holds
+  // becomes part of Summary::media.
+  Media media(const Message<TSP::DataReference>& reference, MediaKind kind);
+
   // Whether this is the first time that a walk shows the object. A thing is shown in
   // one place, so whoever shows one asks first: that ends cycles, and what a damaged
   // document refers to a million times costs once.
@@ -53,6 +60,7 @@ class Reading {
   const Graph& graph_;
   Application application_;
   LeftOut& leftOut_;
+  MediaFiles* media_;
   std::unordered_set<const Object*> claimed_;
   unsigned depth_ = 0;
 };

@@ -189,6 +189,8 @@ void JsonBlocks::block(const Block& block) {
     put(*chart);
   } else if (const auto* media = std::get_if<Media>(&block.what)) {
     put(*media);
+  } else if (const auto* gallery = std::get_if<Gallery>(&block.what)) {
+    put(*gallery);
   } else if (const auto* equation = std::get_if<Equation>(&block.what)) {
     put(*equation);
   } else if (const auto* box = std::get_if<Box>(&block.what)) {
@@ -447,6 +449,10 @@ void JsonBlocks::put(const Chart& chart) {
 
 void JsonBlocks::put(const Media& media) {
   fields_.alwaysText("type", nameOf(media.kind));
+  mediaFields(media);
+}
+
+void JsonBlocks::mediaFields(const Media& media) {
   json_.key("media");
   if (media.index) {
     json_.count(*media.index);
@@ -454,6 +460,20 @@ void JsonBlocks::put(const Media& media) {
     json_.null();
   }
   fields_.text("name", media.name);
+}
+
+void JsonBlocks::put(const Gallery& gallery) {
+  fields_.alwaysText("type", "gallery");
+  json_.key("items");
+  json_.beginArray();
+  for (const GalleryImage& image : gallery.images) {
+    json_.beginObject();
+    mediaFields(image.media);
+    fields_.text("alt", image.alt);
+    fields_.text("caption", image.caption);
+    json_.endObject();
+  }
+  json_.endArray();
 }
 
 void JsonBlocks::put(const Equation& equation) {

@@ -71,9 +71,11 @@ class JsonBlocks {
   void put(const Table& table, const Block& block);
   void put(const Chart& chart);
   void put(const Media& media);
+  void put(const Gallery& gallery);
   void put(const Equation& equation);
   void put(const Box& box);
 
+  void mediaFields(const Media& media);
   void paragraphFields(const Paragraph& paragraph);
   void runs(const std::vector<Run>& runs);
   void change(std::string_view key, const std::optional<Change>& change);

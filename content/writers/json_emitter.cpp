@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "writers/utf8.h"
+#include "graph/utf8.h"
 
 namespace dorvex::content {
 namespace {

@@ -175,7 +175,9 @@ void JsonWriter::slide(const Slide& slide) {
 void JsonWriter::sheet(const Sheet& sheet) {
   json_.breakLine();
   json_.beginObject();
-  JsonFields(json_).alwaysText("name", sheet.name);
+  JsonFields fields(json_);
+  fields.alwaysText("name", sheet.name);
+  fields.mark("hidden", sheet.hidden);
   JsonBlocks(json_).list("blocks", sheet.blocks);
   json_.endObject();
 }

@@ -210,6 +210,17 @@ struct Media {
   std::string name;
 };
 
+struct GalleryImage {
+  Media media;
+  std::string alt;      // its description for those who do not see it
+  std::string caption;  // empty when it is not shown
+};
+
+// Images of which one is seen at a time.
+struct Gallery {
+  std::vector<GalleryImage> images;
+};
+
 enum class Notation { kLatex, kMathml };
 
 struct Equation {
@@ -232,7 +243,7 @@ enum class Break { kPage, kSection, kColumn };
 
 // One thing among others, in reading order. The fields beside what belong to a drawable.
 struct Block {
-  std::variant<Paragraph, Table, Chart, Media, Equation, Box, Break> what;
+  std::variant<Paragraph, Table, Chart, Media, Gallery, Equation, Box, Break> what;
   std::string alt;      // its description for those who do not see it
   std::string title;    // shown beside it; empty when it is hidden
   std::string caption;  // likewise
@@ -269,6 +280,7 @@ struct Slide {
 
 struct Sheet {
   std::string name;
+  bool hidden = false;
   std::vector<Block> blocks;
 };
 

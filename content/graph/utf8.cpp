@@ -1,4 +1,4 @@
-#include "writers/utf8.h"
+#include "graph/utf8.h"
 
 #include <cstdint>
 

@@ -1,5 +1,4 @@
-// UTF-8 as writers meet it. The model promises valid text; what a writer puts out is
-// valid whatever it was given.
+// UTF-8, which strings of messages should be and need not be.
 #pragma once
 
 #include <cstddef>

@@ -1,0 +1,62 @@
+#include "graph/plain_text.h"
+
+#include <unicode/bytestream.h>
+#include <unicode/normalizer2.h>
+
+#include <algorithm>
+
+#include "graph/utf8.h"
+
+namespace dorvex::content {
+namespace {
+
+constexpr char32_t kAttachment = 0xFFFC;
+constexpr char32_t kLineSeparator = 0x2028;
+constexpr char32_t kParagraphSeparator = 0x2029;
+
+bool isLineBreak(char32_t code) {
+  return code == '\n' || code == '\r' || code == 0x0B || code == 0x85 || code == kLineSeparator ||
+         code == kParagraphSeparator;
+}
+
+bool isControl(char32_t code) {
+  return (code < 0x20 && code != '\t') || (code >= 0x7F && code < 0xA0) || code == kAttachment;
+}
+
+bool isPrintableAscii(char byte) { return byte >= 0x20 && byte < 0x7F; }
+
+}  // namespace
+
+std::string plainText(std::string_view bytes) {
+  if (std::ranges::all_of(bytes, isPrintableAscii)) return std::string(bytes);
+  std::string text;
+  text.reserve(bytes.size());
+  while (!bytes.empty()) {
+    const Character character = firstCharacter(bytes);
+    if (!character.valid) {
+      text += kReplacementBytes;
+    } else if (bytes.starts_with("\r\n")) {
+      // The line feed that follows makes the line break.
+    } else if (isLineBreak(character.code)) {
+      text += '\n';
+    } else if (!isControl(character.code)) {
+      text += bytes.substr(0, character.length);
+    }
+    bytes.remove_prefix(character.length);
+  }
+  return text;
+}
+
+std::string composed(std::string_view bytes) {
+  std::string text = plainText(bytes);
+  if (std::ranges::all_of(text, isPrintableAscii)) return text;
+  UErrorCode error = U_ZERO_ERROR;
+  const icu::Normalizer2* form = icu::Normalizer2::getNFCInstance(error);
+  if (U_FAILURE(error)) return text;
+  std::string normalized;
+  icu::StringByteSink<std::string> sink(&normalized);
+  form->normalizeUTF8(0, text, sink, nullptr, error);
+  return U_SUCCESS(error) ? normalized : text;
+}
+
+}  // namespace dorvex::content
