@@ -27,6 +27,7 @@ void lookAtSandbox(Sandbox sandbox) {
 }
 
 std::string located(const char* what, const std::filesystem::path& file) {
+  if (file.empty()) return std::string(what) + " (not looked for without /proc)\n";
   std::error_code ignored;
   const bool there = std::filesystem::exists(file, ignored);
   return std::string(what) + " " + file.string() + (there ? "\n" : " (missing)\n");
@@ -70,6 +71,9 @@ void addHostOptions(CLI::App& app, HostArguments& arguments) {
 }
 
 HostOptions hostOptions(const HostArguments& arguments) {
+  if (arguments.module.empty()) {
+    throw EnvironmentError("cannot look for the reader module without /proc: use --module");
+  }
   HostOptions options;
   options.module = arguments.module;
   options.isolation = arguments.inProcess ? Isolation::kInProcess : Isolation::kWorkers;
@@ -87,8 +91,8 @@ HostOptions hostOptions(const HostArguments& arguments) {
 std::string versionText(const HostArguments& arguments) {
   const std::filesystem::path module = arguments.module;
   return "dorvex " DORVEX_VERSION "\n" + located("reader module", module) +
-         located("container module", module.parent_path() / "unzip.so") + "record version " +
-         std::to_string(kRecordVersion) + "\n";
+         located("container module", module.empty() ? module : module.parent_path() / "unzip.so") +
+         "record version " + std::to_string(kRecordVersion) + "\n";
 }
 
 }  // namespace dorvex::cli

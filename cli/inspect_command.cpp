@@ -17,6 +17,7 @@ namespace {
 
 [[noreturn]] void becomeInspector(const std::vector<std::string>& arguments) {
   const std::string inspector = inspectorProgram().string();
+  if (inspector.empty()) throw EnvironmentError("cannot look for the inspector without /proc");
   std::vector<char*> values = {const_cast<char*>(inspector.c_str())};
   for (const std::string& argument : arguments)
     values.push_back(const_cast<char*>(argument.c_str()));

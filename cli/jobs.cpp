@@ -1,11 +1,17 @@
 #include "jobs.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <exception>
+#include <iostream>
+#include <limits>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -32,14 +38,52 @@ void listenForInterrupts() {
   for (const int signal : {SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
 }
 
+// What a job takes: a thread and a worker, the descriptors of both ends, and the
+// thread's stack.
+constexpr std::uint64_t kOwnDescriptors = 32;
+constexpr std::uint64_t kDescriptorsForEachJob = 8;
+constexpr std::uint64_t kProcessesForEachJob = 2;
+constexpr std::uint64_t kOwnAddressSpace = std::uint64_t{16} << 20;
+constexpr std::uint64_t kAddressSpaceForEachJob = std::uint64_t{10} << 20;
+constexpr std::uint64_t kMemoryForEachJob = std::uint64_t{32} << 20;
+
+unsigned jobsWithin(std::uint64_t limit, std::uint64_t own, std::uint64_t forEachJob) {
+  const std::uint64_t jobs = (limit - std::min(limit, own)) / forEachJob;
+  return static_cast<unsigned>(
+      std::clamp<std::uint64_t>(jobs, 1, std::numeric_limits<unsigned>::max()));
+}
+
+std::uint64_t softLimit(__rlimit_resource_t resource) {
+  rlimit limit{};
+  return ::getrlimit(resource, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
+}
+
+void tellOfFewer(std::size_t jobs, unsigned wanted, const char* scarce) {
+  std::cerr << "dorvex: warning: " << jobs << (jobs == 1 ? " job" : " jobs") << " in place of "
+            << wanted << ": not enough " << scarce << std::endl;
+}
+
 class Run {
  public:
   Run(const NextItem& next, const std::function<void(const Job&)>& work)
       : next_(next), work_(work) {}
 
-  void start(unsigned count) {
-    running_ = count;
-    for (unsigned i = 0; i < count; ++i) threads_.emplace_back([this] { serve(); });
+  // Gives how many threads there are. Where not even one can be made, all the
+  // work is done before this returns.
+  std::size_t start(unsigned count) {
+    try {
+      threads_.reserve(count);
+      while (threads_.size() < count) {
+        enter();
+        threads_.emplace_back([this] { serve(); });
+      }
+    } catch (const std::exception&) {  // a thread that cannot be made is one job less
+      leave();
+    }
+    if (!threads_.empty()) return threads_.size();
+    enter();
+    serve();
+    return 1;
   }
 
   // True when all threads are done, false when grace was over before.
@@ -67,6 +111,15 @@ class Run {
       const std::lock_guard lock(mutex_);
       if (!error_) error_ = std::current_exception();
     }
+    leave();
+  }
+
+  void enter() {
+    const std::lock_guard lock(mutex_);
+    ++running_;
+  }
+
+  void leave() {
     const std::lock_guard lock(mutex_);
     --running_;
     done_.notify_one();
@@ -97,11 +150,40 @@ class Run {
 
 }  // namespace
 
+Affordable affordableJobs(unsigned wanted, const Resources& resources) {
+  const std::array<Affordable, 4> bounds = {{
+      {jobsWithin(resources.descriptors, kOwnDescriptors, kDescriptorsForEachJob),
+       "open files (ulimit -n)"},
+      {jobsWithin(resources.processes, 0, kProcessesForEachJob), "processes (ulimit -u)"},
+      {jobsWithin(resources.addressSpace, kOwnAddressSpace, kAddressSpaceForEachJob),
+       "address space (ulimit -v)"},
+      {jobsWithin(resources.memory, 0, kMemoryForEachJob), "memory"},
+  }};
+  const Affordable least = *std::ranges::min_element(bounds, {}, &Affordable::count);
+  if (wanted <= least.count) return {std::max(wanted, 1U), ""};
+  return least;
+}
+
+Resources resourcesOfThisProcess() {
+  const auto pages = ::sysconf(_SC_PHYS_PAGES);
+  const auto size = ::sysconf(_SC_PAGESIZE);
+  return {.descriptors = softLimit(RLIMIT_NOFILE),
+          // The super-user is not held to it.
+          .processes = ::geteuid() == 0 ? RLIM_INFINITY : softLimit(RLIMIT_NPROC),
+          .addressSpace = softLimit(RLIMIT_AS),
+          .memory = pages > 0 && size > 0
+                        ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(size)
+                        : RLIM_INFINITY};
+}
+
 bool runJobs(unsigned count, const NextItem& next, const std::function<void(const Job&)>& work,
              const std::function<void()>& giveUp) {
   listenForInterrupts();
+  const Affordable affordable = affordableJobs(count, resourcesOfThisProcess());
+  if (affordable.count < count) tellOfFewer(affordable.count, count, affordable.scarce);
   Run run(next, work);
-  run.start(std::max(count, 1U));
+  const std::size_t threads = run.start(affordable.count);
+  if (threads < affordable.count) tellOfFewer(threads, affordable.count, "threads");
   if (!run.wait()) giveUp();
   run.join();
   return !interrupted;

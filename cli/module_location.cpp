@@ -5,10 +5,12 @@
 namespace dorvex::cli {
 namespace {
 
+// Without /proc the tool does not know where it is. Nothing is looked for in the
+// working directory then: what lies there may be anybody's.
 std::filesystem::path besideTheTool(const std::filesystem::path& relative) {
   std::error_code ignored;
   const auto tool = std::filesystem::read_symlink("/proc/self/exe", ignored);
-  return (tool.parent_path() / relative).lexically_normal();
+  return tool.empty() ? tool : (tool.parent_path() / relative).lexically_normal();
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Where the tool finds what belongs to it.
+// Where the tool finds what belongs to it. Paths are absolute, or empty where the
+// system does not tell (no /proc).
 #pragma once
 
 #include <filesystem>

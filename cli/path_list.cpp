@@ -29,7 +29,7 @@ class WalkedPaths final : public PathList {
         if (unfold(first.path)) continue;
         return first.path;
       }
-      if (first.named || allFiles_ || hasDocumentName(first.path)) return first.path;
+      if (first.named || isDocument(first.path)) return first.path;
     }
     return std::nullopt;
   }
@@ -46,6 +46,26 @@ class WalkedPaths final : public PathList {
                                       : fs::symlink_status(waiting.path, ignored);
     return fs::is_directory(status) && !isPackageDirectory(waiting.path);
   }
+
+  // Of what a folder holds. Pipes, devices and sockets, also behind links, are
+  // documents only for whoever names them. What leads nowhere or cannot be looked
+  // at is taken by its name: reading it will say why.
+  bool isDocument(const std::string& path) const {
+    std::error_code ignored;
+    switch (fs::status(path, ignored).type()) {
+      case fs::file_type::block:
+      case fs::file_type::character:
+      case fs::file_type::fifo:
+      case fs::file_type::socket:
+        return false;
+      case fs::file_type::directory:
+        return isWanted(path) && isPackageDirectory(path);
+      default:
+        return isWanted(path);
+    }
+  }
+
+  bool isWanted(const std::string& path) const { return allFiles_ || hasDocumentName(path); }
 
   // Puts what a folder holds in its place.
   bool unfold(const std::string& folder) {

@@ -28,8 +28,8 @@ class PathList {
 };
 
 // Each path in turn. A folder that is no package is gone through in the order of
-// its names, folders within it too, but not through symbolic links; of the files
-// in it only those with a document's name count, unless all do. A folder that
+// its names, folders within it too, but not through symbolic links; of the regular
+// files in it only those with a document's name count, unless all do. A folder that
 // cannot be listed is given itself: reading it will say why.
 std::unique_ptr<PathList> listPaths(std::vector<std::string> paths, bool allFiles);
 

@@ -85,12 +85,14 @@ void requireSet(Pointers... pointers) {
 
 // --- Options ---
 
-// The module is installed in the folder dorvex beside this library.
+// The module is installed in the folder dorvex beside this library. A library that
+// was loaded by a relative path does not know where it is: the working directory
+// may have changed since, and what lies there may be anybody's.
 std::filesystem::path installedModule() {
   Dl_info info{};
-  if (::dladdr(reinterpret_cast<const void*>(&dorvex_version), &info) == 0) return "dorvexsr.so";
-  std::error_code ignored;
-  const auto library = std::filesystem::absolute(info.dli_fname, ignored);
+  const bool known = ::dladdr(reinterpret_cast<const void*>(&dorvex_version), &info) != 0;
+  const std::filesystem::path library = known ? info.dli_fname : "";
+  require(library.is_absolute(), "module must be set: the library does not know its own place");
   return library.parent_path() / "dorvex" / "dorvexsr.so";
 }
 

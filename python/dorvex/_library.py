@@ -92,6 +92,8 @@ def _load() -> ctypes.CDLL:
     # A CDLL gives the interpreter up for the time of each call, so that other
     # threads run while a document is being read.
     name = os.environ.get("DORVEX_LIBRARY", f"libdorvex.so.{ABI_VERSION}")
+    if "/" in name:
+        name = os.path.abspath(name)  # the library looks for the module beside itself
     try:
         library = ctypes.CDLL(name)
     except OSError as error:

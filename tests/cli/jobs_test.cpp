@@ -1,6 +1,7 @@
 #include "jobs.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <csignal>
@@ -54,6 +55,38 @@ TEST(RunJobs, EndsAfterASignalWithWhatIsUnderWay) {
   EXPECT_FALSE(runJobs(2, items(1'000'000), work, neverGiveUp));
   EXPECT_GE(done, 6);
   EXPECT_LT(done, 1'000'000);
+}
+
+constexpr std::uint64_t kPlenty = ~std::uint64_t{0};
+
+TEST(AffordableJobs, AreAsManyAsWantedWhereThereIsPlenty) {
+  EXPECT_EQ(affordableJobs(1000, {kPlenty, kPlenty, kPlenty, kPlenty}).count, 1000u);
+  EXPECT_STREQ(affordableJobs(1000, {kPlenty, kPlenty, kPlenty, kPlenty}).scarce, "");
+}
+
+TEST(AffordableJobs, AreCutToTheScarcestResource) {
+  const Affordable few = affordableJobs(1000, {1024, kPlenty, kPlenty, kPlenty});
+  EXPECT_EQ(few.count, 124u);
+  EXPECT_STREQ(few.scarce, "open files (ulimit -n)");
+  EXPECT_EQ(affordableJobs(1000, {1024, 20, kPlenty, kPlenty}).count, 10u);
+  EXPECT_EQ(affordableJobs(1000, {1024, 20, 66 << 20, kPlenty}).count, 5u);
+  EXPECT_EQ(affordableJobs(1000, {1024, 20, 66 << 20, 64 << 20}).count, 2u);
+}
+
+TEST(AffordableJobs, AreOneAtLeast) { EXPECT_EQ(affordableJobs(1000, {0, 0, 0, 0}).count, 1u); }
+
+// A limit of address space for a thread's stack cannot be lifted again, hence
+// the process of its own.
+TEST(RunJobsDeathTest, WorksWithoutThreadsWhereNoneCanBeMade) {
+  const auto workWithoutAddressSpace = [] {
+    const rlimit none{1 << 20, 1 << 20};
+    ::setrlimit(RLIMIT_AS, &none);
+    int done = 0;
+    const auto work = [&](const Job&) { ++done; };
+    const bool ended = runJobs(4, items(10), work, neverGiveUp);
+    std::_Exit(ended && done == 10 ? 42 : 1);
+  };
+  EXPECT_EXIT(workWithoutAddressSpace(), ::testing::ExitedWithCode(42), "1 job in place of 4");
 }
 
 TEST(RunJobsDeathTest, GivesUpWorkThatDoesNotEnd) {

@@ -56,5 +56,43 @@ TEST(DefaultModule, ThatIsMissingIsNamed) {
   EXPECT_NE(run.errors.find("dorvexsr.so"), std::string::npos) << run.errors;
 }
 
+// Runs a command of the shell in a folder, with nothing in /proc.
+Finished runWithoutProc(const std::filesystem::path& folder, const std::string& command) {
+  const std::string script =
+      "mount -t tmpfs none /proc && cd '" + folder.string() + "' && exec " + command;
+  return runProgram("/usr/bin/unshare", {"-m", "sh", "-c", script});
+}
+
+class WithoutProc : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (runWithoutProc("/", "true").status != 0) GTEST_SKIP() << "mounting takes privileges";
+  }
+};
+
+TEST_F(WithoutProc, NothingInTheWorkingDirectoryIsLoadedOrRun) {
+  const TemporaryDirectory folder;
+  const std::string tool = DORVEX_PROGRAM;
+  std::filesystem::create_directories(folder.path() / "work");
+  for (const std::string place : {"lib/dorvex", "lib/x86_64-linux-gnu/dorvex", "libexec/dorvex"}) {
+    std::filesystem::create_directories(folder.path() / place);
+    std::filesystem::copy_file(DORVEX_READER_MODULE, folder.path() / place / "dorvexsr.so");
+    std::filesystem::copy_file(DORVEX_CONTAINER_MODULE, folder.path() / place / "unzip.so");
+    writeFile(folder.path() / place / "dorvex-inspect", "#!/bin/sh\necho trapped\n");
+    std::filesystem::permissions(folder.path() / place / "dorvex-inspect",
+                                 std::filesystem::perms::owner_all);
+  }
+  writeFile(folder.path() / "work/a.pages", kDocument);
+  const Finished text = runWithoutProc(folder.path() / "work", tool + " text a.pages");
+  EXPECT_EQ(text.status, 3);
+  EXPECT_NE(text.errors.find("without /proc"), std::string::npos) << text.errors;
+  const Finished inspected =
+      runWithoutProc(folder.path() / "work",
+                     tool + " --module " + std::string(DORVEX_READER_MODULE) + " inspect a.pages");
+  EXPECT_EQ(inspected.status, 3);
+  EXPECT_EQ(inspected.output, "");
+  EXPECT_NE(inspected.errors.find("without /proc"), std::string::npos) << inspected.errors;
+}
+
 }  // namespace
 }  // namespace dorvex

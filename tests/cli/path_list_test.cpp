@@ -1,6 +1,7 @@
 #include "path_list.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <sstream>
 
@@ -68,6 +69,29 @@ TEST_F(ListPaths, FollowsNoLinksToFolders) {
   make("real/a.pages");
   fs::create_directory_symlink(folder.path(), folder.path() / "real" / "loop");
   EXPECT_EQ(list({folder.path()}).size(), 1u);
+}
+
+TEST_F(ListPaths, TakesNoPipesNorDevicesOutOfFolders) {
+  const std::string pipe = folder.path() / "pipe.pages";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  fs::create_symlink("/dev/zero", folder.path() / "zero.key");
+  fs::create_symlink(pipe, folder.path() / "link.key");
+  const std::string good = make("z.pages");
+  for (const bool allFiles : {false, true}) {
+    EXPECT_EQ(list({folder.path()}, allFiles), Paths{good});
+  }
+  EXPECT_EQ(list({pipe}), Paths{pipe});
+}
+
+TEST_F(ListPaths, TakesLinksToDocumentsAndThoseThatLeadNowhere) {
+  make("real/Index/Document.iwa");
+  const fs::path root = folder.path() / "links";
+  fs::create_directories(root);
+  fs::create_directory_symlink(folder.path() / "real", root / "a.pages");
+  fs::create_symlink("/no/such/file", root / "b.pages");
+  fs::create_directory_symlink("/", root / "c");
+  EXPECT_EQ(list({root}), (Paths{root / "a.pages", root / "b.pages"}));
+  EXPECT_EQ(list({root}, true), (Paths{root / "a.pages", root / "b.pages"}));
 }
 
 TEST(ReadPaths, GivesEachLineButNoEmptyOnes) {

@@ -133,7 +133,8 @@ typedef enum dorvex_sandbox {
 typedef struct dorvex_options {
   size_t struct_size;             ///< sizeof(dorvex_options), as the caller knows it
   const char* module;             ///< the reader module's file; null for the one that is
-                                  ///< installed with this library
+                                  ///< installed with this library, unless that was loaded by a
+                                  ///< relative path
   uint32_t isolation;             ///< a dorvex_isolation
   uint32_t sandbox;               ///< a dorvex_sandbox
   uint32_t documents_per_worker;  ///< that a worker reads before it is replaced, at least 1
