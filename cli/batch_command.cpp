@@ -31,20 +31,6 @@ namespace {
 
 constexpr std::uint64_t kAheadForEachJob = 64;
 
-struct BatchOptions {
-  std::vector<std::string> paths;
-  std::string filesFrom;
-  bool nul = false;
-  bool allFiles = false;
-  bool ordered = false;
-  bool quiet = false;
-  bool tidy = false;
-  std::string shard = "0/1";
-  std::string resume;
-  OutputOptions output;
-  unsigned jobs = defaultJobs();
-};
-
 // Where the records go: each whole line is written at once.
 class RecordOutput {
  public:
@@ -186,63 +172,11 @@ class BatchRun {
   std::atomic<bool> allRead_ = true;
 };
 
-std::string shardFault(const std::string& text) {
-  try {
-    parseShard(text);
-    return "";
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-}
-
-void addInputOptions(CLI::App& command, BatchOptions& options) {
-  auto* paths = command
-                    .add_option("documents", options.paths,
-                                "Files, package directories, and folders to go through")
-                    ->type_name("PATH");
-  auto* list = command
-                   .add_option("--files-from", options.filesFrom,
-                               "Read the paths from this file, or - for standard input, as they "
-                               "arrive, one to a line")
-                   ->type_name("FILE")
-                   ->excludes(paths);
-  command.add_flag("-0,--null", options.nul, "The paths of --files-from end with NUL")->needs(list);
-  command.add_flag("--all-files", options.allFiles,
-                   "In folders, read every file, not only .pages, .key and .numbers");
-  command.add_option("--shard", options.shard, "Read part I (from 0) of N of the documents only")
-      ->check(CLI::Validator(shardFault, ""))
-      ->type_name("I/N");
-}
-
-void addRecordOptions(CLI::App& command, BatchOptions& options) {
-  command
-      .add_option("--resume", options.resume,
-                  "Leave out documents that have a record in this file; given with -o too, go "
-                  "on in it")
-      ->type_name("FILE");
-  command.add_flag("--ordered", options.ordered, "Give the records in the order of the documents");
-  command.add_flag("--tidy", options.tidy, kTidyHelp);
-  command.add_flag("-q,--quiet", options.quiet, "Show no progress");
-  addOutputOptions(command, options.output, "Write the records to this file");
-}
-
 }  // namespace
 
-void addBatchCommand(CLI::App& app, const HostArguments& host, int& status) {
-  auto* command = app.add_subcommand(
-      "batch", "Read many documents: a record for each, a line of JSON, whatever happens to it");
-  const auto options = std::make_shared<BatchOptions>();
-  addInputOptions(*command, *options);
-  addJobsOption(*command, options->jobs);
-  addRecordOptions(*command, *options);
-  command->final_callback([&host, &status, options] {
-    if (options->paths.empty() && options->filesFrom.empty()) {
-      throw CLI::RequiredError("documents or --files-from");
-    }
-    if (host.inProcess) throw CLI::ExcludesError("batch", "--in-process");
-    const Host reader(hostOptions(host));
-    status = BatchRun(reader, *options).run();
-  });
+int runBatch(const HostArguments& host, const BatchOptions& options) {
+  const Host reader(hostOptions(host));
+  return BatchRun(reader, options).run();
 }
 
 }  // namespace dorvex::cli

@@ -1,14 +1,29 @@
 // dorvex batch.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "host_options.h"
+#include "output_options.h"
 
 namespace dorvex::cli {
 
-// Adds the command. It runs when it is called, with the host's options as they
-// are then, and leaves its exit status.
-void addBatchCommand(CLI::App& app, const HostArguments& host, int& status);
+struct BatchOptions {
+  std::vector<std::string> paths;
+  std::string filesFrom;
+  bool nul = false;
+  bool allFiles = false;
+  bool ordered = false;
+  bool quiet = false;
+  bool tidy = false;
+  std::string shard = "0/1";
+  std::string resume;
+  OutputOptions output;
+  unsigned jobs = defaultJobs();
+};
+
+// Gives the exit status.
+int runBatch(const HostArguments& host, const BatchOptions& options);
 
 }  // namespace dorvex::cli

@@ -9,8 +9,6 @@
 namespace dorvex::cli {
 namespace {
 
-constexpr double kLongestTimeout = 1e6;
-
 Sandbox sandboxOf(const HostArguments& arguments) {
   if (arguments.requireSandbox) return Sandbox::kRequired;
   return arguments.noSandbox ? Sandbox::kOff : Sandbox::kWherePossible;
@@ -33,42 +31,7 @@ std::string located(const char* what, const std::filesystem::path& file) {
   return std::string(what) + " " + file.string() + (there ? "\n" : " (missing)\n");
 }
 
-void addSizeOption(CLI::App& app, const char* name, std::uint64_t& size, const char* help) {
-  app.add_option(name, size, help)
-      ->transform(CLI::AsSizeValue(false))
-      ->type_name("SIZE")
-      ->capture_default_str();
-}
-
 }  // namespace
-
-void addHostOptions(CLI::App& app, HostArguments& arguments) {
-  app.add_option("--module", arguments.module, "The reader module's file")
-      ->type_name("FILE")
-      ->capture_default_str();
-  app.add_option("--timeout", arguments.timeout,
-                 "Seconds that one document may take, 0 for no limit")
-      ->check(CLI::Range(0.0, kLongestTimeout).description(""))
-      ->type_name("SECONDS")
-      ->capture_default_str();
-  addSizeOption(app, "--max-memory", arguments.maxMemory,
-                "Memory that one document may take, such as 512MB, 0 for no limit");
-  addSizeOption(app, "--max-output", arguments.maxOutput,
-                "Bytes of tokens that one document may give, 0 for no limit");
-  addSizeOption(app, "--max-input", arguments.maxInput,
-                "Bytes that are read from a pipe or a device, 0 for no limit");
-  app.add_option("--recycle", arguments.recycle,
-                 "Documents that a worker process reads before it is replaced")
-      ->type_name("NUMBER")
-      ->capture_default_str();
-  auto* require = app.add_flag("--require-sandbox", arguments.requireSandbox,
-                               "Read nothing where the kernel lacks a part of the sandbox");
-  app.add_flag("--no-sandbox", arguments.noSandbox, "Read in workers without a sandbox")
-      ->excludes(require);
-  app.add_flag("--in-process", arguments.inProcess,
-               "Read in the tool's own process: a crash ends everything, and nothing limits time "
-               "or memory");
-}
 
 HostOptions hostOptions(const HostArguments& arguments) {
   if (arguments.module.empty()) {
@@ -78,7 +41,7 @@ HostOptions hostOptions(const HostArguments& arguments) {
   options.module = arguments.module;
   options.isolation = arguments.inProcess ? Isolation::kInProcess : Isolation::kWorkers;
   options.sandbox = sandboxOf(arguments);
-  options.limits.wallTime = std::chrono::duration_cast<std::chrono::milliseconds>(
+  options.limits.wallTime = std::chrono::ceil<std::chrono::milliseconds>(
       std::chrono::duration<double>(arguments.timeout));
   options.limits.memory = arguments.maxMemory;
   options.limits.output = arguments.maxOutput;

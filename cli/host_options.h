@@ -1,7 +1,6 @@
 // The options that every command shares.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -22,8 +21,6 @@ struct HostArguments {
   bool requireSandbox = false;
   bool noSandbox = false;
 };
-
-void addHostOptions(CLI::App& app, HostArguments& arguments);
 
 // The options for a host. Says on standard error, once, what the kernel lacks
 // for the sandbox; throws EnvironmentError where the sandbox is required.

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <vector>
 
 #include "exit_status.h"
@@ -28,20 +27,15 @@ namespace {
 
 }  // namespace
 
-void addInspectCommand(CLI::App& app, const HostArguments& host) {
-  auto* command = app.add_subcommand("inspect", "Show the members and objects of a package");
-  const auto options = std::make_shared<InspectOptions>();
-  addInspectOptions(*command, *options);
-  command->callback([options, &host] {
-    const HostOptions hosting = hostOptions(host);
-    std::vector<std::string> arguments = {"--module",     host.module,
-                                          "--timeout",    std::to_string(host.timeout),
-                                          "--max-memory", std::to_string(host.maxMemory)};
-    if (hosting.sandbox == Sandbox::kOff) arguments.emplace_back("--no-sandbox");
-    if (hosting.sandbox == Sandbox::kRequired) arguments.emplace_back("--require-sandbox");
-    for (std::string& argument : argumentsOf(*options)) arguments.push_back(std::move(argument));
-    becomeInspector(arguments);
-  });
+int runInspect(const HostArguments& host, const InspectOptions& options) {
+  const HostOptions hosting = hostOptions(host);
+  std::vector<std::string> arguments = {"--module",     host.module,
+                                        "--timeout",    std::to_string(host.timeout),
+                                        "--max-memory", std::to_string(host.maxMemory)};
+  if (hosting.sandbox == Sandbox::kOff) arguments.emplace_back("--no-sandbox");
+  if (hosting.sandbox == Sandbox::kRequired) arguments.emplace_back("--require-sandbox");
+  for (std::string& argument : argumentsOf(options)) arguments.push_back(std::move(argument));
+  becomeInspector(arguments);
 }
 
 }  // namespace dorvex::cli

@@ -1,37 +1,22 @@
-// dorvex: reads the text of documents. Each command is a file of its own.
+// dorvex: reads the text of documents. command_line.h has what can be said to it,
+// and each command is a file of its own.
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <iostream>
+#include <string>
 
-#include "batch_command.h"
+#include "command_line.h"
 #include "exit_status.h"
-#include "host_options.h"
-#include "inspect_command.h"
 #include "output.h"
-#include "text_command.h"
+#include "printable.h"
 
 namespace dorvex::cli {
 namespace {
-
-constexpr const char kExamples[] =
-    "Examples:\n"
-    "  dorvex text Letter.pages             the texts, one to a line\n"
-    "  dorvex text -0 *.key | xargs -0 -n1  the texts, whatever they hold\n"
-    "  dorvex text - < Budget.numbers       from standard input\n"
-    "  dorvex text -o texts/ *.pages        a file for each document\n"
-    "  dorvex batch ~/Documents -o out.jsonl\n"
-    "                                       a folder, a record for each document\n"
-    "  dorvex inspect Letter.pages          what a package holds\n"
-    "  dorvex tokens Letter.pages           the reader's token stream, readably\n"
-    "\n"
-    "Exit status: 0 every document was read whole, 1 some were not, 2 bad usage, 3 nothing can be\n"
-    "read or written at all.";
 
 // A reader that has gone away (head, less) wants no message.
 int report(const OutputError& error) {
@@ -53,27 +38,12 @@ void holdStandardDescriptors() {
 int runTool(int count, char** values) {
   holdStandardDescriptors();
   std::signal(SIGPIPE, SIG_IGN);
-  HostArguments host;
-  int status = kAllRead;
-  CLI::App app("Reads the text of Pages, Keynote and Numbers documents.", "dorvex");
-  app.footer(kExamples);
-  app.require_subcommand(1);
-  app.fallthrough();
-  addHostOptions(app, host);
-  app.set_version_flag("--version", [&host] { return versionText(host); });
-  addTextCommand(app, host, status);
-  addTokensCommand(app, host, status);
-  addBatchCommand(app, host, status);
-  addInspectCommand(app, host);
   try {
-    app.parse(count, values);
-    return status;
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kAllRead : kBadUsage;
+    return readCommandLine(count, values)();
   } catch (const OutputError& error) {
     return report(error);
   } catch (const std::exception& error) {
-    std::cerr << "dorvex: " << error.what() << '\n';
+    std::cerr << printable(std::string("dorvex: ") + error.what()) << '\n';
     return kEnvironment;
   }
 }

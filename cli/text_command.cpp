@@ -25,25 +25,9 @@ namespace {
 // Documents that may be ahead of the one that is being printed.
 constexpr std::uint64_t kAheadForEachJob = 8;
 
-enum class Format { kText, kJson, kTokens };
-
-const std::map<std::string, Format> kFormats = {
-    {"text", Format::kText}, {"json", Format::kJson}, {"tokens", Format::kTokens}};
-
 // What the files of -o DIRECTORY end in.
 const std::map<Format, std::string> kEndings = {
     {Format::kText, ".txt"}, {Format::kJson, ".json"}, {Format::kTokens, ".tokens"}};
-
-struct TextOptions {
-  std::vector<std::string> paths;
-  Format format = Format::kText;
-  bool nul = false;
-  bool raw = false;
-  bool tidy = false;
-  std::string separator = "\n";
-  OutputOptions output;
-  unsigned jobs = defaultJobs();
-};
 
 PrintDocument printerOf(const TextOptions& options) {
   switch (options.format) {
@@ -170,61 +154,12 @@ class TextRun {
   std::atomic<bool> allRead_ = true;
 };
 
-// One process has one reader.
-unsigned jobsOf(const HostArguments& host, const TextOptions& options) {
-  return host.inProcess ? 1 : options.jobs;
-}
-
-void runOnCall(CLI::App& command, const HostArguments& host, int& status,
-               const std::shared_ptr<TextOptions>& options) {
-  command.final_callback([&host, &status, options] {
-    const Host reader(hostOptions(host));
-    status = TextRun(reader, *options, jobsOf(host, *options)).run();
-  });
-}
-
 }  // namespace
 
-void addTextCommand(CLI::App& app, const HostArguments& host, int& status) {
-  auto* command = app.add_subcommand("text", "Print the texts of documents as UTF-8");
-  const auto options = std::make_shared<TextOptions>();
-  command
-      ->add_option("documents", options->paths,
-                   "Files, package directories, or - for standard input")
-      ->required()
-      ->type_name("FILE|DIRECTORY");
-  auto* nul =
-      command->add_flag("-0,--null", options->nul, "End each text with NUL instead of a line feed");
-  command->add_option("--separator", options->separator, "What stands behind each text")
-      ->type_name("TEXT")
-      ->excludes(nul);
-  command
-      ->add_option("--format", options->format,
-                   "text: the texts; json: a record for each document, as batch gives it; tokens: "
-                   "the reader's token stream")
-      ->transform(CLI::CheckedTransformer(kFormats).description(""))
-      ->type_name("text|json|tokens");
-  command->add_flag("--tidy", options->tidy, kTidyHelp);
-  addJobsOption(*command, options->jobs);
-  addOutputOptions(*command, options->output,
-                   "Write to this file, or a file for each document into this directory");
-  runOnCall(*command, host, status, options);
-}
-
-void addTokensCommand(CLI::App& app, const HostArguments& host, int& status) {
-  auto* command = app.add_subcommand("tokens", "Print the token stream of one document");
-  const auto options = std::make_shared<TextOptions>();
-  options->format = Format::kTokens;
-  options->jobs = 1;
-  options->paths.resize(1);
-  command
-      ->add_option("document", options->paths.front(),
-                   "File, package directory, or - for standard input")
-      ->required()
-      ->type_name("FILE|DIRECTORY");
-  command->add_flag("--raw", options->raw, "Print the stream's bytes as they are");
-  addOutputOptions(*command, options->output, "Write to this file");
-  runOnCall(*command, host, status, options);
+// One process has one reader.
+int runText(const HostArguments& host, const TextOptions& options) {
+  const Host reader(hostOptions(host));
+  return TextRun(reader, options, host.inProcess ? 1 : options.jobs).run();
 }
 
 }  // namespace dorvex::cli

@@ -1,15 +1,28 @@
 // dorvex text and dorvex tokens.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "host_options.h"
+#include "output_options.h"
 
 namespace dorvex::cli {
 
-// Adds the commands. They run when they are called, with the host's options as
-// they are then, and leave their exit status.
-void addTextCommand(CLI::App& app, const HostArguments& host, int& status);
-void addTokensCommand(CLI::App& app, const HostArguments& host, int& status);
+enum class Format { kText, kJson, kTokens };
+
+struct TextOptions {
+  std::vector<std::string> paths;
+  Format format = Format::kText;
+  bool nul = false;
+  bool raw = false;
+  bool tidy = false;
+  std::string separator = "\n";
+  OutputOptions output;
+  unsigned jobs = defaultJobs();
+};
+
+// Gives the exit status.
+int runText(const HostArguments& host, const TextOptions& options);
 
 }  // namespace dorvex::cli

@@ -2,11 +2,14 @@
 // them and starts the inspector, and the inspector follows them.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace dorvex::cli {
 

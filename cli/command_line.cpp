@@ -1,0 +1,356 @@
+// The one file of the tool that knows the library for command lines, which
+// takes seconds to compile.
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "batch_command.h"
+#include "document_id.h"
+#include "exit_status.h"
+#include "host_options.h"
+#include "inspect_command.h"
+#include "option_checks.h"
+#include "printable.h"
+#include "text_command.h"
+
+namespace dorvex::cli {
+namespace {
+
+constexpr const char kExamples[] =
+    "Examples:\n"
+    "  dorvex text Letter.pages             the texts, one to a line\n"
+    "  dorvex text -0 *.key | xargs -0 -n1  the texts, whatever they hold\n"
+    "  dorvex text - < Budget.numbers       from standard input\n"
+    "  dorvex text -o texts/ *.pages        a file for each document\n"
+    "  dorvex batch ~/Documents -o out.jsonl\n"
+    "                                       a folder, a record for each document\n"
+    "  dorvex inspect Letter.pages          what a package holds\n"
+    "  dorvex tokens Letter.pages           the reader's token stream, readably\n"
+    "\n"
+    "Exit status: 0 every document was read whole, 1 some were not, 2 bad usage, 3 nothing can be\n"
+    "read or written at all, 130 interrupted.";
+
+constexpr const char kTidyHelp[] =
+    "Lossy: printed line ends become line feeds, doubled backslashes single; placeholders, empty "
+    "texts and exact repeats are left out";
+
+// --- Kinds of values ---
+
+CLI::Option* addPath(CLI::App& app, const char* name, std::string& path, const char* type,
+                     const char* help) {
+  const auto emptyFault = [](const std::string& value) {
+    return value.empty() ? "must not be empty" : "";
+  };
+  return app.add_option(name, path, help)->check(CLI::Validator(emptyFault, ""))->type_name(type);
+}
+
+CLI::Option* addSize(CLI::App& app, const char* name, std::uint64_t& size, const char* help) {
+  return app.add_option(name, size, help)
+      ->transform(CLI::Validator(sizeFault, ""))
+      ->type_name("SIZE")
+      ->capture_default_str();
+}
+
+template <typename Value>
+using Words = std::vector<std::pair<std::string, Value>>;
+
+// A value for each of some words.
+template <typename Value>
+CLI::Option* addChoice(CLI::App& app, const char* name, Value& value, const Words<Value>& words,
+                       const char* help) {
+  std::vector<std::string> allowed;
+  for (const auto& [word, meaning] : words) allowed.push_back(word);
+  const auto take = [&value, words](const std::string& given) {
+    for (const auto& [word, meaning] : words) {
+      if (word == given) value = meaning;
+    }
+  };
+  const auto fault = [allowed](const std::string& given) { return wordFault(given, allowed); };
+  return app.add_option_function<std::string>(name, take, help)
+      ->check(CLI::Validator(fault, ""))
+      ->type_name(CLI::detail::join(allowed, "|"));
+}
+
+// --- Options that commands share ---
+
+enum class Reads { kInWorkersOrHere, kInWorkers, kInTheInspector };
+
+void addLimitOptions(CLI::App& app, HostArguments& arguments, Reads reads) {
+  app.add_option("--timeout", arguments.timeout,
+                 "Seconds that one document may take, 0 for no limit")
+      ->check(CLI::Validator(secondsFault, ""))
+      ->type_name("SECONDS")
+      ->capture_default_str();
+  addSize(app, "--max-memory", arguments.maxMemory,
+          "Memory that one document may take, such as 512MB, 0 for no limit");
+  if (reads == Reads::kInTheInspector) return;
+  addSize(app, "--max-output", arguments.maxOutput,
+          "Bytes of tokens that one document may give, 0 for no limit");
+  addSize(app, "--max-input", arguments.maxInput,
+          "Bytes that are read from a pipe or a device, 0 for no limit");
+}
+
+void addWorkerOptions(CLI::App& app, HostArguments& arguments, Reads reads) {
+  if (reads != Reads::kInTheInspector) {
+    const auto fault = [](const std::string& value) {
+      return numberFault(value, 1, std::numeric_limits<std::uint32_t>::max());
+    };
+    app.add_option("--recycle", arguments.recycle,
+                   "Documents that a worker process reads before it is replaced")
+        ->check(CLI::Validator(fault, ""))
+        ->type_name("NUMBER")
+        ->capture_default_str();
+  }
+  app.add_flag("--require-sandbox", arguments.requireSandbox,
+               "Read nothing where the kernel lacks a part of the sandbox");
+  app.add_flag("--no-sandbox", arguments.noSandbox, "Read in workers without a sandbox");
+  if (reads == Reads::kInWorkersOrHere) {
+    app.add_flag("--in-process", arguments.inProcess,
+                 "Read in the tool's own process: a crash ends everything, and nothing limits "
+                 "time or memory");
+  }
+}
+
+void addHostOptions(CLI::App& app, HostArguments& arguments, Reads reads) {
+  app.option_defaults()->group("Reading options");
+  addPath(app, "--module", arguments.module, "FILE", "The reader module's file")
+      ->capture_default_str();
+  addLimitOptions(app, arguments, reads);
+  addWorkerOptions(app, arguments, reads);
+  app.option_defaults()->group("Options");
+}
+
+void addOutputOptions(CLI::App& command, OutputOptions& options, const char* help) {
+  addPath(command, "-o,--output", options.target, "PATH", help);
+  addChoice<OnExists>(
+      command, "--on-exists", options.onExists,
+      {{"skip", OnExists::kSkip}, {"replace", OnExists::kReplace}, {"fail", OnExists::kFail}},
+      "What to do where the output exists already (fail)");
+}
+
+void addJobsOption(CLI::App& command, unsigned& jobs) {
+  const auto fault = [](std::string& value) {
+    return numberOrAllFault(value, 1, kMostJobs, defaultJobs());
+  };
+  command
+      .add_option("-j,--jobs", jobs, "Documents to read at a time; all is one for each processor")
+      ->transform(CLI::Validator(fault, ""))
+      ->type_name("NUMBER")
+      ->default_str("all");
+}
+
+// --- The commands ---
+
+class CommandLine {
+ public:
+  CommandLine();
+  Action read(int count, char** values);
+
+ private:
+  void addText();
+  void addTokens();
+  void addBatch();
+  void addInspect();
+  CLI::App& add(const char* name, const char* help, Reads reads);
+  void refuseContradictions() const;
+  std::vector<std::string> arguments(int count, char** values) const;
+
+  CLI::App app_{"Reads the text of Pages, Keynote and Numbers documents.", "dorvex"};
+  std::shared_ptr<HostArguments> host_ = std::make_shared<HostArguments>();
+  Action action_;
+};
+
+CommandLine::CommandLine() {
+  app_.footer(kExamples);
+  app_.require_subcommand(1);
+  app_.fallthrough();
+  addHostOptions(app_, *host_, Reads::kInWorkersOrHere);
+  app_.set_version_flag("--version", [host = host_] { return versionText(*host); });
+  addText();
+  addTokens();
+  addBatch();
+  addInspect();
+}
+
+CLI::App& CommandLine::add(const char* name, const char* help, Reads reads) {
+  CLI::App& command = *app_.add_subcommand(name, help);
+  addHostOptions(command, *host_, reads);
+  return command;
+}
+
+void CommandLine::addText() {
+  CLI::App& command = add("text", "Print the texts of documents as UTF-8", Reads::kInWorkersOrHere);
+  const auto options = std::make_shared<TextOptions>();
+  command
+      .add_option("documents", options->paths,
+                  "Files, package directories, or - for standard input")
+      ->required()
+      ->type_name("FILE|DIRECTORY");
+  auto* nul =
+      command.add_flag("-0,--null", options->nul, "End each text with NUL instead of a line feed");
+  command.add_option("--separator", options->separator, "What stands behind each text")
+      ->type_name("TEXT")
+      ->excludes(nul);
+  addChoice<Format>(
+      command, "--format", options->format,
+      {{"text", Format::kText}, {"json", Format::kJson}, {"tokens", Format::kTokens}},
+      "text: the texts; json: a record for each document, as batch gives it; tokens: the reader's "
+      "token stream");
+  command.add_flag("--tidy", options->tidy, kTidyHelp);
+  addJobsOption(command, options->jobs);
+  addOutputOptions(command, options->output,
+                   "Write to this file, or a file for each document into this directory");
+  command.final_callback(
+      [this, options] { action_ = [host = host_, options] { return runText(*host, *options); }; });
+}
+
+void CommandLine::addTokens() {
+  CLI::App& command =
+      add("tokens", "Print the token stream of one document", Reads::kInWorkersOrHere);
+  const auto options = std::make_shared<TextOptions>();
+  options->format = Format::kTokens;
+  options->jobs = 1;
+  options->paths.resize(1);
+  command
+      .add_option("document", options->paths.front(),
+                  "File, package directory, or - for standard input")
+      ->required()
+      ->type_name("FILE|DIRECTORY");
+  command.add_flag("--raw", options->raw, "Print the stream's bytes as they are");
+  addOutputOptions(command, options->output, "Write to this file");
+  command.final_callback(
+      [this, options] { action_ = [host = host_, options] { return runText(*host, *options); }; });
+}
+
+std::string shardFault(const std::string& value) {
+  try {
+    parseShard(value);
+    return "";
+  } catch (const std::invalid_argument& error) {
+    return error.what();
+  }
+}
+
+void addInputOptions(CLI::App& command, BatchOptions& options) {
+  auto* paths = command
+                    .add_option("documents", options.paths,
+                                "Files, package directories, and folders to go through")
+                    ->type_name("PATH");
+  auto* list = addPath(command, "--files-from", options.filesFrom, "FILE",
+                       "Read the paths from this file, or - for standard input, as they arrive, "
+                       "one to a line")
+                   ->excludes(paths);
+  command.add_flag("-0,--null", options.nul, "The paths of --files-from end with NUL")->needs(list);
+  command.add_flag("--all-files", options.allFiles,
+                   "In folders, read every file, not only .pages, .key and .numbers");
+  command.add_option("--shard", options.shard, "Read part I (from 0) of N of the documents only")
+      ->check(CLI::Validator(shardFault, ""))
+      ->type_name("I/N");
+}
+
+void addRecordOptions(CLI::App& command, BatchOptions& options) {
+  addPath(command, "--resume", options.resume, "FILE",
+          "Leave out documents that have a record in this file; given with -o too, go on in it");
+  command.add_flag("--ordered", options.ordered, "Give the records in the order of the documents");
+  command.add_flag("--tidy", options.tidy, kTidyHelp);
+  command.add_flag("-q,--quiet", options.quiet, "Show no progress");
+  addOutputOptions(command, options.output, "Write the records to this file");
+}
+
+void CommandLine::addBatch() {
+  CLI::App& command =
+      add("batch", "Read many documents: a record for each, a line of JSON, whatever happens to it",
+          Reads::kInWorkers);
+  const auto options = std::make_shared<BatchOptions>();
+  addInputOptions(command, *options);
+  addJobsOption(command, options->jobs);
+  addRecordOptions(command, *options);
+  command.final_callback([this, options] {
+    if (options->paths.empty() && options->filesFrom.empty()) {
+      throw CLI::RequiredError("documents or --files-from");
+    }
+    if (host_->inProcess) throw CLI::ExcludesError("batch", "--in-process");
+    action_ = [host = host_, options] { return runBatch(*host, *options); };
+  });
+}
+
+void CommandLine::addInspect() {
+  CLI::App& command =
+      add("inspect", "Show the members and objects of a package", Reads::kInTheInspector);
+  const auto options = std::make_shared<InspectOptions>();
+  addInspectOptions(command, *options);
+  command.final_callback([this, options] {
+    action_ = [host = host_, options] { return runInspect(*host, *options); };
+  });
+}
+
+// An option may stand before the command or behind it.
+void CommandLine::refuseContradictions() const {
+  if (host_->requireSandbox && host_->noSandbox) {
+    throw CLI::ExcludesError("--require-sandbox", "--no-sandbox");
+  }
+}
+
+// "--separator=" would swallow the argument behind it: it becomes two
+// arguments, the second one empty.
+std::vector<std::string> CommandLine::arguments(int count, char** values) const {
+  const auto takesValue = [this](const std::string& name) {
+    const auto has = [&](const CLI::App* app) {
+      const CLI::Option* option = app->get_option_no_throw(name);
+      return option != nullptr && option->get_items_expected_max() > 0;
+    };
+    const auto commands = app_.get_subcommands(nullptr);
+    return name.starts_with("--") && name.size() > 2 &&
+           (has(&app_) || std::any_of(commands.begin(), commands.end(), has));
+  };
+  std::vector<std::string> all;
+  bool isValue = false;
+  for (int i = 1; i < count; ++i) {
+    const std::string argument = values[i];
+    const std::string name =
+        argument.substr(0, argument.size() - (argument.ends_with('=') ? 1 : 0));
+    if (!isValue && argument == "--") {
+      all.insert(all.end(), values + i, values + count);
+      break;
+    }
+    const bool empty = !isValue && argument.ends_with('=') && takesValue(name);
+    all.push_back(empty ? name : argument);
+    if (empty) all.emplace_back();
+    isValue = !isValue && !empty && takesValue(argument);
+  }
+  std::reverse(all.begin(), all.end());
+  return all;
+}
+
+// What a message repeats may be a foreign name.
+int report(CLI::App& app, const CLI::Error& error) {
+  std::ostringstream out;
+  std::ostringstream errors;
+  const int status = app.exit(error, out, errors);
+  std::cout << out.str() << std::flush;
+  std::istringstream lines(errors.str());
+  for (std::string line; std::getline(lines, line);) std::cerr << printable(line) << '\n';
+  return status == 0 ? kAllRead : kBadUsage;
+}
+
+Action CommandLine::read(int count, char** values) {
+  try {
+    app_.parse(arguments(count, values));
+    refuseContradictions();
+    return action_;
+  } catch (const CLI::Error& error) {
+    return [status = report(app_, error)] { return status; };
+  }
+}
+
+}  // namespace
+
+Action readCommandLine(int count, char** values) { return CommandLine().read(count, values); }
+
+}  // namespace dorvex::cli
