@@ -54,7 +54,7 @@ CLI::Option* addSize(CLI::App& app, const char* name, std::uint64_t& size, const
   return app.add_option(name, size, help)
       ->transform(CLI::Validator(sizeFault, ""))
       ->type_name("SIZE")
-      ->capture_default_str();
+      ->default_str(sizeText(size));
 }
 
 template <typename Value>

@@ -70,6 +70,13 @@ std::string sizeFault(std::string& value) {
   return "";
 }
 
+std::string sizeText(std::uint64_t bytes) {
+  constexpr std::string_view units = "KMGTPE";
+  std::size_t unit = 0;
+  for (; unit < units.size() && bytes > 0 && bytes % 1024 == 0; ++unit) bytes /= 1024;
+  return std::to_string(bytes) + (unit > 0 ? std::string(1, units[unit - 1]) + "B" : "");
+}
+
 std::string numberFault(const std::string& value, std::uint64_t least, std::uint64_t most) {
   const auto number = parsed<std::uint64_t>(value);
   if (number && *number >= least && *number <= most) return "";

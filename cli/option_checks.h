@@ -15,6 +15,8 @@ std::string secondsFault(const std::string& value);
 // A size in bytes with a unit of 1024 or none: 512MB, 4g, 4 GiB. Becomes its
 // digits.
 std::string sizeFault(std::string& value);
+// The size again, in the largest unit that gives a whole number: 512MB.
+std::string sizeText(std::uint64_t bytes);
 // A whole number within bounds.
 std::string numberFault(const std::string& value, std::uint64_t least, std::uint64_t most);
 // The same, or "all", which becomes the given number.

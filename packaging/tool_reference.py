@@ -134,7 +134,7 @@ def parse_help(name: str, text: str) -> Command:
             command.positionals = [parse_item(*item) for item in items(body)]
         elif heading == "Subcommands":
             command.commands = [head for head, _ in items(body)]
-        elif heading.endswith("Options") or heading == "Options":
+        elif heading.lower().endswith("options"):
             command.options += [parse_item(*item) for item in items(body)]
     examples = next((n for n, line in enumerate(rest) if line == "Examples:"), len(rest))
     command.footer = rest[examples:]
@@ -180,16 +180,25 @@ def man_page(tool: Tool) -> str:
     ]
     for command in tool.commands:
         out += [roff(command.usage), ".br"]
+    common = [option.flags for option in tool.main.options]
     out += [".SH COMMANDS"]
     for command in tool.commands:
         out += [f".SS {name} {command.name}", roff(command.summary) + "."]
         for option in command.positionals + command.options:
-            if "--help" not in option.flags:
+            if option.flags not in common:
                 out += roff_option(option)
-    out += [".SH OPTIONS OF ALL COMMANDS"]
+    out += [".SH OPTIONS OF MORE THAN ONE COMMAND"]
     for option in tool.main.options:
-        out += roff_option(option)
+        out += roff_option(option) + commands_that_take(option, tool)
     return "\n".join(out + man_footer(tool.main.footer)) + "\n"
+
+
+def commands_that_take(option: Option, tool: Tool) -> list[str]:
+    """A sentence where that is not all or none of them."""
+    takers = [c.name for c in tool.commands if option.flags in [o.flags for o in c.options]]
+    if len(takers) in (0, len(tool.commands)):
+        return []
+    return [f"Taken by {', '.join(takers)}."]
 
 
 def man_footer(lines: list[str]) -> list[str]:
@@ -260,7 +269,7 @@ _{tool.name}() {{
   esac
 
   if [[ $cur == -* ]]; then
-    COMPREPLY=($(compgen -W "$options {flags_of(tool.main.options)}" -- "$cur"))
+    COMPREPLY=($(compgen -W "${{options:-{flags_of(tool.main.options)}}}" -- "$cur"))
   elif [[ -z $command ]]; then
     COMPREPLY=($(compgen -W "{commands}" -- "$cur"))
   else
@@ -298,9 +307,8 @@ def zsh_completion(tool: Tool) -> str:
         f"    {quoted(c.name + ':' + zsh_text(c.summary))}" for c in tool.commands
     )
     main_options = arguments(tool.main.options)
-    own = [o for o in tool.main.options if "--help" not in o.flags]
     cases = "\n".join(
-        f"    {c.name})\n      _arguments -s -S \\\n        {arguments(c.options + own)} \\\n"
+        f"    {c.name})\n      _arguments -s -S \\\n        {arguments(c.options)} \\\n"
         f"        {documents} ;;"
         for c in tool.commands
     )
@@ -349,10 +357,11 @@ def fish_completion(tool: Tool) -> str:
             f"complete -c {tool.name} -n __fish_use_subcommand -a {c.name} -d {quoted(c.summary)}"
         )
     out += [fish_option(tool, option, "") for option in tool.main.options]
+    common = [option.flags for option in tool.main.options]
     for c in tool.commands:
         condition = f"__fish_seen_subcommand_from {c.name}"
         out += [
-            fish_option(tool, o, condition) for o in c.options if "--help" not in o.flags
+            fish_option(tool, o, condition) for o in c.options if o.flags not in common
         ]
     return "\n".join(out) + "\n"
 

@@ -32,6 +32,13 @@ TEST(SizeFault, RefusesWhatIsNoSizeOrTooLarge) {
   }
 }
 
+TEST(SizeText, IsTakenForTheSameSize) {
+  EXPECT_EQ(sizeText(std::uint64_t{4} << 30), "4GB");
+  for (const std::uint64_t size : {0ULL, 1ULL, 1000ULL, 1025ULL << 10, 1ULL << 63}) {
+    EXPECT_EQ(bytesOf(sizeText(size)), std::to_string(size));
+  }
+}
+
 TEST(NumberFault, TakesWholeNumbersWithinBounds) {
   EXPECT_EQ(numberFault("1", 1, 10), "");
   EXPECT_EQ(numberFault("10", 1, 10), "");
