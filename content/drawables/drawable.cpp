@@ -1,7 +1,186 @@
 #include "drawables/drawable.h"
 
-namespace dorvex::content {
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
 
-std::optional<Block> readDrawable(Reading&, const Object&) { return std::nullopt; }
+#include "KNArchives.h"
+#include "TSDArchives.h"
+#include "TSTArchives.h"
+#include "TSWPArchives.h"
+#include "charts/chart.h"
+#include "drawables/attributes.h"
+#include "drawables/box_text.h"
+#include "drawables/pictures.h"
+#include "tables/table.h"
+#include "text/comment.h"
+
+namespace dorvex::content {
+namespace {
+
+void readShape(Reading& reading, const Object& object, Block& block) {
+  using Info = TSWP::ShapeInfoArchive;
+  const Message<Info> shape(object.payload);
+  const bool isTextBox = shape.get(Info::is_text_box);
+  block.what = Box{isTextBox ? BoxKind::kTextBox : BoxKind::kShape, PlaceholderKind::kOther,
+                   readBoxText(reading, shape)};
+}
+
+// A shape without text, or a line between shapes.
+void readOutline(Reading&, const Object&, Block& block) {
+  block.what = Box{BoxKind::kShape, PlaceholderKind::kOther, {}};
+}
+
+// A note that sticks on the page: what it says is a comment, of which its own text is
+// a copy.
+void readStickyNote(Reading& reading, const Object& object, Block& block) {
+  using Note = TSWP::CommentInfoArchive;
+  using Storage = TSD::CommentStorageArchive;
+  readOutline(reading, object, block);
+  const Message<Note> note(object.payload);
+  Comment comment = readComment(reading, reading.get<Storage>(note.get(Note::comment_storage)));
+  if (saysSomething(comment)) block.comments.push_back(std::move(comment));
+}
+
+void readTableOfContents(Reading& reading, const Object& object, Block& block) {
+  using Info = TSWP::TOCInfoArchive;
+  block.what = Box{BoxKind::kTextBox, PlaceholderKind::kOther,
+                   readBoxText(reading, Message<Info>(object.payload).get(Info::super))};
+}
+
+PlaceholderKind kindOf(KN::PlaceholderArchive_Kind kind) {
+  using Kind = KN::PlaceholderArchive_Kind;
+  switch (kind) {
+    case Kind::kKindSlideNumberPlaceholder:
+      return PlaceholderKind::kSlideNumber;
+    case Kind::kKindTitlePlaceholder:
+      return PlaceholderKind::kTitle;
+    case Kind::kKindBodyPlaceholder:
+      return PlaceholderKind::kBody;
+    case Kind::kKindObjectPlaceholder:
+      return PlaceholderKind::kObject;
+    case Kind::kKindPlaceholder:
+      break;
+  }
+  return PlaceholderKind::kOther;
+}
+
+void readPlaceholder(Reading& reading, const Object& object, Block& block) {
+  using Archive = KN::PlaceholderArchive;
+  const Message<Archive> placeholder(object.payload);
+  block.what = Box{BoxKind::kPlaceholder, kindOf(placeholder.get(Archive::kind)),
+                   readBoxText(reading, placeholder.get(Archive::super))};
+}
+
+void readGroup(Reading& reading, const Object& object, Block& block) {
+  using Group = TSD::GroupArchive;
+  Box box{BoxKind::kGroup, PlaceholderKind::kOther, {}};
+  for (const auto& reference : Message<Group>(object.payload).all(Group::children))
+    appendDrawable(reading, reference, box.blocks);
+  block.what = std::move(box);
+}
+
+void readImage(Reading& reading, const Object& object, Block& block) {
+  Picture picture = readPicture(reading, Message<TSD::ImageArchive>(object.payload));
+  std::visit([&](auto& what) { block.what = std::move(what); }, picture.what);
+  if (block.caption.empty()) block.caption = std::move(picture.caption);
+}
+
+void readFilm(Reading& reading, const Object& object, Block& block) {
+  Movie movie = readMovie(reading, Message<TSD::MovieArchive>(object.payload));
+  block.what = std::move(movie.media);
+  if (block.link.empty()) block.link = std::move(movie.link);
+}
+
+void readChartBlock(Reading& reading, const Object& object, Block& block) {
+  block.what = readChart(reading, object);
+}
+
+void readTableBlock(Reading& reading, const Object& object, Block& block) {
+  block.what = readTable(reading, Message<TST::TableInfoArchive>(object.payload));
+}
+
+void readWrappedTable(Reading& reading, const Object& object, Block& block) {
+  using Wrapping = TST::WPTableInfoArchive;
+  block.what = readTable(reading, Message<Wrapping>(object.payload).get(Wrapping::super));
+}
+
+struct DrawableType {
+  std::uint32_t type;
+  // In how many messages the drawable's own lies, each the field 1 of the one around it.
+  unsigned depth;
+  void (*read)(Reading&, const Object&, Block&);
+};
+
+constexpr std::uint32_t kLine = 3009;
+
+constexpr std::array<DrawableType, 11> kTypes = {{
+    {2011, 2, readShape},
+    {2014, 3, readStickyNote},
+    {2240, 3, readTableOfContents},
+    {3004, 1, readOutline},
+    {3005, 1, readImage},
+    {3007, 1, readFilm},
+    {3008, 1, readGroup},
+    {kLine, 2, readOutline},
+    {5021, 1, readChartBlock},
+    {6000, 1, readTableBlock},
+    {6007, 2, readWrappedTable},
+}};
+constexpr DrawableType kPlaceholder = {7, 3, readPlaceholder};
+
+const DrawableType* typeOf(const Reading& reading, const Object& object) {
+  // The other applications give these ids to something else.
+  if (reading.application() == Application::kKeynote &&
+      Types<KN::PlaceholderArchive>::hold(object.type))
+    return &kPlaceholder;
+  const auto type = std::ranges::find(kTypes, object.type, &DrawableType::type);
+  return type == kTypes.end() ? nullptr : type;
+}
+
+Message<TSD::DrawableArchive> drawableIn(std::string_view payload, unsigned depth) {
+  using Nesting = TSD::GroupArchive;  // any message whose field 1 is the one that it extends
+  for (; depth > 0; --depth) payload = Message<Nesting>(payload).get(Nesting::super).bytes();
+  return Message<TSD::DrawableArchive>(payload);
+}
+
+// Whether a block shows something, or somebody said something about it. The
+// description of a mere line says nothing.
+bool isWorthShowing(const Object& object, const Block& block) {
+  const auto* box = std::get_if<Box>(&block.what);
+  if (box == nullptr || !box->blocks.empty()) return true;
+  return hasRemarks(block) || (object.type != kLine && !block.alt.empty());
+}
+
+}  // namespace
+
+std::optional<Block> readDrawable(Reading& reading, const Object& drawable) {
+  const DrawableType* type = typeOf(reading, drawable);
+  if (!reading.claim(drawable)) return std::nullopt;
+  if (type == nullptr) {
+    reading.countUnknown(drawable);
+    return std::nullopt;
+  }
+  const Descent descent(reading);
+  if (descent.tooDeep()) {
+    reading.addProblem("Drawable " + std::to_string(drawable.identifier) + " lies too deep");
+    return std::nullopt;
+  }
+  Block block;
+  readAttributes(reading, drawableIn(drawable.payload, type->depth), block);
+  type->read(reading, drawable, block);
+  if (!isWorthShowing(drawable, block)) return std::nullopt;
+  return block;
+}
+
+void appendDrawable(Reading& reading, const Message<TSP::Reference>& reference,
+                    std::vector<Block>& blocks) {
+  const Object* object = reading.follow(reference);
+  if (object == nullptr) return;
+  if (auto block = readDrawable(reading, *object)) blocks.push_back(*std::move(block));
+}
 
 }  // namespace dorvex::content

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "dorvex/content.h"
 #include "graph/reading.h"
@@ -9,7 +10,12 @@
 namespace dorvex::content {
 
 // The block of a drawable; nothing for what shows nothing of its own (a line, an empty
-// shape) or is of an unknown type, which is counted.
+// shape without a description), has been read before, or is of an unknown type, which
+// is counted.
 std::optional<Block> readDrawable(Reading& reading, const Object& drawable);
+
+// Appends the block of the drawable that is referred to, if it has one.
+void appendDrawable(Reading& reading, const Message<TSP::Reference>& reference,
+                    std::vector<Block>& blocks);
 
 }  // namespace dorvex::content

@@ -117,6 +117,11 @@ std::optional<Application> Graph::application() const {
   return keynote ? Application::kKeynote : Application::kNumbers;
 }
 
+Object Graph::document() const {
+  const Object* document = find(kDocument);
+  return document == nullptr ? Object{} : *document;
+}
+
 const Object* Graph::find(std::uint64_t identifier) const {
   const auto object = std::ranges::lower_bound(objects_, identifier, {}, &Object::identifier);
   return object != objects_.end() && object->identifier == identifier ? &*object : nullptr;

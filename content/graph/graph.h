@@ -28,6 +28,9 @@ class Graph {
   // Nothing where object 1 is not the document of an application.
   std::optional<Application> application() const;
 
+  // The document's own object; one without fields where there is none.
+  Object document() const;
+
   // The object of that identifier, valid as long as the graph; or null.
   const Object* find(std::uint64_t identifier) const;
 

@@ -67,6 +67,18 @@ template <> struct Types<TP::DrawablesZOrderArchive> : TypeIds<10015> {};
 template <> struct Types<TP::PageMasterArchive> : TypeIds<10143> {};
 template <> struct Types<TST::TableInfoArchive> : TypeIds<6000> {};
 template <> struct Types<TST::TableModelArchive> : TypeIds<6001> {};
+// Drawables, of which readDrawable knows more.
+template <> struct Types<newer::TSA_CaptionInfoArchive> : TypeIds<633> {};
+template <> struct Types<TSA::GalleryItem> : TypeIds<623> {};
+template <> struct Types<TSCH::ChartNonStyleArchive> : TypeIds<5023> {};
+template <> struct Types<TSCH::ChartAxisNonStyleArchive> : TypeIds<5027> {};
+template <> struct Types<KN::ShowArchive> : TypeIds<2> {};
+template <> struct Types<KN::SlideNodeArchive> : TypeIds<4> {};
+template <> struct Types<KN::SlideArchive> : TypeIds<5, 6> {};
+template <> struct Types<KN::PlaceholderArchive> : TypeIds<7, 12> {};
+template <> struct Types<KN::NoteArchive> : TypeIds<15> {};
+template <> struct Types<TN::SheetArchive> : TypeIds<2> {};
+template <> struct Types<TN::FormBasedSheetArchive> : TypeIds<3> {};
 // clang-format on
 
 }  // namespace dorvex::content

@@ -1,0 +1,74 @@
+#include "drawables/box_text.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "text/storage.h"
+
+namespace dorvex::content {
+namespace {
+
+using Info = TSWP::ShapeInfoArchive;
+using Storage = TSWP::StorageArchive;
+
+const Object* storageAt(Reading& reading, const Message<TSP::Reference>& reference) {
+  const Object* object = reading.follow(reference);
+  return object != nullptr && Types<Storage>::hold(object->type) ? object : nullptr;
+}
+
+// Documents of some years hold the same text in two of these places.
+const Object* storageOf(Reading& reading, const Message<Info>& box) {
+  if (const Object* own = storageAt(reading, box.get(Info::owned_storage))) return own;
+  if (const auto flow = box.find(Info::text_flow)) {
+    const auto info = reading.get<TSWP::FlowInfoArchive>(*flow);
+    if (const Object* text = storageAt(reading, info.get(TSWP::FlowInfoArchive::text_storage)))
+      return text;
+  }
+  return storageAt(reading, box.get(Info::deprecated_storage));
+}
+
+std::vector<Block> readStorageObject(Reading& reading, const Object* storage) {
+  if (storage == nullptr || !reading.claim(*storage)) return {};
+  auto blocks = readStorage(reading, Message<Storage>(storage->payload));
+  if (showNothing(blocks)) blocks.clear();
+  return blocks;
+}
+
+bool isEmptyParagraph(const Block& block) {
+  const auto* paragraph = std::get_if<Paragraph>(&block.what);
+  return paragraph != nullptr && paragraph->text.empty() && paragraph->runs.empty();
+}
+
+void appendText(const std::vector<Block>& blocks, std::string& text) {
+  for (const Block& block : blocks) {
+    if (const auto* paragraph = std::get_if<Paragraph>(&block.what)) {
+      text += paragraph->text;
+      text += '\n';
+    } else if (const auto* box = std::get_if<Box>(&block.what)) {
+      appendText(box->blocks, text);
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<Block> readBoxText(Reading& reading, const Message<Info>& box) {
+  return readStorageObject(reading, storageOf(reading, box));
+}
+
+std::vector<Block> readText(Reading& reading, const Message<TSP::Reference>& storage) {
+  return readStorageObject(reading, storageAt(reading, storage));
+}
+
+bool showNothing(const std::vector<Block>& blocks) {
+  return std::ranges::all_of(blocks, isEmptyParagraph);
+}
+
+std::string textOf(const std::vector<Block>& blocks) {
+  std::string text;
+  appendText(blocks, text);
+  if (!text.empty()) text.pop_back();  // the last line feed
+  return text;
+}
+
+}  // namespace dorvex::content
