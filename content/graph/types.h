@@ -45,8 +45,9 @@ template <> struct Types<TSWP::FootnoteReferenceAttachmentArchive> : TypeIds<200
 template <> struct Types<TSWP::TSWPTOCPageNumberAttachmentArchive> : TypeIds<2010> {};
 template <> struct Types<TSWP::HighlightArchive> : TypeIds<2013> {};
 template <> struct Types<TSWP::CharacterStyleArchive> : TypeIds<2021> {};
-template <> struct Types<TSWP::ParagraphStyleArchive> : TypeIds<2022, 2026> {};
+template <> struct Types<TSWP::ParagraphStyleArchive> : TypeIds<2022> {};
 template <> struct Types<TSWP::ListStyleArchive> : TypeIds<2023> {};
+template <> struct Types<TSWP::TOCEntryStyleArchive> : TypeIds<2026> {};
 template <> struct Types<TSWP::HyperlinkFieldArchive> : TypeIds<2032> {};
 template <> struct Types<TSWP::BookmarkFieldArchive> : TypeIds<2035> {};
 template <> struct Types<TSWP::UnsupportedHyperlinkFieldArchive> : TypeIds<2039> {};

@@ -2,6 +2,7 @@
 // is drawn in line between them.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "dorvex/content.h"
@@ -9,7 +10,26 @@
 
 namespace dorvex::content {
 
-// The blocks of a storage: its paragraphs, breaks and inline drawables, in order.
+// The blocks of a storage: its paragraphs, breaks and inline drawables, in order. What
+// is drawn in front of a paragraph's text comes before the paragraph, all else that it
+// holds after it.
 std::vector<Block> readStorage(Reading& reading, const Message<TSWP::StorageArchive>& storage);
+
+// Takes the blocks of a storage as they are read.
+class StorageSink {
+ public:
+  virtual ~StorageSink() = default;
+  virtual void block(Block&& block) = 0;
+  // A section begins with the next block.
+  virtual void section(const Object&) {}
+  // A footnote's mark stands in the paragraph that comes next, in text that is deleted
+  // or not. Gives the footnote's id; an empty one for no mark.
+  virtual std::string footnote(const Object& attachment, bool deleted);
+};
+
+void readStorage(Reading& reading, const Message<TSWP::StorageArchive>& storage, StorageSink& sink);
+
+// The texts of the paragraphs among the blocks and in their boxes, parted by line feeds.
+std::string textOf(const std::vector<Block>& blocks);
 
 }  // namespace dorvex::content
