@@ -17,6 +17,7 @@
 #include "drawables/pictures.h"
 #include "tables/table.h"
 #include "text/comment.h"
+#include "text/toc.h"
 
 namespace dorvex::content {
 namespace {
@@ -45,10 +46,10 @@ void readStickyNote(Reading& reading, const Object& object, Block& block) {
   if (saysSomething(comment)) block.comments.push_back(std::move(comment));
 }
 
-void readTableOfContents(Reading& reading, const Object& object, Block& block) {
-  using Info = TSWP::TOCInfoArchive;
-  block.what = Box{BoxKind::kTextBox, PlaceholderKind::kOther,
-                   readBoxText(reading, Message<Info>(object.payload).get(Info::super))};
+void readContents(Reading& reading, const Object& object, Block& block) {
+  const Message<TSWP::TOCInfoArchive> contents(object.payload);
+  block.what =
+      Box{BoxKind::kTextBox, PlaceholderKind::kOther, readTableOfContents(reading, contents)};
 }
 
 PlaceholderKind kindOf(KN::PlaceholderArchive_Kind kind) {
@@ -120,7 +121,7 @@ constexpr std::uint32_t kLine = 3009;
 constexpr std::array<DrawableType, 11> kTypes = {{
     {2011, 2, readShape},
     {2014, 3, readStickyNote},
-    {2240, 3, readTableOfContents},
+    {2240, 3, readContents},
     {3004, 1, readOutline},
     {3005, 1, readImage},
     {3007, 1, readFilm},

@@ -27,6 +27,11 @@ bool isPrintableAscii(char byte) { return byte >= 0x20 && byte < 0x7F; }
 
 }  // namespace
 
+char32_t plainCharacter(char32_t code) {
+  if (isLineBreak(code)) return '\n';
+  return isControl(code) ? 0 : code;
+}
+
 std::string plainText(std::string_view bytes) {
   if (std::ranges::all_of(bytes, isPrintableAscii)) return std::string(bytes);
   std::string text;
@@ -37,10 +42,10 @@ std::string plainText(std::string_view bytes) {
       text += kReplacementBytes;
     } else if (bytes.starts_with("\r\n")) {
       // The line feed that follows makes the line break.
-    } else if (isLineBreak(character.code)) {
-      text += '\n';
-    } else if (!isControl(character.code)) {
+    } else if (const char32_t code = plainCharacter(character.code); code == character.code) {
       text += bytes.substr(0, character.length);
+    } else if (code != 0) {
+      appendCharacter(text, code);
     }
     bytes.remove_prefix(character.length);
   }

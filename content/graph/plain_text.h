@@ -6,6 +6,10 @@
 
 namespace dorvex::content {
 
+// What a character of a string shows as: itself, U+000A for a line break of any
+// kind, 0 for what is not shown.
+char32_t plainCharacter(char32_t code);
+
 // The string in valid UTF-8, without control and attachment characters. Line breaks of
 // every kind become U+000A; tabs stay.
 std::string plainText(std::string_view bytes);

@@ -47,6 +47,26 @@ Character firstCharacter(std::string_view text) {
   return {code, lead.length, true};
 }
 
+void appendCharacter(std::string& text, char32_t code) {
+  const auto append = [&](char32_t byte) { text += static_cast<char>(byte); };
+  const auto trail = [&](unsigned shift) { append(0x80 | ((code >> shift) & 0x3F)); };
+  if (code < 0x80) {
+    append(code);
+  } else if (code < 0x800) {
+    append(0xC0 | code >> 6);
+    trail(0);
+  } else if (code < 0x10000) {
+    append(0xE0 | code >> 12);
+    trail(6);
+    trail(0);
+  } else {
+    append(0xF0 | code >> 18);
+    trail(12);
+    trail(6);
+    trail(0);
+  }
+}
+
 std::string validUtf8(std::string_view text) {
   std::string valid;
   valid.reserve(text.size());

@@ -20,6 +20,8 @@ struct Character {
 // bytes as could have been the beginning of one are one character.
 Character firstCharacter(std::string_view text);
 
+void appendCharacter(std::string& text, char32_t code);
+
 // The text with U+FFFD for what is no character.
 std::string validUtf8(std::string_view text);
 

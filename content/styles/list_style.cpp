@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "TSWPArchives.h"
+#include "graph/plain_text.h"
 #include "styles/ancestry.h"
-#include "text/characters.h"
 
 namespace dorvex::content {
 namespace {
@@ -127,7 +127,7 @@ ListStyle readListStyle(Reading& reading, const Object* object) {
         levels[i].kind = ListKind::kImage;
         break;
       case LabelType::kString:
-        setLabel(levels[i], shownText(at(strings, i)));
+        setLabel(levels[i], plainText(at(strings, i)));
         break;
       case LabelType::kNumber:
         setNumber(levels[i], at(numbers, i), at(tiered, i));

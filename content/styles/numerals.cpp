@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "text/characters.h"
+#include "graph/utf8.h"
 
 namespace dorvex::content {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "TSSArchives.h"
 #include "TSWPArchives.h"
+#include "graph/plain_text.h"
 #include "styles/ancestry.h"
-#include "text/characters.h"
 
 namespace dorvex::content {
 namespace {
@@ -28,7 +28,7 @@ std::optional<ParagraphRole> roleOf(const Message<Style>& style,
   constexpr std::string_view kOlder = "paragraph-style-";
   const auto identifier = identity.get(TSS::StyleArchive::style_identifier);
   if (auto role = roleOfIdentifier(identifier)) return role;
-  if (auto role = roleOfName(shownText(identity.get(TSS::StyleArchive::name)))) return role;
+  if (auto role = roleOfName(plainText(identity.get(TSS::StyleArchive::name)))) return role;
   return identifier.starts_with(kOlder) ? roleOfOutline(style) : std::nullopt;
 }
 
@@ -44,7 +44,7 @@ ParagraphStyle readParagraphStyle(Reading& reading, const Object* object) {
       result.marks.fill(marksOf(style.get(Style::char_properties)));
       continue;
     }
-    if (result.name.empty()) result.name = shownText(identity.get(TSS::StyleArchive::name));
+    if (result.name.empty()) result.name = plainText(identity.get(TSS::StyleArchive::name));
     if (const auto role = roleOf(style, identity)) {
       result.role = *role;
       if (!result.name.empty()) break;

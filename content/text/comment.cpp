@@ -7,7 +7,7 @@
 #include "TSDArchives.h"
 #include "TSKArchives.h"
 #include "TSPMessages.h"
-#include "text/characters.h"
+#include "graph/plain_text.h"
 #include "text/date.h"
 
 namespace dorvex::content {
@@ -30,7 +30,7 @@ class Thread {
     comment.author = authorName(reading_, storage.get(Storage::author));
     if (const auto date = storage.find(Storage::creation_date))
       comment.date = utcDate(date->get(TSP::Date::seconds));
-    comment.text = shownText(storage.get(Storage::text));
+    comment.text = plainText(storage.get(Storage::text));
     if (depth == kDeepestReply) return comment;
     for (const auto& reference : storage.all(Storage::replies)) {
       const Object* reply = reading_.follow(reference);
@@ -64,7 +64,7 @@ bool saysSomething(const Comment& comment) {
 
 std::string authorName(Reading& reading, const Message<TSP::Reference>& author) {
   using Author = TSK::AnnotationAuthorArchive;
-  return shownText(reading.get<Author>(author).get(Author::name));
+  return plainText(reading.get<Author>(author).get(Author::name));
 }
 
 }  // namespace dorvex::content

@@ -7,7 +7,7 @@
 #include "TSDArchives.h"
 #include "TSPMessages.h"
 #include "TSWPArchives.h"
-#include "text/characters.h"
+#include "graph/plain_text.h"
 #include "text/comment.h"
 #include "text/date.h"
 
@@ -125,7 +125,7 @@ Run RunMaker::make(const Marks& marks, const CharacterMarks& ofParagraph) {
   setField(run, marks.field);
   if (marks.ruby != nullptr && Types<TSWP::RubyFieldArchive>::hold(marks.ruby->type)) {
     const Message<TSWP::RubyFieldArchive> field(marks.ruby->payload);
-    run.ruby = shownText(field.get(TSWP::RubyFieldArchive::ruby_text));
+    run.ruby = plainText(field.get(TSWP::RubyFieldArchive::ruby_text));
   }
   setComments(run, marks.highlights);
   run.inserted = change(marks.insertion);
@@ -138,9 +138,9 @@ void RunMaker::setField(Run& run, const Object* field) {
   using Unsupported = TSWP::UnsupportedHyperlinkFieldArchive;
   if (field == nullptr) return;
   if (Types<Link>::hold(field->type)) {
-    run.link = shownText(Message<Link>(field->payload).get(Link::url_ref));
+    run.link = plainText(Message<Link>(field->payload).get(Link::url_ref));
   } else if (Types<Unsupported>::hold(field->type)) {
-    run.link = shownText(Message<Unsupported>(field->payload).get(Unsupported::url_ref));
+    run.link = plainText(Message<Unsupported>(field->payload).get(Unsupported::url_ref));
   } else if (Types<TSWP::BookmarkFieldArchive>::hold(field->type)) {
     setBookmark(run, field);
   } else {
@@ -151,7 +151,7 @@ void RunMaker::setField(Run& run, const Object* field) {
 void RunMaker::setBookmark(Run& run, const Object* bookmark) {
   using Field = TSWP::BookmarkFieldArchive;
   if (bookmark == nullptr || !Types<Field>::hold(bookmark->type)) return;
-  run.bookmark = shownText(Message<Field>(bookmark->payload).get(Field::name));
+  run.bookmark = plainText(Message<Field>(bookmark->payload).get(Field::name));
 }
 
 void RunMaker::setComments(Run& run, const std::vector<const Object*>& highlights) {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "text/characters.h"
+#include "graph/utf8.h"
 
 namespace dorvex::content {
 

@@ -10,14 +10,14 @@
 
 #include "TSWPArchives.h"
 #include "drawables/drawable.h"
+#include "graph/plain_text.h"
+#include "graph/utf8.h"
 #include "styles/list_style.h"
 #include "styles/paragraph_style.h"
 #include "text/attribute_runs.h"
-#include "text/characters.h"
 #include "text/list_numbers.h"
 #include "text/marks.h"
 #include "text/paragraphs.h"
-#include "text/toc.h"
 
 namespace dorvex::content {
 namespace {
@@ -144,13 +144,16 @@ class StorageReader {
   }
 
   void takeOther(std::string_view& text) {
-    const char32_t character = takeCharacter(text);
-    const Position at = std::exchange(position_, position_ + unitsOf(character));
+    const Character first = firstCharacter(text);
+    const char32_t character = first.code;
+    text.remove_prefix(first.length);
+    // Beyond the first plane a character takes two units.
+    const Position at = std::exchange(position_, position_ + (character < 0x10000 ? 1 : 2));
     if (endsParagraph(character)) {
       finish(breakOf(character));
     } else if (character == kAttachment || character == kFootnoteMark) {
       takeAttachment(at);
-    } else if (const char32_t shown = shownCharacter(character); shown != 0) {
+    } else if (const char32_t shown = plainCharacter(character); shown != 0) {
       text_.append(shown);
     }
   }
@@ -175,7 +178,7 @@ class StorageReader {
     // Two paragraphs without what parted them are one, with the style of the first unless
     // nothing is left of that.
     const bool nothingLeft = text_.nothingLeft() && before_.empty();
-    text_.append(kLineFeed);
+    text_.append(U'\n');
     if (nothingLeft) begin();
   }
 
@@ -293,10 +296,8 @@ class StorageReader {
     }
     const Object* object = reading_.follow(drawable.get(Attachment::drawable));
     if (object == nullptr) return;
-    auto block = Types<TSWP::TOCInfoArchive>::hold(object->type)
-                     ? readTableOfContents(reading_, *object)
-                     : readDrawable(reading_, *object);
-    if (block) (text_.nothingLeft() ? before_ : behind_).push_back(std::move(*block));
+    if (auto block = readDrawable(reading_, *object))
+      (text_.nothingLeft() ? before_ : behind_).push_back(std::move(*block));
   }
 
   Reading& reading_;
@@ -326,17 +327,6 @@ class Collector : public StorageSink {
   std::vector<Block> blocks_;
 };
 
-void appendText(const std::vector<Block>& blocks, std::string& text, bool& first) {
-  for (const Block& block : blocks) {
-    if (const auto* paragraph = std::get_if<Paragraph>(&block.what)) {
-      if (!std::exchange(first, false)) text += '\n';
-      text += paragraph->text;
-    } else if (const auto* box = std::get_if<Box>(&block.what)) {
-      appendText(box->blocks, text, first);
-    }
-  }
-}
-
 }  // namespace
 
 std::string StorageSink::footnote(const Object&, bool) { return {}; }
@@ -350,13 +340,6 @@ std::vector<Block> readStorage(Reading& reading, const Message<Storage>& storage
   Collector collector;
   readStorage(reading, storage, collector);
   return collector.take();
-}
-
-std::string textOf(const std::vector<Block>& blocks) {
-  std::string text;
-  bool first = true;
-  appendText(blocks, text, first);
-  return text;
 }
 
 }  // namespace dorvex::content

@@ -29,7 +29,4 @@ class StorageSink {
 
 void readStorage(Reading& reading, const Message<TSWP::StorageArchive>& storage, StorageSink& sink);
 
-// The texts of the paragraphs among the blocks and in their boxes, parted by line feeds.
-std::string textOf(const std::vector<Block>& blocks);
-
 }  // namespace dorvex::content

@@ -1,15 +1,17 @@
 // Tables of contents.
 #pragma once
 
-#include <optional>
+#include <vector>
 
+#include "TSWPArchives.h"
 #include "dorvex/content.h"
 #include "graph/reading.h"
 
 namespace dorvex::content {
 
-// The box of a table of contents, a drawable of that kind; nothing for one that is empty
-// or that a walk has shown already.
-std::optional<Block> readTableOfContents(Reading& reading, const Object& info);
+// The lines of a table of contents, as the application laid them out last; where it has
+// not, the headings that they are made of.
+std::vector<Block> readTableOfContents(Reading& reading,
+                                       const Message<TSWP::TOCInfoArchive>& contents);
 
 }  // namespace dorvex::content
