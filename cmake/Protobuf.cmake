@@ -1,4 +1,5 @@
-# Gives the target dorvex::protobuf, the protobuf runtime that the reader links.
+# Gives the target dorvex::protobuf, the protobuf runtime that the reader links, and
+# dorvex::protobuf_json, what tools and tests need of it beside that.
 #
 # The module must be gone after dlclose, and its ShutdownProtobufLibrary must
 # not take down a protobuf that the host uses itself. Debian's shared library
@@ -43,6 +44,23 @@ function(dorvex_fetch_protobuf_source result)
   set(${result} TRUE PARENT_SCOPE)
 endfunction()
 
+# Half of protobuf's files are never linked: its own parser of .proto files, JSON,
+# the well-known types. They go to a library of their own, for those that ask.
+function(dorvex_split_off_unused_protobuf)
+  set(unused "/compiler/|/util/|_tctable_|/gzip_stream|/printer|/service|/arenaz_sampler|/inlined_string")
+  string(APPEND unused "|/(any|api|duration|empty|field_mask|source_context|struct|timestamp|type|wrappers)[.]pb[.]cc")
+  string(APPEND unused "|/generated_enum_util|/io_win32|/bytestream|/statusor|/time[.]cc")
+  get_target_property(sources libprotobuf SOURCES)
+  set(others ${sources})
+  list(FILTER sources EXCLUDE REGEX "(${unused}).*")
+  list(FILTER others INCLUDE REGEX "(${unused}).*")
+  list(FILTER others INCLUDE REGEX "[.]cc$")
+  set_target_properties(libprotobuf PROPERTIES SOURCES "${sources}")
+  add_library(dorvex_protobuf_json STATIC EXCLUDE_FROM_ALL ${others})
+  target_compile_options(dorvex_protobuf_json PRIVATE -w -O2)
+  target_link_libraries(dorvex_protobuf_json PUBLIC dorvex_protobuf)
+endfunction()
+
 function(dorvex_build_private_protobuf)
   set(protobuf_BUILD_TESTS OFF)
   set(protobuf_BUILD_PROTOC_BINARIES OFF)
@@ -57,6 +75,7 @@ function(dorvex_build_private_protobuf)
   target_compile_options(libprotobuf PRIVATE
     -w -O2 -ffunction-sections -fdata-sections)
   target_compile_definitions(libprotobuf PRIVATE NDEBUG)
+  dorvex_split_off_unused_protobuf()
   target_link_libraries(dorvex_protobuf INTERFACE libprotobuf)
   target_include_directories(dorvex_protobuf SYSTEM INTERFACE
     ${DORVEX_PROTOBUF_SOURCE_DIR}/protobuf/src)
@@ -89,4 +108,17 @@ if(NOT DORVEX_PROTOBUF_IS_PRIVATE)
   set(Protobuf_USE_STATIC_LIBS OFF)
   find_package(Protobuf REQUIRED)
   target_link_libraries(dorvex_protobuf INTERFACE protobuf::libprotobuf)
+endif()
+
+if(NOT TARGET dorvex_protobuf_json)
+  add_library(dorvex_protobuf_json INTERFACE)
+  target_link_libraries(dorvex_protobuf_json INTERFACE dorvex_protobuf)
+endif()
+add_library(dorvex::protobuf_json ALIAS dorvex_protobuf_json)
+
+# Said again at the end of every build and by `dorvex --version`: the warning above is
+# far up by then.
+set(DORVEX_PROTOBUF_NOTE "")
+if(NOT DORVEX_PROTOBUF_IS_PRIVATE)
+  set(DORVEX_PROTOBUF_NOTE "built with the shared protobuf: the reader module cannot be unloaded")
 endif()
