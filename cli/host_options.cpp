@@ -55,7 +55,7 @@ std::string versionText(const HostArguments& arguments) {
   const std::filesystem::path module = arguments.module;
   return "dorvex " DORVEX_VERSION "\n" + located("reader module", module) +
          located("container module", module.empty() ? module : module.parent_path() / "unzip.so") +
-         "record version " + std::to_string(kRecordVersion) + "\n";
+         "record version " + std::to_string(kRecordVersion) + "\n" + DORVEX_PROTOBUF_NOTE;
 }
 
 }  // namespace dorvex::cli
