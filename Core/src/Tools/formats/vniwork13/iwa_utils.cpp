@@ -22,6 +22,14 @@ namespace vn::iwork13 {
 
 namespace {
 
+// Not by insert at the end: some compilers lose count of its sizes, and warn.
+void append(std::vector<unsigned char>& bytes, const unsigned char* begin,
+            const unsigned char* end) {
+  const std::size_t size = bytes.size();
+  bytes.resize(size + static_cast<std::size_t>(end - begin));
+  std::copy(begin, end, bytes.begin() + static_cast<std::ptrdiff_t>(size));
+}
+
 // At a chunk boundary: the end of the chunk, or of the read where the chunk is
 // not complete. Returns cursor where less than a header is left.
 //
@@ -37,7 +45,7 @@ const unsigned char* beginChunk(DataDecompresser& decompresser, const unsigned c
   const auto available = static_cast<std::size_t>(end - body);
   if (length > available) {
     decompresser.pendingChunk.reserve(length);
-    decompresser.pendingChunk.insert(decompresser.pendingChunk.end(), body, end);
+    append(decompresser.pendingChunk, body, end);
     decompresser.pendingChunkRemaining = length - static_cast<std::uint32_t>(available);
     return end;
   }
@@ -51,12 +59,12 @@ const unsigned char* continueChunk(DataDecompresser& decompresser, const unsigne
   auto& [readBuffer, readBufferSize, pending, objectStream, remaining, consumed] = decompresser;
   const auto available = static_cast<std::size_t>(end - cursor);
   if (available < remaining) {
-    pending.insert(pending.end(), cursor, end);
+    append(pending, cursor, end);
     remaining -= static_cast<std::uint32_t>(available);
     return end;
   }
   const unsigned char* chunkEnd = cursor + remaining;
-  pending.insert(pending.end(), cursor, chunkEnd);
+  append(pending, cursor, chunkEnd);
   decompresser.decompressChunk(pending.data(), static_cast<std::uint32_t>(pending.size()));
   pending.clear();
   return chunkEnd;
