@@ -1,0 +1,73 @@
+#include "pages/footnotes.h"
+
+#include <utility>
+
+#include "TSWPArchives.h"
+#include "graph/plain_text.h"
+#include "styles/numerals.h"
+#include "text/storage.h"
+
+namespace dorvex::content {
+namespace {
+
+using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
+using Settings = TP::SettingsArchive;
+using Kind = TP::SettingsArchive_FootnoteKind;
+using Format = TP::SettingsArchive_FootnoteFormat;
+using Numbering = TP::SettingsArchive_FootnoteNumbering;
+
+Numerals numeralsOf(Format format) {
+  switch (format) {
+    case Format::kFootnoteFormatRoman:
+      return Numerals::kLowerRoman;
+    case Format::kFootnoteFormatSymbolic:
+      return Numerals::kSymbols;
+    case Format::kFootnoteFormatJapaneseIdeographic:
+      return Numerals::kJapanese;
+    case Format::kFootnoteFormatArabicNumeric:
+      return Numerals::kArabic;
+    default:
+      return Numerals::kDecimal;
+  }
+}
+
+}  // namespace
+
+Footnotes::Footnotes(Reading& reading, const Message<Settings>& settings)
+    : reading_(reading),
+      kind_(settings.get(Settings::footnote_kind)),
+      format_(settings.get(Settings::footnote_format)),
+      numbering_(settings.get(Settings::footnote_numbering)) {}
+
+std::string Footnotes::add(const Object& attachment, bool deleted) {
+  if (!reading_.claim(attachment)) return {};
+  std::string mark =
+      plainText(Message<Attachment>(attachment.payload).get(Attachment::custom_mark_string));
+  if (mark.empty() && !deleted) mark = nextMark();
+  entries_.push_back({&attachment, std::move(mark)});
+  return std::to_string(entries_.size());
+}
+
+// Where each page begins anew, it is the layout that knows the pages, and the numbers
+// of the whole document tell at least the order.
+std::string Footnotes::nextMark() { return numeral(numeralsOf(format_), ++number_); }
+
+void Footnotes::beginSection() {
+  if (numbering_ == Numbering::kFootnoteNumberingRestartEachSection) number_ = 0;
+}
+
+void Footnotes::write(Sink& sink) {
+  std::size_t id = 0;
+  for (Entry& entry : entries_) {
+    Footnote footnote;
+    footnote.id = std::to_string(++id);
+    footnote.mark = std::move(entry.mark);
+    footnote.endnote = kind_ != Kind::kFootnoteKindFootnotes;
+    const Message<Attachment> attachment(entry.attachment->payload);
+    footnote.blocks = readStorage(reading_, reading_.get<TSWP::StorageArchive>(
+                                                attachment.get(Attachment::contained_storage)));
+    sink.footnote(footnote);
+  }
+}
+
+}  // namespace dorvex::content

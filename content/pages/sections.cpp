@@ -1,0 +1,95 @@
+#include "pages/sections.h"
+
+#include <array>
+#include <map>
+#include <string>
+#include <utility>
+
+#include "TSWPArchives.h"
+#include "drawables/box_text.h"
+#include "text/storage.h"
+
+namespace dorvex::content {
+namespace {
+
+using Archive = TP::SectionArchive;
+using Master = TP::PageMasterArchive;
+using Settings = TP::SettingsArchive;
+using Texts = std::map<PageClass, HeaderText>;
+using References = Values<Message<TSP::Reference>, Encoding::kMessage>;
+
+// The texts of three storages: left, center, right. A line in one piece has one
+// storage, for all of its width.
+HeaderText readLine(Reading& reading, const References& storages) {
+  std::array<std::string, 3> texts;
+  std::size_t count = 0;
+  for (const auto& reference : storages) {
+    if (count == texts.size()) break;
+    texts[count++] = textOf(readStorage(reading, reading.get<TSWP::StorageArchive>(reference)));
+  }
+  if (count == 1) std::swap(texts[0], texts[1]);
+  return {std::move(texts[0]), std::move(texts[1]), std::move(texts[2])};
+}
+
+void addLine(PageClass page, HeaderText&& line, Texts& texts) {
+  if (line != HeaderText{}) texts[page] = std::move(line);
+}
+
+// What a section repeats need not be said again.
+void dropRepeated(bool repeats, Texts& texts, Texts& before) {
+  if (repeats && (texts.empty() || texts == before)) {
+    texts.clear();
+  } else {
+    before = texts;
+  }
+}
+
+}  // namespace
+
+Sections::Sections(Reading& reading, const Message<Settings>& settings)
+    : reading_(reading),
+      headersShown_(settings.get(Settings::headers, true)),
+      footersShown_(settings.get(Settings::footers, true)) {}
+
+// The masters of all three classes of pages are there, whether the section uses them or
+// not.
+Section Sections::read(const Object& object, std::size_t from) {
+  Section section;
+  section.from = from;
+  if (!Types<Archive>::hold(object.type)) return section;
+  const Message<Archive> archive(object.payload);
+  if (archive.get(Archive::page_master_first_page_different) &&
+      !archive.get(Archive::page_master_first_page_hides_header_footer))
+    add(PageClass::kFirst, archive.get(Archive::first_page_master), section);
+  if (archive.get(Archive::page_master_even_odd_pages_different))
+    add(PageClass::kEven, archive.get(Archive::even_page_master), section);
+  if (archive.has(Archive::odd_page_master)) {
+    add(PageClass::kDefault, archive.get(Archive::odd_page_master), section);
+  } else {
+    addOlder(archive, section);
+  }
+  const bool repeats = archive.get(Archive::inherit_previous_header_footer);
+  dropRepeated(repeats, section.headers, headers_);
+  dropRepeated(repeats, section.footers, footers_);
+  return section;
+}
+
+void Sections::add(PageClass page, const Message<TSP::Reference>& reference, Section& section) {
+  const auto master = reading_.get<Master>(reference);
+  if (headersShown_)
+    addLine(page, readLine(reading_, master.all(Master::headers)), section.headers);
+  if (footersShown_)
+    addLine(page, readLine(reading_, master.all(Master::footers)), section.footers);
+}
+
+// Before there were masters, a section had its lines itself.
+void Sections::addOlder(const Message<Archive>& archive, Section& section) {
+  if (headersShown_)
+    addLine(PageClass::kDefault, readLine(reading_, archive.all(Archive::OBSOLETE_headers)),
+            section.headers);
+  if (footersShown_)
+    addLine(PageClass::kDefault, readLine(reading_, archive.all(Archive::OBSOLETE_footers)),
+            section.footers);
+}
+
+}  // namespace dorvex::content
