@@ -8,9 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iostream>
 #include <memory>
 #include <mutex>
 #include <unordered_set>
@@ -93,13 +90,6 @@ class Target {
   int fd_ = STDOUT_FILENO;
 };
 
-std::unique_ptr<std::istream> openList(const std::string& file) {
-  if (file == "-") return std::make_unique<std::istream>(std::cin.rdbuf());
-  auto list = std::make_unique<std::ifstream>(file, std::ios::binary);
-  if (!*list) throw EnvironmentError(file + ": " + std::strerror(errno));
-  return list;
-}
-
 class BatchRun {
  public:
   BatchRun(const Host& host, const BatchOptions& options)
@@ -132,25 +122,21 @@ class BatchRun {
 
  private:
   std::unique_ptr<PathList> documents() {
-    if (!options_.filesFrom.empty()) {
-      list_ = openList(options_.filesFrom);
-      return readPaths(*list_, options_.nul ? '\0' : '\n');
-    }
-    if (showsProgress()) total_ = countDocuments();
-    return listPaths(options_.paths, options_.allFiles);
+    if (options_.input.filesFrom.empty() && showsProgress()) total_ = countDocuments();
+    return listOf(options_.input);
   }
 
   std::uint64_t countDocuments() const {
-    const auto list = listPaths(options_.paths, options_.allFiles);
+    const auto list = listOf(options_.input);
     std::uint64_t count = 0;
     while (nextOf(*list)) ++count;
     return count;
   }
 
-  std::optional<std::string> nextOf(PathList& list) const {
-    while (auto path = list.next()) {
-      const std::string id = documentId(*path);
-      if (shard_.holds(id) && !done_.contains(id)) return path;
+  std::optional<ListedPath> nextOf(PathList& list) const {
+    while (auto document = list.next()) {
+      const std::string id = documentId(document->path);
+      if (shard_.holds(id) && !done_.contains(id)) return document;
     }
     return std::nullopt;
   }
@@ -167,7 +153,6 @@ class BatchRun {
   const std::unordered_set<std::string> done_;
   const Target target_;
   RecordOutput records_;
-  std::unique_ptr<std::istream> list_;
   std::optional<std::uint64_t> total_;
   std::atomic<bool> allRead_ = true;
 };

@@ -2,18 +2,15 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "host_options.h"
 #include "output_options.h"
+#include "path_list.h"
 
 namespace dorvex::cli {
 
 struct BatchOptions {
-  std::vector<std::string> paths;
-  std::string filesFrom;
-  bool nul = false;
-  bool allFiles = false;
+  InputOptions input;
   bool ordered = false;
   bool quiet = false;
   bool tidy = false;

@@ -3,6 +3,7 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -123,7 +124,31 @@ void addHostOptions(CLI::App& app, HostArguments& arguments, Reads reads) {
       ->capture_default_str();
   addLimitOptions(app, arguments, reads);
   addWorkerOptions(app, arguments, reads);
+  if (reads != Reads::kInTheInspector) {
+    app.add_flag("-v,--verbose", arguments.verbose,
+                 "Say with each document that was not read whole what the module returned");
+  }
   app.option_defaults()->group("Options");
+}
+
+CLI::Option* addInputs(CLI::App& command, InputOptions& options) {
+  return command
+      .add_option("documents", options.paths,
+                  "Files, package directories, folders to go through, or - for standard input")
+      ->type_name("PATH");
+}
+
+void addAllFiles(CLI::App& command, InputOptions& options) {
+  command.add_flag("--all-files", options.allFiles,
+                   "In folders, read every file, not only .pages, .key and .numbers");
+}
+
+void addNamingOption(CLI::App& command, OutputOptions& options) {
+  addChoice<Naming>(
+      command, "--name", options.naming,
+      {{"file", Naming::kFile}, {"path", Naming::kPath}, {"hash", Naming::kHash}},
+      "What files in a directory are called after: the document's file name (file), its whole "
+      "path, or the id that records have");
 }
 
 void addOutputOptions(CLI::App& command, OutputOptions& options, const char* help) {
@@ -184,14 +209,18 @@ CLI::App& CommandLine::add(const char* name, const char* help, Reads reads) {
   return command;
 }
 
+// It has one reading.
+void refuseTwiceStandardInput(const InputOptions& input) {
+  if (std::count(input.paths.begin(), input.paths.end(), "-") > 1) {
+    throw CLI::ValidationError("documents", "standard input can be read once only");
+  }
+}
+
 void CommandLine::addText() {
   CLI::App& command = add("text", "Print the texts of documents as UTF-8", Reads::kInWorkersOrHere);
   const auto options = std::make_shared<TextOptions>();
-  command
-      .add_option("documents", options->paths,
-                  "Files, package directories, or - for standard input")
-      ->required()
-      ->type_name("FILE|DIRECTORY");
+  addInputs(command, options->input)->required();
+  addAllFiles(command, options->input);
   auto* nul =
       command.add_flag("-0,--null", options->nul, "End each text with NUL instead of a line feed");
   command.add_option("--separator", options->separator, "What stands behind each text")
@@ -202,12 +231,20 @@ void CommandLine::addText() {
       {{"text", Format::kText}, {"json", Format::kJson}, {"tokens", Format::kTokens}},
       "text: the texts; json: a record for each document, as batch gives it; tokens: the reader's "
       "token stream");
+  command.add_flag("-H,--with-filename", options->withFilename,
+                   "Put the document's name and a colon before each text");
   command.add_flag("--tidy", options->tidy, kTidyHelp);
   addJobsOption(command, options->jobs);
   addOutputOptions(command, options->output,
                    "Write to this file, or a file for each document into this directory");
-  command.final_callback(
-      [this, options] { action_ = [host = host_, options] { return runText(*host, *options); }; });
+  addNamingOption(command, options->output);
+  command.final_callback([this, options] {
+    refuseTwiceStandardInput(options->input);
+    if (options->withFilename && options->format != Format::kText) {
+      throw CLI::ExcludesError("--with-filename", "--format json and tokens");
+    }
+    action_ = [host = host_, options] { return runText(*host, *options); };
+  });
 }
 
 void CommandLine::addTokens() {
@@ -216,9 +253,9 @@ void CommandLine::addTokens() {
   const auto options = std::make_shared<TextOptions>();
   options->format = Format::kTokens;
   options->jobs = 1;
-  options->paths.resize(1);
+  options->input.paths.resize(1);
   command
-      .add_option("document", options->paths.front(),
+      .add_option("document", options->input.paths.front(),
                   "File, package directory, or - for standard input")
       ->required()
       ->type_name("FILE|DIRECTORY");
@@ -237,21 +274,12 @@ std::string shardFault(const std::string& value) {
   }
 }
 
-void addInputOptions(CLI::App& command, BatchOptions& options) {
-  auto* paths = command
-                    .add_option("documents", options.paths,
-                                "Files, package directories, and folders to go through")
-                    ->type_name("PATH");
+void addListOptions(CLI::App& command, InputOptions& options, CLI::Option* paths) {
   auto* list = addPath(command, "--files-from", options.filesFrom, "FILE",
                        "Read the paths from this file, or - for standard input, as they arrive, "
                        "one to a line")
                    ->excludes(paths);
   command.add_flag("-0,--null", options.nul, "The paths of --files-from end with NUL")->needs(list);
-  command.add_flag("--all-files", options.allFiles,
-                   "In folders, read every file, not only .pages, .key and .numbers");
-  command.add_option("--shard", options.shard, "Read part I (from 0) of N of the documents only")
-      ->check(CLI::Validator(shardFault, ""))
-      ->type_name("I/N");
 }
 
 void addRecordOptions(CLI::App& command, BatchOptions& options) {
@@ -268,13 +296,18 @@ void CommandLine::addBatch() {
       add("batch", "Read many documents: a record for each, a line of JSON, whatever happens to it",
           Reads::kInWorkers);
   const auto options = std::make_shared<BatchOptions>();
-  addInputOptions(command, *options);
+  addListOptions(command, options->input, addInputs(command, options->input));
+  addAllFiles(command, options->input);
+  command.add_option("--shard", options->shard, "Read part I (from 0) of N of the documents only")
+      ->check(CLI::Validator(shardFault, ""))
+      ->type_name("I/N");
   addJobsOption(command, options->jobs);
   addRecordOptions(command, *options);
   command.final_callback([this, options] {
-    if (options->paths.empty() && options->filesFrom.empty()) {
+    if (options->input.paths.empty() && options->input.filesFrom.empty()) {
       throw CLI::RequiredError("documents or --files-from");
     }
+    refuseTwiceStandardInput(options->input);
     if (host_->inProcess) throw CLI::ExcludesError("batch", "--in-process");
     action_ = [host = host_, options] { return runBatch(*host, *options); };
   });

@@ -19,4 +19,9 @@ struct EnvironmentError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The arguments ask for what cannot be meant; what() is for people.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
 }  // namespace dorvex::cli

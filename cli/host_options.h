@@ -20,6 +20,7 @@ struct HostArguments {
   bool inProcess = false;
   bool requireSandbox = false;
   bool noSandbox = false;
+  bool verbose = false;
 };
 
 // The options for a host. Says on standard error, once, what the kernel lacks

@@ -4,17 +4,18 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
+
+#include "path_list.h"
 
 namespace dorvex::cli {
 
 struct Job {
   std::uint64_t number;  // from 0, in the order of the items
-  std::string item;
+  ListedPath item;
 };
 
 // The next item, or nothing at the end. Called by one thread at a time.
-using NextItem = std::function<std::optional<std::string>()>;
+using NextItem = std::function<std::optional<ListedPath>()>;
 
 // What the process may have of each; the largest number for no limit.
 struct Resources {

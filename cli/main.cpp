@@ -42,6 +42,9 @@ int runTool(int count, char** values) {
     return readCommandLine(count, values)();
   } catch (const OutputError& error) {
     return report(error);
+  } catch (const UsageError& error) {
+    std::cerr << printable(std::string("dorvex: ") + error.what()) << '\n';
+    return kBadUsage;
   } catch (const std::exception& error) {
     std::cerr << printable(std::string("dorvex: ") + error.what()) << '\n';
     return kEnvironment;

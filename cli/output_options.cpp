@@ -6,7 +6,10 @@
 #include <thread>
 
 namespace dorvex::cli {
+
 unsigned defaultJobs() { return std::max(std::thread::hardware_concurrency(), 1U); }
+
+bool isStandardOutput(const std::string& target) { return target.empty() || target == "-"; }
 
 bool namesDirectory(const std::string& target) {
   std::error_code ignored;

@@ -1,8 +1,16 @@
 #include "path_list.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
-#include <system_error>
+#include <cerrno>
+#include <cstring>
+#include <deque>
+#include <utility>
+
+#include "exit_status.h"
 
 namespace dorvex::cli {
 namespace {
@@ -18,18 +26,22 @@ char lower(char letter) {
 class WalkedPaths final : public PathList {
  public:
   WalkedPaths(std::vector<std::string> paths, bool allFiles) : allFiles_(allFiles) {
-    for (auto& path : paths) waiting_.push_back({std::move(path), true});
+    for (auto& path : paths) {
+      const bool folder = path != "-" && isFolder(path);
+      waiting_.push_back({std::move(path), true, folder});
+    }
   }
 
-  std::optional<std::string> next() override {
+  std::optional<ListedPath> next() override {
     while (!waiting_.empty()) {
-      const Waiting first = std::move(waiting_.front());
+      Waiting first = std::move(waiting_.front());
       waiting_.pop_front();
-      if (isFolder(first)) {
-        if (unfold(first.path)) continue;
-        return first.path;
+      if (first.fault) return ListedPath{first.path, false, first.fault};
+      if (first.folder && !isPackageDirectory(first.path)) {
+        unfold(first.path);
+      } else if (first.named || isDocument(first.path)) {
+        return ListedPath{first.path, first.named && first.path == "-"};
       }
-      if (first.named || isDocument(first.path)) return first.path;
     }
     return std::nullopt;
   }
@@ -37,14 +49,14 @@ class WalkedPaths final : public PathList {
  private:
   struct Waiting {
     std::string path;
-    bool named;  // by the user
+    bool named;   // by the user
+    bool folder;  // not through a link, unless named
+    std::error_code fault = {};
   };
 
-  static bool isFolder(const Waiting& waiting) {
+  static bool isFolder(const std::string& path) {
     std::error_code ignored;
-    const auto status = waiting.named ? fs::status(waiting.path, ignored)
-                                      : fs::symlink_status(waiting.path, ignored);
-    return fs::is_directory(status) && !isPackageDirectory(waiting.path);
+    return fs::is_directory(path, ignored);
   }
 
   // Of what a folder holds. Pipes, devices and sockets, also behind links, are
@@ -67,18 +79,21 @@ class WalkedPaths final : public PathList {
 
   bool isWanted(const std::string& path) const { return allFiles_ || hasDocumentName(path); }
 
-  // Puts what a folder holds in its place.
-  bool unfold(const std::string& folder) {
+  // Puts what a folder holds in its place. The folder says of what kind its
+  // entries are: they need not be entered for that.
+  void unfold(const std::string& folder) {
     std::error_code error;
-    std::vector<std::string> entries;
+    std::vector<Waiting> entries;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
-      entries.push_back(entry->path());
+      std::error_code ignored;
+      const bool isLink = entry->is_symlink(ignored);
+      entries.push_back({entry->path(), false, !isLink && entry->is_directory(ignored)});
     }
-    if (error) return false;
-    std::sort(entries.rbegin(), entries.rend());
-    for (auto& entry : entries) waiting_.push_front({std::move(entry), false});
-    return true;
+    std::sort(entries.begin(), entries.end(),
+              [](const Waiting& a, const Waiting& b) { return a.path > b.path; });
+    if (error) waiting_.push_front({folder, false, false, error});
+    for (auto& entry : entries) waiting_.push_front(std::move(entry));
   }
 
   std::deque<Waiting> waiting_;
@@ -87,19 +102,66 @@ class WalkedPaths final : public PathList {
 
 class ReadPaths final : public PathList {
  public:
-  ReadPaths(std::istream& list, char end) : list_(list), end_(end) {}
+  ReadPaths(const std::string& file, char end)
+      : name_(file == "-" ? "standard input" : file),
+        end_(end),
+        fd_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (fd_ < 0) fail();
+  }
+  ~ReadPaths() override {
+    if (fd_ != STDIN_FILENO) ::close(fd_);
+  }
+  ReadPaths(const ReadPaths&) = delete;
+  ReadPaths& operator=(const ReadPaths&) = delete;
 
-  std::optional<std::string> next() override {
-    std::string path;
-    while (std::getline(list_, path, end_)) {
-      if (!path.empty()) return path;
+  std::optional<ListedPath> next() override {
+    while (auto line = nextLine()) {
+      if (!line->empty()) return ListedPath{std::move(*line)};
     }
     return std::nullopt;
   }
 
  private:
-  std::istream& list_;
-  char end_;
+  std::optional<std::string> nextLine() {
+    auto length = buffer_.find(end_, start_);
+    while (length == std::string::npos && noNul(buffer_.size()) && fill()) {
+      length = buffer_.find(end_, start_);
+    }
+    const auto end = std::min(length, buffer_.size());
+    if (end == start_ && length == std::string::npos) return std::nullopt;
+    static_cast<void>(noNul(end));
+    std::string line = buffer_.substr(start_, end - start_);
+    start_ = std::min(end + 1, buffer_.size());
+    if (end_ == '\n' && line.ends_with('\r')) line.pop_back();
+    return line;
+  }
+
+  // Throws if there is NUL before the end of what is no list of them.
+  bool noNul(std::size_t end) const {
+    if (end_ == '\0' || buffer_.find('\0', start_) >= end) return true;
+    throw EnvironmentError(name_ + ": NUL in a line of the list: -0 is for paths that end with it");
+  }
+
+  // Reads more behind what is left.
+  bool fill() {
+    std::array<char, 65536> block;
+    ssize_t got = 0;
+    do {
+      got = ::read(fd_, block.data(), block.size());
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) fail();
+    buffer_.erase(0, std::exchange(start_, 0));
+    buffer_.append(block.data(), static_cast<std::size_t>(got));
+    return got > 0;
+  }
+
+  [[noreturn]] void fail() const { throw EnvironmentError(name_ + ": " + std::strerror(errno)); }
+
+  const std::string name_;
+  const char end_;
+  const int fd_;
+  std::string buffer_;
+  std::size_t start_ = 0;  // of what has not been given yet
 };
 
 }  // namespace
@@ -121,8 +183,13 @@ std::unique_ptr<PathList> listPaths(std::vector<std::string> paths, bool allFile
   return std::make_unique<WalkedPaths>(std::move(paths), allFiles);
 }
 
-std::unique_ptr<PathList> readPaths(std::istream& list, char end) {
-  return std::make_unique<ReadPaths>(list, end);
+std::unique_ptr<PathList> readPaths(const std::string& file, char end) {
+  return std::make_unique<ReadPaths>(file, end);
+}
+
+std::unique_ptr<PathList> listOf(const InputOptions& options) {
+  if (options.filesFrom.empty()) return listPaths(options.paths, options.allFiles);
+  return readPaths(options.filesFrom, options.nul ? '\0' : '\n');
 }
 
 }  // namespace dorvex::cli

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <system_error>
@@ -40,14 +41,10 @@ Input standardInput() {
   return Input::callback(readStandardInput);
 }
 
-Document open(const Host& host, const std::string& path) {
-  return host.open(path == "-" ? standardInput() : Input::path(path));
-}
-
 // The next document would fare no better.
 const Result& checked(const Result& result) {
   if (result.failure == Failure::kModuleMissing || result.failure == Failure::kNotConfined) {
-    throw EnvironmentError(describe(result));
+    throw EnvironmentError(result.message);
   }
   return result;
 }
@@ -61,64 +58,129 @@ const Result& readTexts(Document& document, bool tidy, Take take) {
   return checked(document.result());
 }
 
+// A printer does not see documents that have a fault.
+PrintDocument unlessAtFault(PrintDocument print) {
+  return
+      [print = std::move(print)](const Host& host, const ListedPath& document, const Write& write) {
+        return document.fault ? faultOf(document) : print(host, document, write);
+      };
+}
+
+struct Advice {
+  Failure failure;
+  Limit limit;
+  std::string_view text;
+};
+
+// What a person can do, where the message does not say so itself.
+constexpr std::array<Advice, 11> kAdvice = {{
+    {Failure::kTimedOut, Limit::kWallTime, "--timeout gives it more time"},
+    {Failure::kOutOfMemory, Limit::kNone, "--max-memory gives it more"},
+    {Failure::kOutOfMemory, Limit::kMemory, "--max-memory gives it more"},
+    {Failure::kLimitPassed, Limit::kMemory, "--max-memory gives it more"},
+    {Failure::kLimitPassed, Limit::kOutput, "--max-output allows more"},
+    {Failure::kLimitPassed, Limit::kInput, "--max-input allows more"},
+    {Failure::kDamaged, Limit::kNone, "dorvex inspect shows what of it is sound"},
+    {Failure::kUnsupportedCompression, Limit::kNone, "save it anew in its application"},
+    {Failure::kNothingRecognised, Limit::kNone, "save it anew in its application"},
+    {Failure::kChanged, Limit::kNone, "read it again when nothing writes to it"},
+    {Failure::kOutOfResources, Limit::kNone, "fewer --jobs need less"},
+}};
+
+std::string_view adviceFor(const Result& result) {
+  for (const Advice& row : kAdvice) {
+    if (row.failure == result.failure && row.limit == result.limit) return row.text;
+  }
+  return {};
+}
+
 }  // namespace
 
-PrintDocument printTexts(std::string separator, bool tidy) {
-  return [separator = std::move(separator), tidy](const Host& host, const std::string& path,
-                                                  const Write& write) -> Result {
-    Document document = open(host, path);
-    return readTexts(document, tidy, [&](std::string text) {
-      text += separator;
-      write(text);
-    });
-  };
+PrintDocument printTexts(TextForm form) {
+  return unlessAtFault([form = std::move(form)](const Host& host, const ListedPath& listed,
+                                                const Write& write) -> Result {
+    const std::string name = nameForPeople(listed);
+    const std::string prefix =
+        form.withFilename ? (form.forTerminal ? printable(name) : name) + ":" : "";
+    Document document = host.open(inputOf(listed));
+    return readTexts(document, form.tidy,
+                     [&](std::string text) { write(prefix + std::move(text) + form.separator); });
+  });
 }
 
 // The buffers have been checked, so reading them again cannot fail.
 PrintDocument printTokens() {
-  return [](const Host& host, const std::string& path, const Write& write) -> Result {
-    Document document = open(host, path);
-    TokenStreamReader reader;
-    while (const auto buffer = document.nextBuffer()) {
-      reader.start(*buffer);
-      while (const auto token = reader.next()) write(print(*token));
-    }
-    return checked(document.result());
-  };
+  return unlessAtFault(
+      [](const Host& host, const ListedPath& listed, const Write& write) -> Result {
+        Document document = host.open(inputOf(listed));
+        TokenStreamReader reader;
+        while (const auto buffer = document.nextBuffer()) {
+          reader.start(*buffer);
+          while (const auto token = reader.next()) write(print(*token));
+        }
+        return checked(document.result());
+      });
 }
 
 PrintDocument printRawTokens() {
-  return [](const Host& host, const std::string& path, const Write& write) -> Result {
-    Document document = open(host, path);
-    while (const auto buffer = document.nextBuffer()) {
-      write({reinterpret_cast<const char*>(buffer->data()), buffer->size()});
-    }
-    return checked(document.result());
-  };
+  return unlessAtFault(
+      [](const Host& host, const ListedPath& listed, const Write& write) -> Result {
+        Document document = host.open(inputOf(listed));
+        while (const auto buffer = document.nextBuffer()) {
+          write({reinterpret_cast<const char*>(buffer->data()), buffer->size()});
+        }
+        return checked(document.result());
+      });
 }
 
 PrintDocument printRecord(bool tidy) {
-  return [tidy](const Host& host, const std::string& path, const Write& write) -> Result {
-    const Record record = readRecord(host, path, tidy);
+  return [tidy](const Host& host, const ListedPath& listed, const Write& write) -> Result {
+    const Record record = readRecord(host, listed, tidy);
     write(toLine(record));
     return record.result;
   };
 }
 
-Record readRecord(const Host& host, const std::string& path, bool tidy) {
+Record readRecord(const Host& host, const ListedPath& listed, bool tidy) {
   Record record;
-  record.path = path;
+  record.path = listed.path;
+  if (listed.fault) {
+    record.result = faultOf(listed);
+    return record;
+  }
   const auto start = Clock::now();
-  Document document = open(host, path);
+  Document document = host.open(inputOf(listed));
   record.result =
       readTexts(document, tidy, [&](std::string text) { record.texts.push_back(std::move(text)); });
   record.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-  record.bytesIn = sizeOnDisk(path == "-" ? kStandardInput : path);
+  record.bytesIn = sizeOnDisk(listed.isStandardInput ? kStandardInput : listed.path);
   return record;
 }
 
-std::string complaint(const std::string& path, const Result& result) {
-  return printable("dorvex: " + (path == "-" ? "standard input" : path) + ": " + describe(result));
+Input inputOf(const ListedPath& document) {
+  return document.isStandardInput ? standardInput() : Input::path(document.path);
+}
+
+Result faultOf(const ListedPath& document) {
+  Result result;
+  result.status = Status::kFailed;
+  const bool forbidden = document.fault == std::errc::permission_denied ||
+                         document.fault == std::errc::operation_not_permitted;
+  result.failure = forbidden ? Failure::kPermissionDenied : Failure::kCannotRead;
+  result.message = "the folder cannot be gone through: " + document.fault.message();
+  return result;
+}
+
+std::string nameForPeople(const ListedPath& document) {
+  return document.isStandardInput ? "standard input" : document.path;
+}
+
+std::string complaint(const ListedPath& document, const Result& result, bool showsNumbers) {
+  std::string line = "dorvex: " + nameForPeople(document) + ": ";
+  line += showsNumbers ? describe(result) : result.message;
+  const auto advice = adviceFor(result);
+  if (!advice.empty()) line.append(" (").append(advice).append(")");
+  return printable(line);
 }
 
 }  // namespace dorvex::cli

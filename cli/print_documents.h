@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "dorvex/host.h"
+#include "path_list.h"
 #include "record.h"
 
 namespace dorvex::cli {
@@ -13,13 +14,18 @@ namespace dorvex::cli {
 // Takes output as it comes.
 using Write = std::function<void(std::string_view)>;
 
-// Reads a document, "-" for standard input, and prints it; what became of it is
-// the result. Throws what write throws, and EnvironmentError.
+// Reads a document and prints it; what became of it is the result. Throws what
+// write throws, and EnvironmentError.
 using PrintDocument =
-    std::function<Result(const Host& host, const std::string& path, const Write& write)>;
+    std::function<Result(const Host& host, const ListedPath& document, const Write& write)>;
 
-// Each text with the separator behind it, tidied on request.
-PrintDocument printTexts(std::string separator, bool tidy);
+struct TextForm {
+  std::string separator = "\n";  // behind each text
+  bool tidy = false;
+  bool withFilename = false;  // and a colon before each text
+  bool forTerminal = false;   // which file names tell nothing
+};
+PrintDocument printTexts(TextForm form);
 // One line for each token.
 PrintDocument printTokens();
 // The bytes of the token stream.
@@ -28,10 +34,19 @@ PrintDocument printRawTokens();
 PrintDocument printRecord(bool tidy);
 
 // Reads a document into its record.
-Record readRecord(const Host& host, const std::string& path, bool tidy);
+Record readRecord(const Host& host, const ListedPath& document, bool tidy);
 
-// What people are told about a document that was not read whole: a line, without
-// its line feed.
-std::string complaint(const std::string& path, const Result& result);
+// What a host opens for a document that has no fault.
+Input inputOf(const ListedPath& document);
+// The result of one that has.
+Result faultOf(const ListedPath& document);
+
+// The document as people know it.
+std::string nameForPeople(const ListedPath& document);
+
+// What people are told about a document that was not read whole, with what they
+// can do about it: a line, without its line feed. showsNumbers: with what the
+// module returned.
+std::string complaint(const ListedPath& document, const Result& result, bool showsNumbers);
 
 }  // namespace dorvex::cli

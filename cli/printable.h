@@ -2,11 +2,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace dorvex::cli {
 
-// The text with ? for each control byte, so that it stays on its line and tells
-// a terminal nothing, whatever a member or a file is called.
-std::string printable(std::string text);
+// The text with ? for each control character, C1 included, and for each byte
+// that is not UTF-8, which a terminal may take for one: it stays on its line and
+// tells a terminal nothing, whatever a member or a file is called.
+std::string printable(std::string_view text);
 
 }  // namespace dorvex::cli

@@ -2,21 +2,22 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "host_options.h"
 #include "output_options.h"
+#include "path_list.h"
 
 namespace dorvex::cli {
 
 enum class Format { kText, kJson, kTokens };
 
 struct TextOptions {
-  std::vector<std::string> paths;
+  InputOptions input;
   Format format = Format::kText;
   bool nul = false;
   bool raw = false;
   bool tidy = false;
+  bool withFilename = false;
   std::string separator = "\n";
   OutputOptions output;
   unsigned jobs = defaultJobs();

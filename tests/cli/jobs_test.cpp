@@ -15,7 +15,7 @@ namespace {
 
 NextItem items(int count) {
   return [count, next = 0]() mutable {
-    return next < count ? std::optional(std::to_string(next++)) : std::nullopt;
+    return next < count ? std::optional(ListedPath{std::to_string(next++)}) : std::nullopt;
   };
 }
 
@@ -28,8 +28,8 @@ TEST(RunJobs, DoesEveryItemOnceUnderItsNumber) {
       4, items(1000),
       [&](const Job& job) {
         const std::lock_guard lock(mutex);
-        EXPECT_EQ(std::to_string(job.number), job.item);
-        EXPECT_TRUE(done.insert(job.item).second);
+        EXPECT_EQ(std::to_string(job.number), job.item.path);
+        EXPECT_TRUE(done.insert(job.item.path).second);
       },
       neverGiveUp);
   EXPECT_TRUE(ended);

@@ -68,6 +68,44 @@ TEST_F(OutputFileTest, HasTheModeThatTheMaskGives) {
   EXPECT_NE(status.st_mode & 0777, 0600u);
 }
 
+TEST_F(OutputFileTest, HasTheModeOfWhatItReplaces) {
+  writeFile(path, "before");
+  ASSERT_EQ(::chmod(path.c_str(), 0604), 0);
+  {
+    OutputFile file(path);
+    file.keep(true);
+  }
+  struct stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0604u);
+}
+
+TEST_F(OutputFileTest, ReplacesWhatALinkLeadsTo) {
+  writeFile(path, "before");
+  const auto link = folder.path() / "link";
+  std::filesystem::create_symlink("a.txt", link);
+  {
+    OutputFile file(link);
+    file.output().write("after");
+    file.keep(true);
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(readFile(path), "after");
+}
+
+TEST_F(OutputFileTest, HasNoNameUntilItIsKept) {
+  OutputFile file(path);
+  file.output().write("text");
+  EXPECT_EQ(files(), 0);
+}
+
+TEST_F(OutputFileTest, TakesNoDeviceForAFileThatIsInTheWay) {
+  EXPECT_FALSE(OutputFile::isTaken("/dev/null"));
+  EXPECT_FALSE(OutputFile::isTaken(path));
+  std::filesystem::create_symlink("/no/such/file", path);
+  EXPECT_TRUE(OutputFile::isTaken(path));
+}
+
 TEST_F(OutputFileTest, SaysWhyItCannotBeMade) {
   EXPECT_THROW(OutputFile("/no/such/folder/a"), OutputError);
 }

@@ -1,6 +1,7 @@
 #include "program.h"
 
 #include <fcntl.h>
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <csignal>
 #include <filesystem>
 #include <set>
+#include <utility>
 
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
@@ -51,8 +53,38 @@ void leadToClosedPipe() {
   ::_exit(kCannotRun);
 }
 
+std::string readToTheEnd(int terminal) {
+  std::string shown;
+  char block[4096];
+  for (ssize_t got = 0; (got = ::read(terminal, block, sizeof block)) > 0;) {
+    shown.append(block, static_cast<std::size_t>(got));
+  }
+  ::close(terminal);
+  std::erase(shown, '\r');
+  return shown;
+}
+
+// Of which the pointers are good while it lives.
+std::vector<char*> pointersTo(std::vector<std::string>& arguments) {
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+int statusOf(pid_t child) {
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
 std::string contentsOf(const std::string& path) {
   return std::filesystem::is_regular_file(path) ? readFile(path) : "";
+}
+
+std::vector<std::string> withOptions(std::vector<std::string> arguments) {
+  if (unconfined() && reads(arguments)) arguments.insert(arguments.begin(), "--no-sandbox");
+  return arguments;
 }
 
 }  // namespace
@@ -67,23 +99,29 @@ Finished runProgram(const std::string& program, const std::vector<std::string>& 
 
   std::vector<std::string> all{program};
   all.insert(all.end(), arguments.begin(), arguments.end());
-  std::vector<char*> pointers;
-  for (std::string& argument : all) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
-
+  std::vector<char*> pointers = pointersTo(all);
   const pid_t child = ::fork();
   if (child == 0) become(program, pointers, used, errors);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), contentsOf(used.output),
-          contentsOf(errors)};
+  const int status = statusOf(child);
+  return {status, contentsOf(used.output), contentsOf(errors)};
 }
 
 Finished runTool(const std::vector<std::string>& arguments, const Streams& streams) {
-  if (!unconfined() || !reads(arguments)) return runProgram(DORVEX_PROGRAM, arguments, streams);
-  std::vector<std::string> all{"--no-sandbox"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  return runProgram(DORVEX_PROGRAM, all, streams);
+  return runProgram(DORVEX_PROGRAM, withOptions(arguments), streams);
+}
+
+Finished runToolAtTerminal(const std::vector<std::string>& arguments) {
+  std::vector<std::string> all = withOptions(arguments);
+  all.insert(all.begin(), DORVEX_PROGRAM);
+  std::vector<char*> pointers = pointersTo(all);
+  int terminal = -1;
+  const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    ::execv(DORVEX_PROGRAM, pointers.data());
+    ::_exit(kCannotRun);
+  }
+  std::string shown = readToTheEnd(terminal);
+  return {statusOf(child), std::move(shown), ""};
 }
 
 }  // namespace dorvex::testing

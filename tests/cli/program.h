@@ -27,4 +27,8 @@ Finished runProgram(const std::string& program, const std::vector<std::string>& 
 // Runs dorvex.
 Finished runTool(const std::vector<std::string>& arguments, const Streams& streams = {});
 
+// Runs dorvex at a terminal: output is what that shows, with line feeds for its
+// line ends.
+Finished runToolAtTerminal(const std::vector<std::string>& arguments);
+
 }  // namespace dorvex::testing
