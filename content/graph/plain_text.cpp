@@ -42,9 +42,7 @@ std::string plainText(std::string_view bytes) {
       text += kReplacementBytes;
     } else if (bytes.starts_with("\r\n")) {
       // The line feed that follows makes the line break.
-    } else if (const char32_t code = plainCharacter(character.code); code == character.code) {
-      text += bytes.substr(0, character.length);
-    } else if (code != 0) {
+    } else if (const char32_t code = plainCharacter(character.code); code != 0) {
       appendCharacter(text, code);
     }
     bytes.remove_prefix(character.length);

@@ -1,6 +1,8 @@
 #include "styles/paragraph_role.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 
 namespace dorvex::content {
 namespace {
@@ -49,8 +51,9 @@ constexpr Kind kNames[] = {
     {"Body Text", Role::kBody},
     {"Text", Role::kBody},
     {"Footnote", Role::kFootnote},
-    {"Header", Role::kHeader},
-    {"Footer", Role::kFooter},
+    {"Figure Caption", Role::kCaption},
+    {"Table Caption", Role::kCaption},
+    {"Chapter Title", Role::kHeading, 1},
     {"TOC", Role::kToc},
     // German
     {"Titel", Role::kTitle},
@@ -141,12 +144,18 @@ unsigned takeNumber(std::string_view& name) {
   return number;
 }
 
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool areEqual(std::string_view name, std::string_view other) {
+  return std::ranges::equal(name, other, {}, lower, lower);
+}
+
 template <std::size_t Size>
 std::optional<ParagraphRole> roleIn(const Kind (&kinds)[Size], std::string_view name) {
   constexpr unsigned kDeepestHeading = 9;
   const unsigned number = takeNumber(name);
   for (const Kind& kind : kinds) {
-    if (kind.name != name) continue;
+    if (!areEqual(kind.name, name)) continue;
     if (kind.role != Role::kHeading) return ParagraphRole{kind.role, 0};
     const unsigned below = number > 0 && number <= kDeepestHeading ? number - 1 : 0;
     return ParagraphRole{Role::kHeading, kind.level + below};

@@ -58,8 +58,7 @@ TEST(JsonEmitter, BreaksALineBehindTheComma) {
 }
 
 TEST(JsonEmitter, EscapesWhatMayNotStandInAString) {
-  EXPECT_EQ(emittedString("\"\\/\b\f\n\r\t\x01\x1F\x7F"),
-            R"("\"\\/\b\f\n\r\t\u0001\u001f\u007f")");
+  EXPECT_EQ(emittedString("\"\\/\b\f\n\r\t\x01\x1F\x7F"), R"("\"\\/\b\f\n\r\t\u0001\u001f\u007f")");
 }
 
 TEST(JsonEmitter, LeavesOtherCharactersAlone) {
