@@ -45,6 +45,11 @@ bool decompress(std::string_view member, std::string& stream) {
   }
 }
 
+void addDamage(std::string_view name, const char* reason, LeftOut& leftOut) {
+  leftOut.damaged.push_back({std::string(name), reason});
+  leftOut.problems.push_back(std::string(name) + " " + reason);
+}
+
 }  // namespace
 
 Graph::Graph(Package& package, LeftOut& leftOut) {
@@ -60,7 +65,7 @@ Graph::Graph(Package& package, LeftOut& leftOut) {
     if (bytes) {
       addStream(name, *bytes, leftOut);
     } else {
-      leftOut.problems.push_back(name + " cannot be read");
+      addDamage(name, "cannot be read", leftOut);
     }
   }
   // The first object stored under an identifier is the one.
@@ -80,7 +85,7 @@ void Graph::addStream(std::string_view name, std::string_view member, LeftOut& l
   std::string_view rest = stream;
   while (!rest.empty() && addArchive(rest)) {
   }
-  if (!whole || !rest.empty()) leftOut.problems.push_back(std::string(name) + " is damaged");
+  if (!whole || !rest.empty()) addDamage(name, "is damaged", leftOut);
 }
 
 // Adds the object of the archive that stream begins with, and takes it off.

@@ -11,7 +11,8 @@ namespace dorvex::content {
 // The caller's calls must nest; keys are text that needs no escapes.
 class JsonEmitter {
  public:
-  explicit JsonEmitter(Output& output) : output_(output) {}
+  // In one line, line breaks that are asked for are left out.
+  explicit JsonEmitter(Output& output, bool oneLine = false) : output_(output), oneLine_(oneLine) {}
 
   void beginObject() { begin('{'); }
   void endObject() { end('}'); }
@@ -27,7 +28,7 @@ class JsonEmitter {
   void null() { literal("null"); }
 
   // Lets the next value or key begin on a line of its own.
-  void breakLine() { lineBreak_ = true; }
+  void breakLine() { lineBreak_ = !oneLine_; }
 
  private:
   void begin(char bracket);
@@ -37,6 +38,7 @@ class JsonEmitter {
   void quoted(std::string_view text);
 
   Output& output_;
+  bool oneLine_;
   bool comma_ = false;
   bool lineBreak_ = false;
 };

@@ -12,7 +12,10 @@ namespace dorvex::content {
 
 class JsonWriter final : public Sink {
  public:
-  explicit JsonWriter(Output::Take take) : output_(std::move(take)), json_(output_) {}
+  // In one line, but for the line feed at the end, or with one for each slide, block and
+  // row of cells.
+  explicit JsonWriter(Output::Take take, bool oneLine = false)
+      : output_(std::move(take)), json_(output_, oneLine) {}
 
   void document(Application application, const Metadata& metadata) override;
   void slide(const Slide& slide) override;

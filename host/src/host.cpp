@@ -25,9 +25,11 @@ Document::Document(Document&&) noexcept = default;
 Document& Document::operator=(Document&&) noexcept = default;
 Document::~Document() = default;
 
-// Texts that came out before a failure make it a partial reading.
+// Texts that came out before a failure make it a partial reading; a rendering that
+// shows nothing does not.
 void Document::end(Result result) {
-  const bool textsCameOut = tokenBytes_ > 0;
+  const bool showsNothing = isRendered() && result.failure == Failure::kNothingRecognised;
+  const bool textsCameOut = tokenBytes_ > 0 && !showsNothing;
   if (result.status == Status::kFailed && textsCameOut) {
     result.status = Status::kPartial;
     result.message = "partial text: " + result.message;
@@ -91,10 +93,23 @@ std::optional<std::string> Document::nextText() {
   return std::nullopt;
 }
 
+bool Document::isRendered() const { return source_ && source_->renders(); }
+
+std::optional<Piece> Document::nextPiece() {
+  if (result_) return std::nullopt;
+  const auto piece = source_->nextPiece();
+  if (piece) {
+    tokenBytes_ += piece->bytes.size();
+  } else {
+    end(source_->result());
+  }
+  return piece;
+}
+
 TextRange Document::texts() { return TextRange(*this); }
 
 const Result& Document::result() {
-  while (nextText()) {
+  while (isRendered() ? nextPiece().has_value() : nextText().has_value()) {
   }
   return *result_;
 }
@@ -129,6 +144,8 @@ Host::Host(HostOptions options) {
     throw std::invalid_argument("bufferSize must be " + std::to_string(kSmallestDeclared) + " to " +
                                 std::to_string(kLargestDeclared));
   }
+  if (options.rendering && options.isolation != Isolation::kWorkers)
+    throw std::invalid_argument("documents are rendered in worker processes only");
   state_ = std::make_unique<State>();
   // Without a slash the loader would search its own folders; and the working
   // directory may change.

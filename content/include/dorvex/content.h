@@ -311,6 +311,12 @@ struct Footnote {
   std::vector<Block> blocks;
 };
 
+// A member of the package that could not be read, or not whole.
+struct DamagedMember {
+  std::string name;
+  std::string reason;  // a phrase for people: "is damaged"
+};
+
 // What the view does not show of what the document holds.
 struct LeftOut {
   std::map<std::uint32_t, std::uint64_t> unknownTypes;  // type id, and how many objects met
@@ -318,6 +324,8 @@ struct LeftOut {
   std::uint64_t hiddenTexts = 0;      // texts that are not shown: switched off, hidden
   std::uint64_t passedOver = 0;       // members that hold no objects, or not readable ones
   std::vector<std::string> problems;  // what could not be decoded, and where
+  // Those of the problems that are damage to the package itself.
+  std::vector<DamagedMember> damaged;
 };
 
 // What is known once all has been read.

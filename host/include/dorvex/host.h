@@ -19,6 +19,7 @@
 #include <string_view>
 
 #include "dorvex/input.h"
+#include "dorvex/rendering.h"
 #include "dorvex/result.h"
 #include "dorvex/sandbox.h"
 #include "dorvex/token_stream.h"
@@ -60,7 +61,7 @@ struct Limits {
   std::uint64_t memory = std::uint64_t{4} << 30;
   // Bytes of scratch streams that are open at a time, in memory and on disk.
   std::uint64_t scratch = std::uint64_t{4} << 30;
-  // Bytes of the token stream.
+  // Bytes of the token stream, or of a rendering and the files beside it.
   std::uint64_t output = std::uint64_t{256} << 20;
   // Bytes of a document that has to be copied before it can be read: what a
   // stream, a callback, a pipe or a device gives.
@@ -72,6 +73,9 @@ struct HostOptions {
   // The reader module's file. The container module is looked for beside it.
   std::filesystem::path module;
   Isolation isolation = Isolation::kWorkers;
+  // Render what documents say, instead of giving their texts. The content module is
+  // looked for beside the reader module. Only with worker processes.
+  std::optional<Rendering> rendering = std::nullopt;
   Sandbox sandbox = Sandbox::kWherePossible;  // of the workers
   Limits limits{};
   // Documents that a worker reads before it is replaced, since the reader gives
@@ -114,6 +118,10 @@ class Document {
   // The texts that are left, as a range to go through once.
   TextRange texts();
 
+  // The next piece of what the document says, where HostOptions::rendering is set, and
+  // where it is not, nothing. Never empty; nothing at the end.
+  std::optional<Piece> nextPiece();
+
   // What became of the document. Reads what has not been asked for yet.
   const Result& result();
 
@@ -121,6 +129,7 @@ class Document {
   void end(Result result);
   void failOnTokens(const TokenStreamError& error);
   bool fetch();
+  bool isRendered() const;
   bool check(std::span<const unsigned char> buffer);
 
   std::unique_ptr<Source> source_;
@@ -171,7 +180,8 @@ class TextRange {
 // use one Host.
 class Host {
  public:
-  // Throws std::invalid_argument for a buffer size out of range. With workers,
+  // Throws std::invalid_argument for a buffer size out of range, and for a rendering
+  // without workers. With workers,
   // forks the process that loads the module and forks them: in a program with
   // threads, make the Host before the threads.
   explicit Host(HostOptions options);

@@ -79,7 +79,7 @@ struct Result {
   Limit limit = Limit::kNone;
   int signal = 0;  // that ended the worker process, or 0
   std::vector<SkippedMember> skipped;
-  std::uint64_t tokenBytes = 0;  // length of the token stream so far
+  std::uint64_t tokenBytes = 0;  // length of the token stream, or the rendering, so far
   // Size of the file, or of all files of a package directory; 0 where it cannot
   // be told.
   std::uint64_t inputBytes = 0;

@@ -57,6 +57,20 @@ class MemoryStore final : public ByteStore {
   std::span<const unsigned char> bytes_;
 };
 
+class BorrowedStore final : public ByteStore {
+ public:
+  explicit BorrowedStore(ByteStore& store) : store_(store) {}
+  std::uint64_t size() const override { return store_.size(); }
+  std::int64_t readAt(std::uint64_t offset, void* buffer, std::size_t count) override {
+    return store_.readAt(offset, buffer, count);
+  }
+  std::span<const unsigned char> inMemory() const override { return store_.inMemory(); }
+  int file() const override { return store_.file(); }
+
+ private:
+  ByteStore& store_;
+};
+
 class FileStore final : public ByteStore {
  public:
   FileStore(UniqueFd file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
@@ -140,6 +154,10 @@ std::unique_ptr<ByteStore> makeMemoryStore(std::span<const unsigned char> bytes)
 }
 
 // Not fstat, which a confined worker may not call.
+std::unique_ptr<ByteStore> makeBorrowedStore(ByteStore& store) {
+  return std::make_unique<BorrowedStore>(store);
+}
+
 std::unique_ptr<ByteStore> makeFileStore(UniqueFd file) {
   const off_t size = ::lseek(file.get(), 0, SEEK_END);
   if (size < 0) return nullptr;

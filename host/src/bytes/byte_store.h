@@ -34,6 +34,9 @@ class ByteStore {
 // Bytes that stay the caller's and must outlive the store.
 std::unique_ptr<ByteStore> makeMemoryStore(std::span<const unsigned char> bytes);
 
+// Another store, which must outlive this one.
+std::unique_ptr<ByteStore> makeBorrowedStore(ByteStore& store);
+
 // A regular file, at the size that it has now. Null when that cannot be told.
 std::unique_ptr<ByteStore> makeFileStore(UniqueFd file);
 

@@ -17,6 +17,7 @@
 #include "isolation/worker_protocol.h"
 #include "looking/diagnosis.h"
 #include "reading/document_source.h"
+#include "reading/render.h"
 #include "reading/services.h"
 
 namespace dorvex {
@@ -55,6 +56,18 @@ Result unconfined(const std::vector<std::string>& missing) {
                       "not read, since it cannot be confined: " + missing.front());
 }
 
+FrameType frameOf(PieceType type) {
+  switch (type) {
+    case PieceType::kOutput:
+      return FrameType::kOutput;
+    case PieceType::kFileName:
+      return FrameType::kFileName;
+    case PieceType::kFileBytes:
+      break;
+  }
+  return FrameType::kFileBytes;
+}
+
 class WorkerLoop {
  public:
   WorkerLoop(UniqueFd channel, const HostOptions& options, const WarmModule& warm)
@@ -80,6 +93,7 @@ class WorkerLoop {
     const auto missing = confine(input);
     const bool refused = options_.sandbox == Sandbox::kRequired && !missing.empty();
     applyLimits();
+    if (options_.rendering && !refused && warm_.content) return render(std::move(input));
     const auto source = refused ? makeFailedSource(unconfined(missing)) : open(std::move(input));
     while (const auto buffer = source->next()) {
       if (!sendFrame(channel_.get(), FrameType::kTokens, *buffer)) ::_exit(EXIT_FAILURE);
@@ -87,8 +101,21 @@ class WorkerLoop {
     sendFrame(channel_.get(), FrameType::kResult, encodeResult(source->result()));
   }
 
+  void render(OpenInput input) {
+    const auto send = [this](const Piece& piece) {
+      const auto* bytes = reinterpret_cast<const unsigned char*>(piece.bytes.data());
+      if (!sendFrame(channel_.get(), frameOf(piece.type), {bytes, piece.bytes.size()}))
+        ::_exit(EXIT_FAILURE);
+      return true;
+    };
+    const Result result = renderDocument(
+        options_, std::move(input), *warm_.content, warm_.module,
+        [this] { return askForScratch(); }, send);
+    sendFrame(channel_.get(), FrameType::kResult, encodeResult(result));
+  }
+
   std::unique_ptr<Document::Source> open(OpenInput input) {
-    if (!warm_.module) return makeFailedSource(unloadable(warm_.error));
+    if (!warm_.error.empty()) return makeFailedSource(unloadable(warm_.error));
     return makeSession(options_, std::move(input), warm_.module,
                        [this] { return askForScratch(); });
   }
@@ -154,6 +181,7 @@ WarmModule warmUp(const HostOptions& options) {
   WarmModule warm;
   try {
     warm.module = ReaderModule::load(options.module);
+    if (options.rendering) warm.content = std::make_shared<ContentModule>(options.module);
   } catch (const ModuleError& error) {
     warm.error = error.what();
     return warm;

@@ -7,17 +7,20 @@
 
 #include "bytes/unique_fd.h"
 #include "dorvex/host.h"
+#include "reading/content_module.h"
 #include "reading/reader_module.h"
 
 namespace dorvex {
 
-// A reader module ready for work, or why it is not.
+// The modules ready for work, or why they are not.
 struct WarmModule {
   std::shared_ptr<ReaderModule> module;
+  std::shared_ptr<ContentModule> content;  // where documents are rendered
   std::string error;
 };
 
-// Loads the reader module and the container module for good, and runs the
+// Loads the reader module and the container module for good, and the content module
+// where documents are rendered, and runs the
 // reader once over a package without members, so that no worker does again what
 // is done once in a process.
 WarmModule warmUp(const HostOptions& options);

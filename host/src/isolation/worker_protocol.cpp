@@ -97,6 +97,11 @@ std::optional<FrameHeader> decodeHeader(std::span<const unsigned char> bytes,
     case FrameType::kTokens:
       fits = header.length > 0 && header.length <= largestTokens;
       break;
+    case FrameType::kOutput:
+    case FrameType::kFileName:
+    case FrameType::kFileBytes:
+      fits = header.length > 0 && header.length <= kLargestPieceFrame;
+      break;
     case FrameType::kResult:
       fits = header.length <= kLargestResultFrame;
       break;

@@ -2,8 +2,8 @@
 //
 // The worker sends frames: a type byte, the length of its payload in four bytes
 // of the machine's order, and the payload. It takes a document and says so,
-// sends token frames, one for each buffer, and a result frame, and takes another
-// or leaves. The receiver believes no length.
+// sends token frames, one for each buffer, or frames of what it renders, and a result
+// frame, and takes another or leaves. The receiver believes no length.
 //
 // The worker is sent single bytes, with a file descriptor each.
 #pragma once
@@ -22,6 +22,9 @@ namespace dorvex {
 enum class FrameType : std::uint8_t {
   kTaken = 'D',  // what befalls the worker from here on is the document's doing
   kTokens = 'T',
+  kOutput = 'O',  // the three pieces of a rendering
+  kFileName = 'N',
+  kFileBytes = 'B',
   kResult = 'R',
   kOutOfMemory = 'M',  // in place of a result; the worker leaves
   kNeedScratch = 'S',  // a scratch file is wanted, and the answer waited for
@@ -39,6 +42,7 @@ struct FrameHeader {
   std::uint32_t length;  // bytes of payload
 };
 constexpr std::size_t kFrameHeaderSize = 5;
+constexpr std::uint32_t kLargestPieceFrame = 64 * 1024;
 constexpr std::uint32_t kLargestResultFrame = 16 * 1024 * 1024;
 
 std::array<unsigned char, kFrameHeaderSize> encodeHeader(FrameHeader header);

@@ -48,6 +48,20 @@ Result outOfMemory(const Limits& limits) {
                             Limit::kMemory);
 }
 
+// Nothing for a frame that is no piece of a rendering.
+std::optional<PieceType> pieceOf(FrameType type) {
+  switch (type) {
+    case FrameType::kOutput:
+      return PieceType::kOutput;
+    case FrameType::kFileName:
+      return PieceType::kFileName;
+    case FrameType::kFileBytes:
+      return PieceType::kFileBytes;
+    default:
+      return std::nullopt;
+  }
+}
+
 class WorkerSource final : public Document::Source {
  public:
   WorkerSource(std::shared_ptr<WorkerPool> pool, std::unique_ptr<Worker> worker, Order order,
@@ -55,9 +69,10 @@ class WorkerSource final : public Document::Source {
       : pool_(std::move(pool)),
         worker_(std::move(worker)),
         order_(order),
+        renders_(options.rendering.has_value()),
         limits_(options.limits),
         timeLeft_(limits_.wallTime),
-        buffer_(ownedBufferSize(options.bufferSize)) {}
+        buffer_(std::max<std::size_t>(ownedBufferSize(options.bufferSize), kLargestPieceFrame)) {}
 
   std::optional<std::span<const unsigned char>> next() override {
     while (!result_) {
@@ -65,12 +80,28 @@ class WorkerSource final : public Document::Source {
       if (!header) break;
       if (header->type != FrameType::kTokens) {
         serve(*header);
-      } else if (const auto tokens = receiveTokens(header->length)) {
+      } else if (const auto tokens = receiveOutput(header->length)) {
         return tokens;
       }
     }
     return std::nullopt;
   }
+
+  std::optional<Piece> nextPiece() override {
+    while (!result_) {
+      const auto header = receiveHeader();
+      if (!header) break;
+      const auto type = pieceOf(header->type);
+      if (!type) {
+        serve(*header);
+      } else if (const auto bytes = receiveOutput(header->length)) {
+        return Piece{*type, {reinterpret_cast<const char*>(bytes->data()), bytes->size()}};
+      }
+    }
+    return std::nullopt;
+  }
+
+  bool renders() const override { return renders_; }
 
   Result result() override {
     worker_.reset();
@@ -86,13 +117,13 @@ class WorkerSource final : public Document::Source {
     return header;
   }
 
-  std::optional<std::span<const unsigned char>> receiveTokens(std::uint32_t length) {
+  std::optional<std::span<const unsigned char>> receiveOutput(std::uint32_t length) {
     received_ += length;
     if (limits_.output > 0 && received_ > limits_.output) {
-      result_ = failedResult(
-          Failure::kLimitPassed,
-          "stopped: more than " + std::to_string(limits_.output) + " bytes of tokens came out",
-          Limit::kOutput);
+      result_ =
+          failedResult(Failure::kLimitPassed,
+                       "stopped: more than " + std::to_string(limits_.output) + " bytes came out",
+                       Limit::kOutput);
       return std::nullopt;
     }
     if (!receive({buffer_.data(), length})) return std::nullopt;
@@ -110,8 +141,11 @@ class WorkerSource final : public Document::Source {
       case FrameType::kOutOfMemory:
         result_ = outOfMemory(limits_);
         break;
-      case FrameType::kTaken:  // has no place here
+      case FrameType::kTaken:  // these have no place here
       case FrameType::kTokens:
+      case FrameType::kOutput:
+      case FrameType::kFileName:
+      case FrameType::kFileBytes:
         result_ = nonsense();
         break;
     }
@@ -182,9 +216,10 @@ class WorkerSource final : public Document::Source {
   std::shared_ptr<WorkerPool> pool_;
   std::unique_ptr<Worker> worker_;
   Order order_;
+  bool renders_;
   Limits limits_;
   Clock::duration timeLeft_;
-  std::uint64_t received_ = 0;  // bytes of tokens
+  std::uint64_t received_ = 0;  // bytes of tokens, or of a rendering
   std::vector<unsigned char> buffer_;
   std::optional<Result> result_;
 };

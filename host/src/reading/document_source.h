@@ -18,7 +18,10 @@ class Document::Source {
   // The next buffer of whole tokens, valid until the next call; nothing at the
   // end, for whatever reason.
   virtual std::optional<std::span<const unsigned char>> next() = 0;
-  // To be asked once next gave nothing.
+  // The same of a document that is rendered, a piece at a time.
+  virtual std::optional<Piece> nextPiece() { return std::nullopt; }
+  virtual bool renders() const { return false; }
+  // To be asked once next or nextPiece gave nothing.
   virtual Result result() = 0;
 };
 

@@ -63,6 +63,7 @@ int IoObject::open(_VPTPIOobj* io) {
 void IoObject::lookThrough() {
   if (lookedThrough_) return;
   lookedThrough_ = true;
+  if (!settings_.lookThrough) settings_.content = Content::kBytes;
   if (settings_.content == Content::kUnknown) {
     settings_.content = beginsLikeAZip(*store_) ? Content::kBytes : Content::kChunks;
   }

@@ -39,10 +39,11 @@ class IoObject : public _VPTPIOobj {
 
   struct Settings {
     Content content = Content::kBytes;
-    bool alignReads = true;  // for chunks
-    std::string name;        // for the observations
-    std::string path;        // what pathName shows; empty for none
-    Quota* quota = nullptr;  // that writing counts against; must outlive the object
+    bool alignReads = true;   // for chunks
+    bool lookThrough = true;  // false: the bytes are given as they are, whatever they hold
+    std::string name;         // for the observations
+    std::string path;         // what pathName shows; empty for none
+    Quota* quota = nullptr;   // that writing counts against; must outlive the object
   };
 
   IoObject(std::unique_ptr<ByteStore> store, Settings settings, Observations& observations);

@@ -77,6 +77,12 @@ OpenInput OpenInput::fromDescriptor(UniqueFd fd, bool isDirectory) {
   return opened;
 }
 
+OpenInput OpenInput::fromStore(std::unique_ptr<ByteStore> store) {
+  OpenInput opened;
+  opened.store_ = std::move(store);
+  return opened;
+}
+
 OpenInput OpenInput::fromMemory(std::span<const unsigned char> bytes) {
   OpenInput opened;
   opened.store_ = makeMemoryStore(bytes);

@@ -20,6 +20,7 @@ class OpenInput {
 
   // A file or directory that is open already.
   static OpenInput fromDescriptor(UniqueFd fd, bool isDirectory);
+  static OpenInput fromStore(std::unique_ptr<ByteStore> store);
   // Bytes that must outlive the object.
   static OpenInput fromMemory(std::span<const unsigned char> bytes);
 

@@ -185,6 +185,7 @@ _VPTPIOobj* HostServices::openPath(const char* path) {
   }
   return adopt(std::move(store), {.content = contentOf(path),
                                   .alignReads = settings_.alignReads,
+                                  .lookThrough = settings_.lookThrough,
                                   .name = nameOf(path),
                                   .path = path});
 }
@@ -193,6 +194,7 @@ _VPTPIOobj* HostServices::openScratch() {
   return adopt(makeScratchStore(settings_.scratchMemory, settings_.openScratchFile),
                {.content = IoObject::Content::kUnknown,
                 .alignReads = settings_.alignReads,
+                .lookThrough = settings_.lookThrough,
                 .name = "",
                 .path = "",
                 .quota = &quota_});

@@ -38,6 +38,7 @@ class HostServices : public tag_TPVAPIServices {
     std::filesystem::path moduleFolder;  // where LoadDll looks
     std::size_t scratchMemory = 0;       // bytes of a scratch stream kept in memory
     bool alignReads = true;              // read member streams in step with their chunks
+    bool lookThrough = true;             // look for faults in member streams
     ContainerLimits containers{};        // zero for no limit
     std::uint64_t scratchBytes = 0;      // of scratch streams that are open; zero for no limit
     std::string root;                    // of a package directory; left out of names
