@@ -30,8 +30,8 @@ struct CsvOptions {
   bool fillMerged = false;  // a merged value in each of its cells
   bool guard = false;       // no value that a spreadsheet takes for a formula
   // The name or the number, from 1, of a sheet, and of a table in it; empty for any.
-  std::string sheet;
-  std::string table;
+  std::string sheet{};
+  std::string table{};
   bool eachTable = false;   // every table as a file
   bool listTables = false;  // their names instead
 };
@@ -45,7 +45,7 @@ struct WriterOptions {
   bool frontMatter = false;  // Markdown begins with metadata
   bool pandoc = false;       // pandoc's Markdown, not GitHub's
   bool oneLine = false;      // JSON without line feeds
-  std::string mediaFolder;   // what links to media begin with
+  std::string mediaFolder{};   // what links to media begin with
   CsvOptions csv;
 };
 

@@ -37,12 +37,12 @@ struct Rendering {
   // The media that the document uses come as files beside the rendering, and links to
   // them begin with mediaFolder.
   bool media = false;
-  std::string mediaFolder;
+  std::string mediaFolder{};
 
   // CSV. A sheet is its name or its number, from 1, and so is a table in it; empty for
   // any. A document of several tables needs a choice, or gives each as a file.
-  std::string sheet;
-  std::string table;
+  std::string sheet{};
+  std::string table{};
   RenderValues values = RenderValues::kShown;
   char delimiter = ',';
   bool header = true;       // with the header rows
