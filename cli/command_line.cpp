@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "batch_command.h"
+#include "convert_command.h"
 #include "document_id.h"
 #include "exit_status.h"
 #include "host_options.h"
@@ -31,6 +32,9 @@ constexpr const char kExamples[] =
     "  dorvex text -o texts/ *.pages        a file for each document\n"
     "  dorvex batch ~/Documents -o out.jsonl\n"
     "                                       a folder, a record for each document\n"
+    "  dorvex convert Deck.key              what a person reads, as Markdown\n"
+    "  dorvex convert --to html -o site/ *.pages\n"
+    "                                       a page for each document\n"
     "  dorvex inspect Letter.pages          what a package holds\n"
     "  dorvex tokens Letter.pages           the reader's token stream, readably\n"
     "\n"
@@ -180,6 +184,7 @@ class CommandLine {
  private:
   void addText();
   void addTokens();
+  void addConvert();
   void addBatch();
   void addInspect();
   CLI::App& add(const char* name, const char* help, Reads reads);
@@ -199,6 +204,7 @@ CommandLine::CommandLine() {
   app_.set_version_flag("--version", [host = host_] { return versionText(*host); });
   addText();
   addTokens();
+  addConvert();
   addBatch();
   addInspect();
 }
@@ -263,6 +269,90 @@ void CommandLine::addTokens() {
   addOutputOptions(command, options->output, "Write to this file");
   command.final_callback(
       [this, options] { action_ = [host = host_, options] { return runText(*host, *options); }; });
+}
+
+std::string delimiterFault(const std::string& value) {
+  const bool one = value == "\\t" || (value.size() == 1 && value[0] > 0 && value[0] != '"' &&
+                                      value[0] != '\n' && value[0] != '\r');
+  return one ? "" : "must be one ASCII character, or \\t";
+}
+
+void addMarkdownOptions(CLI::App& command, Rendering& rendering) {
+  addChoice<bool>(command, "--skipped", rendering.dropSkipped, {{"keep", false}, {"drop", true}},
+                  "What to do with skipped slides (keep)");
+  addChoice<bool>(command, "--tables", rendering.htmlTables, {{"pipe", false}, {"html", true}},
+                  "Markdown: tables with pipes, or as HTML with spans (pipe)");
+  addChoice<RenderComments>(command, "--comments", rendering.comments,
+                            {{"none", RenderComments::kNone},
+                             {"end", RenderComments::kEnd},
+                             {"inline", RenderComments::kInline}},
+                            "Where comments go (none)");
+  addChoice<RenderChanges>(command, "--changes", rendering.changes,
+                           {{"final", RenderChanges::kFinal},
+                            {"original", RenderChanges::kOriginal},
+                            {"all", RenderChanges::kAll}},
+                           "Which text of tracked changes is given (final)");
+  command.add_flag("--front-matter", rendering.frontMatter,
+                   "Markdown: begin with what is known of the document, as YAML");
+  addChoice<bool>(command, "--flavor", rendering.pandoc, {{"github", false}, {"pandoc", true}},
+                  "Markdown: for whom (github)");
+}
+
+void addCsvOptions(CLI::App& command, Rendering& rendering) {
+  command.add_option("--sheet", rendering.sheet, "CSV: the sheet, by name or number")
+      ->type_name("SHEET");
+  command.add_option("--table", rendering.table, "CSV: the table, by name or number in its sheet")
+      ->type_name("TABLE");
+  command.add_flag("--list", rendering.listTables, "CSV: name the tables instead");
+  addChoice<RenderValues>(command, "--values", rendering.values,
+                          {{"shown", RenderValues::kShown},
+                           {"raw", RenderValues::kRaw},
+                           {"formula", RenderValues::kFormula}},
+                          "CSV: cells as they are shown, their values, or their formulas (shown)");
+  command
+      .add_option_function<std::string>(
+          "--delimiter",
+          [&rendering](const std::string& value) {
+            rendering.delimiter = value == "\\t" ? '\t' : value[0];
+          },
+          "CSV: what stands between cells (,)")
+      ->check(CLI::Validator(delimiterFault, ""))
+      ->type_name("CHARACTER");
+  addChoice<bool>(command, "--header", rendering.header, {{"keep", true}, {"drop", false}},
+                  "CSV: what to do with header rows (keep)");
+  command.add_flag("--fill-merged", rendering.fillMerged,
+                   "CSV: give a merged value in each of its cells");
+  command.add_flag("--guard", rendering.guard,
+                   "CSV: put an apostrophe before what a spreadsheet would take for a formula");
+}
+
+void CommandLine::addConvert() {
+  CLI::App& command =
+      add("convert", "Render what documents say, in reading order", Reads::kInWorkers);
+  const auto options = std::make_shared<ConvertOptions>();
+  addInputs(command, options->input)->required();
+  addAllFiles(command, options->input);
+  addChoice<RenderFormat>(command, "--to", options->rendering.format,
+                          {{"json", RenderFormat::kJson},
+                           {"markdown", RenderFormat::kMarkdown},
+                           {"html", RenderFormat::kHtml},
+                           {"text", RenderFormat::kText},
+                           {"csv", RenderFormat::kCsv}},
+                          "The format (markdown)");
+  addMarkdownOptions(command, options->rendering);
+  addPath(command, "--extract-media", options->extractMedia, "DIRECTORY",
+          "Write the media that the document uses there, and link to them");
+  addCsvOptions(command, options->rendering);
+  addJobsOption(command, options->jobs);
+  addOutputOptions(
+      command, options->output,
+      "Write to this file, or a file for each document, or table, into this directory");
+  addNamingOption(command, options->output);
+  command.final_callback([this, options] {
+    refuseTwiceStandardInput(options->input);
+    if (host_->inProcess) throw CLI::ExcludesError("convert", "--in-process");
+    action_ = [host = host_, options] { return runConvert(*host, *options); };
+  });
 }
 
 std::string shardFault(const std::string& value) {

@@ -133,6 +133,27 @@ PrintDocument printRawTokens() {
       });
 }
 
+// A file of which there may be more to come is not whole.
+PrintDocument printRendering(SideFilesOf sideFilesOf) {
+  return unlessAtFault([sideFilesOf = std::move(sideFilesOf)](const Host& host,
+                                                              const ListedPath& listed,
+                                                              const Write& write) -> Result {
+    SideFiles files = sideFilesOf(listed);
+    Document document = host.open(inputOf(listed));
+    while (const auto piece = document.nextPiece()) {
+      if (piece->type == PieceType::kOutput) {
+        write(piece->bytes);
+      } else {
+        files.take(*piece);
+      }
+    }
+    const Result& result = checked(document.result());
+    const bool ended = result.failure == Failure::kNone || result.failure == Failure::kDamaged;
+    if (ended) files.finish();
+    return result;
+  });
+}
+
 PrintDocument printRecord(bool tidy) {
   return [tidy](const Host& host, const ListedPath& listed, const Write& write) -> Result {
     const Record record = readRecord(host, listed, tidy);

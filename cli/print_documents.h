@@ -8,6 +8,7 @@
 #include "dorvex/host.h"
 #include "path_list.h"
 #include "record.h"
+#include "side_files.h"
 
 namespace dorvex::cli {
 
@@ -33,7 +34,11 @@ PrintDocument printRawTokens();
 // The document's record, a line of JSON.
 PrintDocument printRecord(bool tidy);
 
-// Reads a document into its record.
+// The rendering that the host's options ask for, and the files beside it.
+using SideFilesOf = std::function<SideFiles(const ListedPath& document)>;
+PrintDocument printRendering(SideFilesOf sideFilesOf);
+
+// Reads a document into its record, or what the host renders of it.
 Record readRecord(const Host& host, const ListedPath& document, bool tidy);
 
 // What a host opens for a document that has no fault.
