@@ -33,10 +33,18 @@ char32_t plainCharacter(char32_t code) {
 }
 
 std::string plainText(std::string_view bytes) {
-  if (std::ranges::all_of(bytes, isPrintableAscii)) return std::string(bytes);
   std::string text;
-  text.reserve(bytes.size());
-  while (!bytes.empty()) {
+  appendPlainText(bytes, text);
+  return text;
+}
+
+void appendPlainText(std::string_view bytes, std::string& text) {
+  text.reserve(text.size() + bytes.size());
+  while (true) {
+    const auto special = std::ranges::find_if_not(bytes, isPrintableAscii);
+    text.append(bytes.begin(), special);
+    bytes.remove_prefix(static_cast<std::size_t>(special - bytes.begin()));
+    if (bytes.empty()) return;
     const Character character = firstCharacter(bytes);
     if (!character.valid) {
       text += kReplacementBytes;
@@ -47,7 +55,6 @@ std::string plainText(std::string_view bytes) {
     }
     bytes.remove_prefix(character.length);
   }
-  return text;
 }
 
 std::string composed(std::string_view bytes) {

@@ -13,6 +13,7 @@ char32_t plainCharacter(char32_t code);
 // The string in valid UTF-8, without control and attachment characters. Line breaks of
 // every kind become U+000A; tabs stay.
 std::string plainText(std::string_view bytes);
+void appendPlainText(std::string_view bytes, std::string& text);
 
 // The same in Unicode's normalization form C. Names of files are stored in any form.
 std::string composed(std::string_view bytes);

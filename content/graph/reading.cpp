@@ -25,7 +25,9 @@ Media Reading::media(const Message<TSP::DataReference>& reference, MediaKind kin
 }
 
 void Reading::addProblem(std::string problem) {
-  if (leftOut_.problems.size() < kMostProblems) leftOut_.problems.push_back(std::move(problem));
+  if (wantsProblems()) leftOut_.problems.push_back(std::move(problem));
 }
+
+bool Reading::wantsProblems() const { return leftOut_.problems.size() < kMostProblems; }
 
 }  // namespace dorvex::content

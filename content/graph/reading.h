@@ -1,7 +1,10 @@
 // What all walks work with: the graph, and the account of what is left out.
 #pragma once
 
+#include <map>
+#include <memory>
 #include <string>
+#include <typeindex>
 #include <unordered_set>
 #include <utility>
 
@@ -49,10 +52,21 @@ class Reading {
   // document refers to a million times costs once.
   bool claim(const Object& object) { return claimed_.insert(&object).second; }
 
+  // What a room keeps for the whole document: made from this reading when it is first
+  // asked for, and the same one from then on.
+  template <typename Kept>
+  Kept& keep() {
+    std::shared_ptr<void>& kept = kept_[typeid(Kept)];
+    if (!kept) kept = std::make_shared<Kept>(*this);
+    return *static_cast<Kept*>(kept.get());
+  }
+
   // Counts an object that a walk met and that no registry of the application knows.
   void countUnknown(const Object& object) { ++leftOut_.unknownTypes[object.type]; }
   // One sentence: what could not be decoded, and where. Keeps so many and no more.
   void addProblem(std::string problem);
+  // Whether it keeps another one.
+  bool wantsProblems() const;
 
  private:
   friend class Descent;
@@ -63,6 +77,7 @@ class Reading {
   MediaFiles* media_;
   std::unordered_set<const Object*> claimed_;
   unsigned depth_ = 0;
+  std::map<std::type_index, std::shared_ptr<void>> kept_;
 };
 
 // One level of things within things, as long as it lives:

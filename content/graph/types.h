@@ -80,6 +80,19 @@ template <> struct Types<KN::PlaceholderArchive> : TypeIds<7, 12> {};
 template <> struct Types<KN::NoteArchive> : TypeIds<15> {};
 template <> struct Types<TN::SheetArchive> : TypeIds<2> {};
 template <> struct Types<TN::FormBasedSheetArchive> : TypeIds<3> {};
+template <> struct Types<TST::Tile> : TypeIds<6002> {};
+template <> struct Types<TST::TableDataList> : TypeIds<6005, 6201> {};
+template <> struct Types<newer::TST_TableDataListSegment> : TypeIds<6011> {};
+template <> struct Types<TST::MergeRegionMapArchive> : TypeIds<6144> {};
+template <> struct Types<TST::PopUpMenuModel> : TypeIds<6206> {};
+template <> struct Types<TST::RichTextPayloadArchive> : TypeIds<6218> {};
+template <> struct Types<TST::ColumnRowUIDMapArchive> : TypeIds<6267> {};
+template <> struct Types<TST::SummaryModelArchive> : TypeIds<6316> {};
+template <> struct Types<newer::TST_CategoryOwnerRefArchive> : TypeIds<6372> {};
+template <> struct Types<TST::CategoryOwnerArchive_GroupByArchive> : TypeIds<6373> {};
+template <> struct Types<TST::CategoryOwnerArchive_GroupByArchive_GroupNodeArchive> : TypeIds<6383> {};
+template <> struct Types<TSCE::FormulaOwnerDependenciesArchive> : TypeIds<4008> {};
+template <> struct Types<TSK::CustomFormatListArchive> : TypeIds<222> {};
 // clang-format on
 
 }  // namespace dorvex::content

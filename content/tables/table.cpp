@@ -1,7 +1,61 @@
 #include "tables/table.h"
 
-namespace dorvex::content {
+#include <algorithm>
+#include <memory>
 
-Table readTable(Reading&, const Message<TST::TableInfoArchive>&) { return {}; }
+#include "graph/plain_text.h"
+#include "newer.h"
+#include "tables/hidden_lines.h"
+#include "tables/merges.h"
+#include "tables/table_rows.h"
+#include "tables/uid_map.h"
+
+namespace dorvex::content {
+namespace {
+
+using Model = TST::TableModelArchive;
+using Info = TST::TableInfoArchive;
+
+// What tables of documents without identifiers for rows and columns may have.
+constexpr std::size_t kMostRows = 65'535;
+constexpr std::size_t kMostColumns = 256;
+
+// The number of rows or columns. One that nothing else bears out is damage: a table
+// would come out as large as that.
+std::uint32_t boundedCount(std::uint32_t count, std::size_t known, std::size_t most) {
+  return static_cast<std::uint32_t>(std::min<std::size_t>(count, std::max(known, most)));
+}
+
+}  // namespace
+
+Table readTable(Reading& reading, const Message<Info>& info) {
+  const auto model = reading.get<Model>(info.get(Info::tableModel));
+  const UidMap uids(
+      reading.get<TST::ColumnRowUIDMapArchive>(model.get(Model::base_column_row_uids)));
+  Table table;
+  table.name = plainText(model.get(Model::table_name));
+  table.nameShown = model.get(Model::table_name_enabled);
+  table.rows = boundedCount(model.get(Model::number_of_rows), uids.rows.size(), kMostRows);
+  table.columns =
+      boundedCount(model.get(Model::number_of_columns), uids.columns.size(), kMostColumns);
+  if (table.rows != model.get(Model::number_of_rows) ||
+      table.columns != model.get(Model::number_of_columns))
+    reading.addProblem("Table \"" + table.name + "\" has more rows or columns than can be");
+  table.headerRows = std::min(model.get(Model::number_of_header_rows), table.rows);
+  table.headerColumns = std::min(model.get(Model::number_of_header_columns), table.columns);
+  table.footerRows =
+      std::min(model.get(Model::number_of_footer_rows), table.rows - table.headerRows);
+  HiddenLines hidden = readHiddenLines(info, model, uids);
+  const auto beyond = [](std::vector<std::uint32_t>& lines, std::uint32_t count) {
+    lines.erase(std::ranges::lower_bound(lines, count), lines.end());
+  };
+  beyond(hidden.rows, table.rows);
+  beyond(hidden.columns, table.columns);
+  table.hiddenRows = std::move(hidden.rows);
+  table.hiddenColumns = std::move(hidden.columns);
+  table.merges = readMerges(reading, model, table.rows, table.columns);
+  table.cells = std::make_shared<StoredRows>(reading, model.get(Model::base_data_store), table);
+  return table;
+}
 
 }  // namespace dorvex::content

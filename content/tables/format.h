@@ -1,0 +1,77 @@
+// How the cells of a table show their values: each format of a table is compiled once,
+// for all cells that have it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "dorvex/content.h"
+#include "graph/reading.h"
+#include "tables/custom_format.h"
+#include "tables/date_format.h"
+#include "tables/duration_format.h"
+#include "tables/number_format.h"
+#include "tables/symbols.h"
+
+namespace dorvex::content {
+
+// What the formats of a document work with.
+class Formatting {
+ public:
+  explicit Formatting(Reading& reading);
+
+  const Symbols& symbols() const { return symbols_; }
+  // The custom format of that identifier, or null.
+  const CustomFormat* custom(const Message<TSP::UUID>& uid);
+
+ private:
+  struct Custom {
+    std::uint64_t upper, lower;
+    Message<TSK::CustomFormatArchive> archive;
+    std::unique_ptr<CustomFormat> compiled;
+  };
+
+  Symbols symbols_;
+  std::vector<Custom> customs_;  // ascending by upper and lower
+};
+
+// A compiled format. What it cannot show is shown as a cell without a format shows it.
+class Format {
+ public:
+  Format() = default;  // that of a cell without one
+  Format(const FormatArchive& archive, Formatting& formatting);
+
+  // The kind, as Cell::format has it.
+  std::string_view name() const { return name_; }
+  // The code of a currency; empty for none.
+  const std::string& currency() const { return currency_; }
+  // The control that a format of older documents stands for.
+  Control control() const { return control_; }
+  // The list of a pop-up menu of older documents.
+  std::optional<std::uint32_t> choices() const { return choices_; }
+  CellType typeOfNumber() const { return typeOfNumber_; }
+
+  void appendNumber(const Decimal& number, const Symbols& symbols, std::string& out) const;
+  void appendDate(double seconds, const Symbols& symbols, std::string& out) const;
+  void appendDuration(double seconds, const Symbols& symbols, std::string& out) const;
+  void appendText(std::string_view text, std::string& out) const;
+  static void appendBool(bool value, std::string& out) { out += value ? "TRUE" : "FALSE"; }
+
+ private:
+  void compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting);
+
+  std::variant<std::monostate, DecimalFormat, ScientificFormat, FractionFormat, BaseFormat,
+               RatingFormat, DateFormat, DurationFormat, const CustomFormat*>
+      shown_;
+  std::string_view name_;
+  std::string currency_;
+  Control control_ = Control::kNone;
+  std::optional<std::uint32_t> choices_;
+  CellType typeOfNumber_ = CellType::kNumber;
+};
+
+}  // namespace dorvex::content

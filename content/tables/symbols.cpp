@@ -1,0 +1,204 @@
+#include "tables/symbols.h"
+
+#include <unicode/calendar.h>
+#include <unicode/datefmt.h>
+#include <unicode/decimfmt.h>
+#include <unicode/dtfmtsym.h>
+#include <unicode/smpdtfmt.h>
+#include <unicode/ucurr.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "TSKArchives.h"
+#include "graph/plain_text.h"
+#include "newer.h"
+#include "tables/document.h"
+
+namespace dorvex::content {
+namespace {
+
+using Archive = newer::TSK_FormattingSymbolsArchive;
+
+constexpr std::string_view kCurrencySign = "\u00A4";
+constexpr std::string_view kDefaultLocale = "en_US";
+
+std::string utf8(const icu::UnicodeString& text) {
+  std::string bytes;
+  text.toUTF8String(bytes);
+  return bytes;
+}
+
+template <std::size_t Count>
+void assign(std::array<std::string, Count>& names, const icu::UnicodeString* from, int count,
+            int first = 0) {
+  for (int i = 0; i < static_cast<int>(Count) && i + first < count; ++i)
+    names[static_cast<std::size_t>(i)] = utf8(from[i + first]);
+}
+
+// Takes the names of a document if it has all of them.
+template <std::size_t Count, typename Strings>
+void assign(std::array<std::string, Count>& names, const Strings& from) {
+  if (from.count() != Count) return;
+  std::size_t i = 0;
+  for (const std::string_view name : from) names[i++] = plainText(name);
+}
+
+template <typename F>
+void assign(std::string& text, const Message<Archive>& archive, F field) {
+  if (const auto stored = archive.find(field)) text = plainText(*stored);
+}
+
+std::string patternOf(icu::DateFormat* created) {
+  const std::unique_ptr<icu::DateFormat> format(created);
+  const auto* simple = dynamic_cast<const icu::SimpleDateFormat*>(format.get());
+  icu::UnicodeString pattern;
+  if (simple != nullptr) simple->toPattern(pattern);
+  return utf8(pattern);
+}
+
+}  // namespace
+
+Symbols::Symbols(Reading& reading) {
+  const auto document = sharedDocument(reading).get(TSA::DocumentArchive::super);
+  locale = document.get(TSK::DocumentArchive::locale_identifier, kDefaultLocale);
+  readLocale();
+  readDocument(document.as<newer::TSK_DocumentArchive>().get(
+      newer::TSK_DocumentArchive::formatting_symbols));
+}
+
+Symbols::Symbols(std::string_view name) : locale(name) { readLocale(); }
+
+void Symbols::readLocale() {
+  using Dates = icu::DateFormatSymbols;
+  using Numbers = icu::DecimalFormatSymbols;
+  locale = plainText(locale).substr(0, ULOC_FULLNAME_CAPACITY - 1);
+  const icu::Locale name(locale.c_str());
+  UErrorCode error = U_ZERO_ERROR;
+  const Dates dates(name, error);
+  if (U_FAILURE(error)) return;
+  int count = 0;
+  const auto take = [&](auto& names, Dates::DtContextType context, Dates::DtWidthType width) {
+    const icu::UnicodeString* from = names.size() == 7 ? dates.getWeekdays(count, context, width)
+                                     : names.size() == 12
+                                         ? dates.getMonths(count, context, width)
+                                         : dates.getQuarters(count, context, width);
+    assign(names, from, count, names.size() == 7 ? 1 : 0);  // ICU's weekdays begin with 1
+  };
+  take(months, Dates::FORMAT, Dates::WIDE);
+  take(shortMonths, Dates::FORMAT, Dates::ABBREVIATED);
+  take(narrowMonths, Dates::FORMAT, Dates::NARROW);
+  take(standaloneMonths, Dates::STANDALONE, Dates::WIDE);
+  take(standaloneShortMonths, Dates::STANDALONE, Dates::ABBREVIATED);
+  take(weekdays, Dates::FORMAT, Dates::WIDE);
+  take(shortWeekdays, Dates::FORMAT, Dates::ABBREVIATED);
+  take(narrowWeekdays, Dates::FORMAT, Dates::NARROW);
+  take(quarters, Dates::FORMAT, Dates::WIDE);
+  take(shortQuarters, Dates::FORMAT, Dates::ABBREVIATED);
+  const icu::UnicodeString* names = dates.getEras(count);
+  assign(eras, names, count);
+  names = dates.getEraNames(count);
+  assign(longEras, names, count);
+  names = dates.getAmPmStrings(count);
+  am = count > 0 ? utf8(names[0]) : "AM";
+  pm = count > 1 ? utf8(names[1]) : "PM";
+  shortDatePattern = patternOf(icu::DateFormat::createDateInstance(icu::DateFormat::kMedium, name));
+  shortTimePattern = patternOf(icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, name));
+
+  const Numbers numbers(name, error);
+  if (U_FAILURE(error)) return;
+  decimal = utf8(numbers.getConstSymbol(Numbers::kDecimalSeparatorSymbol));
+  grouping = utf8(numbers.getConstSymbol(Numbers::kGroupingSeparatorSymbol));
+  minus = utf8(numbers.getConstSymbol(Numbers::kMinusSignSymbol));
+  exponent = utf8(numbers.getConstSymbol(Numbers::kExponentialSymbol));
+  percent = utf8(numbers.getConstSymbol(Numbers::kPercentSymbol));
+
+  const auto numberPattern = [&](UNumberFormatStyle style) {
+    const std::unique_ptr<icu::NumberFormat> format(
+        icu::NumberFormat::createInstance(name, style, error));
+    const auto* decimals = dynamic_cast<const icu::DecimalFormat*>(format.get());
+    icu::UnicodeString pattern;
+    if (decimals != nullptr) decimals->toPattern(pattern);
+    return utf8(pattern);
+  };
+  readGroups(numberPattern(UNUM_DECIMAL));
+  currencyPattern_ = numberPattern(UNUM_CURRENCY);
+
+  const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(name, error));
+  if (U_FAILURE(error)) return;
+  firstWeekday = calendar->getFirstDayOfWeek(error) - UCAL_SUNDAY;
+  daysInFirstWeek = calendar->getMinimalDaysInFirstWeek();
+}
+
+void Symbols::readDocument(const Message<Archive>& archive) {
+  assign(months, archive.all(Archive::months));
+  assign(standaloneMonths, archive.all(Archive::standalone_months));
+  assign(shortMonths, archive.all(Archive::short_months));
+  assign(standaloneShortMonths, archive.all(Archive::standalone_short_months));
+  assign(narrowMonths, archive.all(Archive::narrow_months));
+  assign(weekdays, archive.all(Archive::weekdays));
+  assign(shortWeekdays, archive.all(Archive::short_weekdays));
+  assign(narrowWeekdays, archive.all(Archive::narrow_weekdays));
+  assign(quarters, archive.all(Archive::quarters));
+  assign(shortQuarters, archive.all(Archive::short_quarters));
+  assign(eras, archive.all(Archive::eras));
+  assign(longEras, archive.all(Archive::long_eras));
+  assign(am, archive, Archive::am);
+  assign(pm, archive, Archive::pm);
+  assign(shortDatePattern, archive, Archive::short_date_pattern);
+  assign(shortTimePattern, archive, Archive::short_time_pattern);
+  assign(decimal, archive, Archive::decimal_separator);
+  assign(grouping, archive, Archive::grouping_separator);
+  assign(minus, archive, Archive::minus_sign);
+  assign(exponent, archive, Archive::exponent_sign);
+  assign(percent, archive, Archive::percent_sign);
+  assign(currencyPattern_, archive, Archive::currency_pattern);
+  if (const auto pattern = archive.find(Archive::number_pattern)) readGroups(*pattern);
+  for (const auto& symbol : archive.all(Archive::currency_symbols))
+    currencies_.emplace_back(
+        plainText(symbol.get(newer::TSK_FormattingSymbolsArchive_CurrencySymbol::code)),
+        plainText(symbol.get(newer::TSK_FormattingSymbolsArchive_CurrencySymbol::symbol)));
+}
+
+// #,##,##0.### groups the last three digits, and those before by two.
+void Symbols::readGroups(std::string_view pattern) {
+  pattern = pattern.substr(0, pattern.find_first_of(".;"));
+  const auto isDigit = [](char c) { return c == '#' || c == '0'; };
+  const auto last = pattern.rfind(',');
+  if (last == std::string_view::npos) return;
+  lastGroup = static_cast<int>(std::ranges::count_if(pattern.substr(last), isDigit));
+  otherGroups = lastGroup;
+  const auto before = pattern.substr(0, last).rfind(',');
+  if (before != std::string_view::npos) otherGroups = static_cast<int>(last - before - 1);
+  lastGroup = std::max(lastGroup, 1);
+  otherGroups = std::max(otherGroups, 1);
+}
+
+std::string Symbols::currencySymbol(std::string_view code) const {
+  const auto known =
+      std::ranges::find(currencies_, code, &std::pair<std::string, std::string>::first);
+  if (known != currencies_.end()) return known->second;
+  const icu::UnicodeString wide = icu::UnicodeString::fromUTF8(std::string(code));
+  if (wide.length() != 3) return plainText(code);
+  UErrorCode error = U_ZERO_ERROR;
+  std::int32_t length = 0;
+  const char16_t* name = ucurr_getName(icu::UnicodeString(wide).getTerminatedBuffer(),
+                                       locale.c_str(), UCURR_SYMBOL_NAME, nullptr, &length, &error);
+  return U_SUCCESS(error) ? utf8(icu::UnicodeString(name, length)) : plainText(code);
+}
+
+Affixes Symbols::currencyAffixes(std::string_view symbol) const {
+  const std::string_view positive =
+      std::string_view(currencyPattern_).substr(0, currencyPattern_.find(';'));
+  const auto first = positive.find_first_of("#0,.");
+  if (first == std::string_view::npos) return {std::string(symbol), ""};
+  const auto behind = positive.find_last_of("#0,.") + 1;
+  Affixes affixes{std::string(positive.substr(0, first)), std::string(positive.substr(behind))};
+  for (std::string* affix : {&affixes.before, &affixes.after}) {
+    const auto sign = affix->find(kCurrencySign);
+    if (sign != std::string::npos) affix->replace(sign, kCurrencySign.size(), symbol);
+  }
+  return affixes;
+}
+
+}  // namespace dorvex::content
