@@ -1,0 +1,92 @@
+#include "pages/pages.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "TPArchives.h"
+#include "TSWPArchives.h"
+#include "content/support/objects.h"
+#include "content/support/parts.h"
+#include "drawables/box_text.h"
+
+namespace dorvex::content {
+namespace {
+
+using Document = TP::DocumentArchive;
+using Storage = TSWP::StorageArchive;
+using testing::Archive;
+using testing::object;
+using testing::Objects;
+using testing::objectTable;
+using testing::Parts;
+using testing::reference;
+using testing::Wire;
+
+Archive document() {
+  return object(1, 10000,
+                Wire()
+                    .message(Document::body_storage.number, reference(2))
+                    .message(Document::settings.number, reference(3))
+                    .message(Document::floating_drawables.number, reference(4)));
+}
+
+Archive settings(bool body) {
+  return object(3, 10012, Wire().varint(TP::SettingsArchive::body.number, body ? 1 : 0));
+}
+
+Archive body() {
+  return object(2, testing::kStorageType,
+                Wire()
+                    .bytes(Storage::text.number,
+                           "one\x0E\x04"
+                           "two")
+                    .message(Storage::table_footnote.number, objectTable({{3, 10}}))
+                    .message(Storage::table_section.number, objectTable({{0, 12}, {5, 13}})));
+}
+
+std::vector<Archive> archives(bool showsBody) {
+  using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
+  return {document(),
+          settings(showsBody),
+          body(),
+          object(10, 2008, Wire().message(Attachment::contained_storage.number, reference(11))),
+          testing::storage(11, {"a note"}),
+          object(12, 10011, Wire()),
+          object(13, 10011, Wire())};
+}
+
+TEST(ReadPages, GivesBodySectionsAndFootnotes) {
+  Objects objects(archives(true));
+  Parts parts;
+  readPages(objects.reading(), parts);
+  EXPECT_EQ(textOf(parts.blocks), "one\ntwo");
+  ASSERT_EQ(parts.blocks.size(), 3U);
+  EXPECT_EQ(std::get<Paragraph>(parts.blocks[0].what).runs.at(1).footnote, "1");
+  ASSERT_EQ(parts.sections.size(), 2U);
+  EXPECT_EQ(parts.sections[0].from, 0U);
+  EXPECT_EQ(parts.sections[1].from, 2U);
+  ASSERT_EQ(parts.footnotes.size(), 1U);
+  EXPECT_EQ(parts.footnotes[0].id, "1");
+  EXPECT_EQ(textOf(parts.footnotes[0].blocks), "a note");
+}
+
+TEST(ReadPages, HidesTheBodyOfPageLayouts) {
+  Objects objects(archives(false));
+  Parts parts;
+  readPages(objects.reading(), parts);
+  EXPECT_TRUE(parts.blocks.empty());
+  EXPECT_TRUE(parts.footnotes.empty());
+  EXPECT_EQ(objects.leftOut().hiddenTexts, 1U);
+}
+
+TEST(ReadPages, ReadsADocumentWithoutAnything) {
+  Objects objects({object(1, 10000, Wire())});
+  Parts parts;
+  readPages(objects.reading(), parts);
+  EXPECT_TRUE(parts.blocks.empty());
+  EXPECT_TRUE(parts.sections.empty());
+}
+
+}  // namespace
+}  // namespace dorvex::content
