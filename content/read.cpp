@@ -4,6 +4,7 @@
 #include "graph/reading.h"
 #include "keynote/keynote.h"
 #include "numbers/numbers.h"
+#include "package/metadata.h"
 #include "pages/pages.h"
 
 namespace dorvex::content {
@@ -15,7 +16,7 @@ Outcome read(Package& package, Sink& sink) {
   if (!application) return Outcome::kNothingToRead;
   MediaFiles media(package, graph);
   Reading reading(graph, *application, summary.leftOut, &media);
-  sink.document(*application, Metadata{});
+  sink.document(*application, readMetadata(package, graph, *application));
   switch (*application) {
     case Application::kKeynote:
       readKeynote(reading, sink);

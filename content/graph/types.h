@@ -37,6 +37,7 @@ struct TypeIds {
 // clang-format off
 template <> struct Types<TSP::PackageMetadata> : TypeIds<11006> {};
 template <> struct Types<TSK::AnnotationAuthorArchive> : TypeIds<212> {};
+template <> struct Types<TSK::AnnotationAuthorStorageArchive> : TypeIds<213> {};
 template <> struct Types<TSD::CommentStorageArchive> : TypeIds<3056> {};
 template <> struct Types<TSWP::StorageArchive> : TypeIds<2001, 2005> {};
 template <> struct Types<TSWP::DrawableAttachmentArchive> : TypeIds<2003> {};
