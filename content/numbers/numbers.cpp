@@ -2,6 +2,8 @@
 
 #include <optional>
 #include <utility>
+#include <variant>
+#include <vector>
 
 #include "TNArchives.h"
 #include "drawables/box_text.h"
@@ -22,13 +24,31 @@ std::optional<Message<Archive>> sheetIn(const Object& object) {
   return std::nullopt;
 }
 
+// Appends the lines that are printed above or below a sheet. The number of a page, which
+// nearly all sheets have there, says nothing of the sheet.
+void appendPrinted(Reading& reading, const Message<TSP::Reference>& storage, Role role,
+                   std::vector<Block>& blocks) {
+  for (Block& block : readText(reading, storage)) {
+    auto* paragraph = std::get_if<Paragraph>(&block.what);
+    if (paragraph == nullptr || paragraph->text.empty()) continue;
+    paragraph->role = role;
+    blocks.push_back(std::move(block));
+  }
+}
+
 Sheet readSheet(Reading& reading, const Message<Archive>& archive) {
   using Newer = newer::TN_SheetArchive;
   Sheet sheet;
   sheet.name = plainText(archive.get(Archive::name));
   sheet.hidden = archive.as<Newer>().get(Newer::is_hidden);
+  for (const auto& reference : archive.all(Archive::headers))
+    appendPrinted(reading, reference, Role::kHeader, sheet.blocks);
+  appendPrinted(reading, archive.get(Archive::header_storage), Role::kHeader, sheet.blocks);
   for (const auto& reference : archive.all(Archive::drawable_infos))
     appendDrawable(reading, reference, sheet.blocks);
+  for (const auto& reference : archive.all(Archive::footers))
+    appendPrinted(reading, reference, Role::kFooter, sheet.blocks);
+  appendPrinted(reading, archive.get(Archive::footer_storage), Role::kFooter, sheet.blocks);
   return sheet;
 }
 

@@ -11,10 +11,21 @@ namespace dorvex::testing {
 namespace TSP = content::schema::TSP;
 namespace TSWP = content::schema::TSWP;
 
-Objects::Objects(const std::vector<Archive>& archives, content::Application application)
-    : package_({{"Index/Document.iwa", iwa(archives)}}),
+namespace {
+
+std::vector<Member> withObjects(std::vector<Member> members, const std::vector<Archive>& archives) {
+  members.push_back({"Index/Document.iwa", iwa(archives)});
+  return members;
+}
+
+}  // namespace
+
+Objects::Objects(const std::vector<Archive>& archives, content::Application application,
+                 std::vector<Member> members)
+    : package_(withObjects(std::move(members), archives)),
       graph_(package_, leftOut_),
-      reading_(graph_, application, leftOut_) {}
+      media_(package_, graph_),
+      reading_(graph_, application, leftOut_, &media_) {}
 
 const content::Object& Objects::object(std::uint64_t identifier) const {
   const content::Object* object = graph_.find(identifier);
@@ -52,5 +63,6 @@ Wire numberTable(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& ent
 }
 
 std::uint64_t bitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
+std::uint32_t bitsOf(float value) { return std::bit_cast<std::uint32_t>(value); }
 
 }  // namespace dorvex::testing
