@@ -9,7 +9,7 @@
 namespace dorvex::content {
 namespace {
 
-using testing::bitsOf;
+using testing::bitsOfFloat;
 using testing::object;
 using testing::reference;
 using testing::Wire;
@@ -32,7 +32,7 @@ Wire shared() {
 }
 
 Wire size(float width, float height) {
-  return Wire().fixed32(1, bitsOf(width)).fixed32(2, bitsOf(height));
+  return Wire().fixed32(1, bitsOfFloat(width)).fixed32(2, bitsOfFloat(height));
 }
 
 TEST(Metadata, OfAKeynoteDocument) {
@@ -50,8 +50,8 @@ TEST(Metadata, OfAPagesDocument) {
   const Wire document = Wire()
                             .message(15, shared())
                             .message(7, reference(10))
-                            .fixed32(30, bitsOf(595.0F))
-                            .fixed32(31, bitsOf(842.0F));
+                            .fixed32(30, bitsOfFloat(595.0F))
+                            .fixed32(31, bitsOfFloat(842.0F));
   const Wire settings =
       Wire().bytes(21, "de").bytes(25, "Blank").bytes(26, "2013-10-22T12:00:00+0100");
   const Metadata metadata =

@@ -63,6 +63,6 @@ Wire numberTable(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& ent
 }
 
 std::uint64_t bitsOf(double value) { return std::bit_cast<std::uint64_t>(value); }
-std::uint32_t bitsOf(float value) { return std::bit_cast<std::uint32_t>(value); }
+std::uint32_t bitsOfFloat(float value) { return std::bit_cast<std::uint32_t>(value); }
 
 }  // namespace dorvex::testing

@@ -52,6 +52,6 @@ Wire numberTable(const std::vector<std::pair<std::uint32_t, std::uint32_t>>& ent
 
 // The numbers that a double has in a fixed64 field, and a float in a fixed32 field.
 std::uint64_t bitsOf(double value);
-std::uint32_t bitsOf(float value);
+std::uint32_t bitsOfFloat(float value);
 
 }  // namespace dorvex::testing
