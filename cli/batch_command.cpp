@@ -10,12 +10,11 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
-#include <unordered_set>
-#include <vector>
 
 #include "document_id.h"
 #include "exit_status.h"
 #include "jobs.h"
+#include "option_checks.h"
 #include "ordered_output.h"
 #include "output_options.h"
 #include "path_list.h"
@@ -59,17 +58,23 @@ class RecordOutput {
   std::mutex mutex_;
 };
 
-// A descriptor for the records.
+// What a run begins with: a descriptor for the records, and what need not be
+// read.
 class Target {
  public:
   explicit Target(const BatchOptions& options) {
+    Statuses again = {"retry"};
+    again.merge(Statuses(retriedBy(options)));
     const std::string& file = options.output.target;
-    if (file.empty()) return;
-    std::error_code ignored;
-    const bool continued =
-        !options.resume.empty() &&
-        (file == options.resume || std::filesystem::equivalent(file, options.resume, ignored));
-    fd_ = continued ? openForMore(file) : openNew(file, options.output.onExists);
+    const bool toFile = !isStandardOutput(file);
+    if (toFile && isSame(file, options.resume)) {
+      ResumedFile resumed = resumeInto(file, again);
+      fd_ = resumed.fd;
+      done_ = std::move(resumed.done);
+      return;
+    }
+    if (!options.resume.empty()) done_ = doneIn(options.resume, again);
+    if (toFile) openNew(file, options.output.onExists == OnExists::kReplace);
   }
   ~Target() {
     if (fd_ != STDOUT_FILENO) ::close(fd_);
@@ -78,16 +83,36 @@ class Target {
   Target& operator=(const Target&) = delete;
 
   int fd() const { return fd_; }
+  bool isDone(const std::string& id) const { return done_.contains(id); }
 
  private:
-  static int openNew(const std::string& file, OnExists onExists) {
-    const int onto = onExists == OnExists::kReplace ? O_TRUNC : O_EXCL;
-    const int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | onto, 0666);
-    if (fd < 0) throw EnvironmentError(file + ": " + std::strerror(errno));
-    return fd;
+  static Statuses retriedBy(const BatchOptions& options) {
+    if (options.retry.empty()) return {};
+    const auto words = splitAtCommas(options.retry);
+    return {words.begin(), words.end()};
+  }
+
+  static bool isSame(const std::string& file, const std::string& other) {
+    std::error_code ignored;
+    return file == other || std::filesystem::equivalent(file, other, ignored);
+  }
+
+  // Another run's file is not emptied before it is known to be another's.
+  void openNew(const std::string& file, bool replace) {
+    const bool taken = OutputFile::isTaken(file);
+    const bool written = !taken && std::filesystem::exists(file);  // a device or a pipe
+    const int onto = written ? 0 : O_CREAT | (replace ? 0 : O_EXCL);
+    fd_ = ::open(file.c_str(), O_WRONLY | O_CLOEXEC | onto, 0666);
+    if (fd_ < 0) throw EnvironmentError(file + ": " + std::strerror(errno));
+    if (written) return;
+    lockOutput(fd_, file);
+    if (replace && ::ftruncate(fd_, 0) != 0) {
+      throw EnvironmentError(file + ": " + std::strerror(errno));
+    }
   }
 
   int fd_ = STDOUT_FILENO;
+  Ids done_;
 };
 
 class BatchRun {
@@ -96,21 +121,19 @@ class BatchRun {
       : host_(host),
         options_(options),
         shard_(parseShard(options.shard)),
-        done_(options.resume.empty() ? std::unordered_set<std::string>{} : idsIn(options.resume)),
         target_(options),
         records_(target_.fd(), options.ordered, kAheadForEachJob * options.jobs) {}
 
   int run() {
     const auto list = documents();
-    Progress progress(showsProgress(), total_);
+    Progress progress(showsProgress(), showsSummary(), total_);
     const auto next = [&] { return nextOf(*list); };
     const auto work = [&](const Job& job) {
       records_.begin(job.number);
       const Record record = readRecord(host_, job.item, options_.tidy);
       records_.put(job.number, toLine(record));
-      const bool ok = record.result.status == Status::kOk;
-      if (!ok) allRead_ = false;
-      progress.count(ok);
+      if (record.result.status != Status::kOk) allRead_ = false;
+      progress.count(statusOf(record.result));
     };
     const bool ended = runJobs(options_.jobs, next, work, [this] {
       records_.seal();
@@ -136,30 +159,38 @@ class BatchRun {
   std::optional<ListedPath> nextOf(PathList& list) const {
     while (auto document = list.next()) {
       const std::string id = documentId(document->path);
-      if (shard_.holds(id) && !done_.contains(id)) return document;
+      if (shard_.holds(id) && !target_.isDone(id)) return document;
     }
     return std::nullopt;
   }
 
+  bool showsSummary() const { return !options_.quiet && ::isatty(STDERR_FILENO) == 1; }
+
   // Not among the records, either.
   bool showsProgress() const {
     const bool recordsAtTerminal = target_.fd() == STDOUT_FILENO && ::isatty(STDOUT_FILENO) == 1;
-    return !options_.quiet && ::isatty(STDERR_FILENO) == 1 && !recordsAtTerminal;
+    return showsSummary() && !recordsAtTerminal;
   }
 
   const Host& host_;
   const BatchOptions& options_;
   const Shard shard_;
-  const std::unordered_set<std::string> done_;
   const Target target_;
   RecordOutput records_;
   std::optional<std::uint64_t> total_;
   std::atomic<bool> allRead_ = true;
 };
 
+bool isSkipped(const BatchOptions& options) {
+  const OutputOptions& output = options.output;
+  return options.resume.empty() && output.onExists == OnExists::kSkip &&
+         !isStandardOutput(output.target) && OutputFile::isTaken(output.target);
+}
+
 }  // namespace
 
 int runBatch(const HostArguments& host, const BatchOptions& options) {
+  if (isSkipped(options)) return kAllRead;
   const Host reader(hostOptions(host));
   return BatchRun(reader, options).run();
 }

@@ -16,6 +16,7 @@ struct BatchOptions {
   bool tidy = false;
   std::string shard = "0/1";
   std::string resume;
+  std::string retry;  // statuses, with commas between
   OutputOptions output;
   unsigned jobs = defaultJobs();
 };

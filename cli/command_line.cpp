@@ -19,6 +19,7 @@
 #include "inspect_command.h"
 #include "option_checks.h"
 #include "printable.h"
+#include "record.h"
 #include "text_command.h"
 
 namespace dorvex::cli {
@@ -373,11 +374,22 @@ void addListOptions(CLI::App& command, InputOptions& options, CLI::Option* paths
 }
 
 void addRecordOptions(CLI::App& command, BatchOptions& options) {
-  addPath(command, "--resume", options.resume, "FILE",
-          "Leave out documents that have a record in this file; given with -o too, go on in it");
+  auto* resume = addPath(
+      command, "--resume", options.resume, "FILE",
+      "Leave out documents that have a record in this file; given with -o too, go on in it");
+  const auto retryFault = [](const std::string& value) {
+    return wordsFault(value, failedStatuses());
+  };
+  command
+      .add_option("--retry", options.retry,
+                  "With --resume: read documents again whose last record there has one of these "
+                  "statuses")
+      ->check(CLI::Validator(retryFault, ""))
+      ->type_name("STATUS,...")
+      ->needs(resume);
   command.add_flag("--ordered", options.ordered, "Give the records in the order of the documents");
   command.add_flag("--tidy", options.tidy, kTidyHelp);
-  command.add_flag("-q,--quiet", options.quiet, "Show no progress");
+  command.add_flag("-q,--quiet", options.quiet, "Show no progress and no summary");
   addOutputOptions(command, options.output, "Write the records to this file");
 }
 

@@ -8,9 +8,11 @@
 #include <cerrno>
 #include <cstring>
 #include <deque>
+#include <system_error>
 #include <utility>
 
 #include "exit_status.h"
+#include "line_reader.h"
 
 namespace dorvex::cli {
 namespace {
@@ -105,8 +107,9 @@ class ReadPaths final : public PathList {
   ReadPaths(const std::string& file, char end)
       : name_(file == "-" ? "standard input" : file),
         end_(end),
-        fd_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (fd_ < 0) fail();
+        fd_(file == "-" ? STDIN_FILENO : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)),
+        lines_(fd_, end) {
+    if (fd_ < 0) fail(std::strerror(errno));
   }
   ~ReadPaths() override {
     if (fd_ != STDIN_FILENO) ::close(fd_);
@@ -115,53 +118,33 @@ class ReadPaths final : public PathList {
   ReadPaths& operator=(const ReadPaths&) = delete;
 
   std::optional<ListedPath> next() override {
-    while (auto line = nextLine()) {
-      if (!line->empty()) return ListedPath{std::move(*line)};
+    try {
+      while (auto line = lines_.next()) {
+        if (end_ == '\n') checkLine(*line);
+        if (!line->empty()) return ListedPath{std::move(*line)};
+      }
+      return std::nullopt;
+    } catch (const std::system_error& error) {
+      fail(error.code().message());
     }
-    return std::nullopt;
   }
 
  private:
-  std::optional<std::string> nextLine() {
-    auto length = buffer_.find(end_, start_);
-    while (length == std::string::npos && noNul(buffer_.size()) && fill()) {
-      length = buffer_.find(end_, start_);
+  void checkLine(std::string& line) const {
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.find('\0') != std::string::npos) {
+      fail("NUL in a line of the list: -0 is for paths that end with it");
     }
-    const auto end = std::min(length, buffer_.size());
-    if (end == start_ && length == std::string::npos) return std::nullopt;
-    static_cast<void>(noNul(end));
-    std::string line = buffer_.substr(start_, end - start_);
-    start_ = std::min(end + 1, buffer_.size());
-    if (end_ == '\n' && line.ends_with('\r')) line.pop_back();
-    return line;
   }
 
-  // Throws if there is NUL before the end of what is no list of them.
-  bool noNul(std::size_t end) const {
-    if (end_ == '\0' || buffer_.find('\0', start_) >= end) return true;
-    throw EnvironmentError(name_ + ": NUL in a line of the list: -0 is for paths that end with it");
+  [[noreturn]] void fail(const std::string& why) const {
+    throw EnvironmentError(name_ + ": " + why);
   }
-
-  // Reads more behind what is left.
-  bool fill() {
-    std::array<char, 65536> block;
-    ssize_t got = 0;
-    do {
-      got = ::read(fd_, block.data(), block.size());
-    } while (got < 0 && errno == EINTR);
-    if (got < 0) fail();
-    buffer_.erase(0, std::exchange(start_, 0));
-    buffer_.append(block.data(), static_cast<std::size_t>(got));
-    return got > 0;
-  }
-
-  [[noreturn]] void fail() const { throw EnvironmentError(name_ + ": " + std::strerror(errno)); }
 
   const std::string name_;
   const char end_;
   const int fd_;
-  std::string buffer_;
-  std::size_t start_ = 0;  // of what has not been given yet
+  LineReader lines_;
 };
 
 }  // namespace

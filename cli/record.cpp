@@ -1,5 +1,6 @@
 #include "record.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
@@ -112,6 +113,15 @@ std::string_view statusOf(const Result& result) {
     if (row.failure == result.failure) return row.status;
   }
   return "corrupt";
+}
+
+std::vector<std::string> failedStatuses() {
+  std::vector<std::string> words;
+  for (const StatusRow& row : kStatuses) {
+    const bool known = std::find(words.begin(), words.end(), row.status) != words.end();
+    if (row.failure != Failure::kNone && !known) words.emplace_back(row.status);
+  }
+  return words;
 }
 
 std::string toLine(const Record& record) {

@@ -25,6 +25,9 @@ struct Record {
 // limit, timeout, crash, changed, retry or io.
 std::string_view statusOf(const Result& result);
 
+// All those words but ok.
+std::vector<std::string> failedStatuses();
+
 // The record as one line, with its line feed. Bytes that are not UTF-8 are
 // replaced by U+FFFD in it, and it says where.
 std::string toLine(const Record& record);

@@ -154,6 +154,126 @@ TEST_F(Batch, GoesOnWhereAnEarlierRunEnded) {
   EXPECT_EQ(other.output, "");
 }
 
+// The record of each is there, but those of one end with a line that was cut.
+TEST_F(Batch, ReadsADocumentAgainWhoseRecordHasNoLineEnd) {
+  manyGood(3);
+  const std::string out = folder.path() / "out.jsonl";
+  ASSERT_EQ(runTool({"batch", "-o", out, folder.path()}).status, 0);
+  std::string whole = readFile(out);
+  whole.pop_back();
+  writeFile(out, whole);
+  EXPECT_EQ(runTool({"batch", "--resume", out, "-o", out, folder.path()}).status, 0);
+  EXPECT_EQ(byPath(readFile(out)).size(), 3u);
+}
+
+TEST_F(Batch, ReadsFailedDocumentsAgainOnRequest) {
+  const std::string a = document("a.pages", "hang\n");
+  const std::string b = document("b.pages", "no package");
+  const std::string out = folder.path() / "out.jsonl";
+  const std::vector<std::string> fake = {"--module", FAKE_READER_MODULE, "--timeout", "0.2"};
+  auto arguments = fake;
+  for (const auto& argument : {std::string("batch"), std::string("-o"), out, a, b}) {
+    arguments.push_back(argument);
+  }
+  ASSERT_EQ(runTool(arguments).status, 1);
+  good("a.pages", "one");
+  good("b.pages", "two");
+  const Finished run = runTool({"batch", "--resume", out, "--retry", "timeout,io", a, b});
+  EXPECT_EQ(byPath(run.output).size(), 1u);
+  EXPECT_EQ(byPath(run.output)[a]["status"], "ok");
+  EXPECT_EQ(runTool({"batch", "--resume", out, "--retry", "timeout,ok", a}).status, 2);
+  EXPECT_EQ(runTool({"batch", "--retry", "timeout", a}).status, 2);
+}
+
+TEST_F(Batch, WritesOneFileFromOneRunAtATime) {
+  const std::string a = good("a.pages", "one");
+  const std::string hang = document("hang.pages", "hang\n");
+  const std::string out = folder.path() / "out.jsonl";
+  const pid_t tool = ::fork();
+  if (tool == 0) {
+    ::execl(DORVEX_PROGRAM, DORVEX_PROGRAM, "--module", FAKE_READER_MODULE, "batch", "-o",
+            out.c_str(), hang.c_str(), nullptr);
+    ::_exit(127);
+  }
+  while (!std::filesystem::exists(out)) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  const Finished resumed = runTool({"batch", "--resume", out, "-o", out, a});
+  EXPECT_EQ(resumed.status, 3);
+  EXPECT_NE(resumed.errors.find("another run"), std::string::npos) << resumed.errors;
+  EXPECT_EQ(runTool({"batch", "-o", out, "--on-exists", "replace", a}).status, 3);
+  ::kill(tool, SIGKILL);
+  ::waitpid(tool, nullptr, 0);
+  EXPECT_EQ(runTool({"batch", "--resume", out, "-o", out, a}).status, 0);
+}
+
+TEST_F(Batch, LeavesAForeignFileAlone) {
+  const std::string a = good("a.pages", "one");
+  const std::string out = document("out.csv", "a,b\nc");
+  EXPECT_EQ(runTool({"batch", "--resume", out, "-o", out, a}).status, 3);
+  EXPECT_EQ(runTool({"batch", "--resume", out, a}).status, 3);
+  EXPECT_EQ(readFile(out), "a,b\nc");
+  EXPECT_EQ(runTool({"batch", "--resume", folder.path(), a}).status, 3);
+}
+
+TEST_F(Batch, GivesARecordForAFolderThatCannotBeGoneThrough) {
+  manyGood(2);
+  const std::string make = "cd " + folder.path().string() +
+                           "; n=$(printf %0200d 0); for i in $(seq 30); do mkdir $n; cd $n; done";
+  ASSERT_EQ(runProgram("/bin/bash", {"-c", make}).status, 0);
+  const Finished run = runTool({"batch", folder.path()});
+  EXPECT_EQ(run.status, 1);
+  const auto records = byPath(run.output);
+  EXPECT_EQ(records.size(), 3u);
+  EXPECT_EQ(std::count_if(records.begin(), records.end(),
+                          [](const auto& row) { return row.second.at("status") == "io"; }),
+            1);
+}
+
+TEST_F(Batch, TakesADashInAListForAFileOfThatName) {
+  const std::string package = readFile(good("a.pages", "one"));
+  const std::string script = "cd " + folder.path().string() + "; cp a.pages ./-; " +
+                             "printf '%s\\n' a.pages - a.pages | " DORVEX_PROGRAM
+                             " batch --files-from -";
+  const Finished run = runProgram("/bin/sh", {"-c", script});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(recordsIn(run.output).size(), 3u);
+  EXPECT_EQ(runTool({"batch", "--files-from", "-", "-"}).status, 2);
+}
+
+TEST_F(Batch, EndsWithThreeWhereTheListFails) {
+  const std::string a = good("a.pages", "one");
+  EXPECT_EQ(runTool({"batch", "--files-from", folder.path()}).status, 3);
+  const std::string list = document("list", a + std::string(1, '\0') + a + std::string(1, '\0'));
+  const Finished run = runTool({"batch", "--files-from", list});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_NE(run.errors.find("-0"), std::string::npos);
+  const std::string crlf = document("crlf", a + "\r\n");
+  EXPECT_EQ(runTool({"batch", "--files-from", crlf}).status, 0);
+}
+
+TEST_F(Batch, EndsWithASummaryAtATerminal) {
+  const std::string a = good("a.pages", "one");
+  const std::string bad = document("b.pages", "no package");
+  const std::string out = folder.path() / "out.jsonl";
+  const Finished run = runToolAtTerminal({"batch", "-o", out, a, bad});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.output.find("dorvex: 1 of 2 documents read in "), std::string::npos) << run.output;
+  EXPECT_NE(run.output.find("; failed: 1 unsupported\n"), std::string::npos) << run.output;
+  EXPECT_EQ(runToolAtTerminal({"batch", "-q", "--resume", out, a}).output, "");
+}
+
+TEST_F(Batch, WritesRecordsToStandardOutputAndIntoPipes) {
+  const std::string a = good("a.pages", "one");
+  EXPECT_EQ(recordsIn(runTool({"batch", "-o", "-", a}).output).size(), 1u);
+  EXPECT_EQ(runTool({"batch", "-o", "/dev/null", a}).status, 0);
+}
+
+TEST_F(Batch, DoesNothingWhereTheOutputIsToBeSkipped) {
+  const std::string out = document("out.jsonl", "before\n");
+  EXPECT_EQ(runTool({"batch", "-o", out, "--on-exists", "skip", good("a.pages", "x")}).status, 0);
+  EXPECT_EQ(readFile(out), "before\n");
+}
+
 TEST_F(Batch, LeavesAnOutputAloneThatExists) {
   const std::string a = good("a.pages", "one");
   const std::string out = document("out.jsonl", "before\n");

@@ -15,5 +15,12 @@ TEST(ProgressLine, TellsTheTimeLeftWhereTheTotalIsKnown) {
   EXPECT_EQ(progressLine(1, 0, 7201, 1), "1/7201 documents, 1/s, 0 failed, 2:00:00 left");
 }
 
+TEST(SummaryLine, TellsWhatWasReadAndWhatFailedByStatus) {
+  EXPECT_EQ(summaryLine({{"ok", 3}}, 0.25), "dorvex: 3 documents read in 0.2 s");
+  EXPECT_EQ(summaryLine({{"corrupt", 2}, {"io", 1}, {"ok", 4}}, 61.06),
+            "dorvex: 4 of 7 documents read in 61.1 s; failed: 2 corrupt, 1 io");
+  EXPECT_EQ(summaryLine({{"io", 1}}, 0), "dorvex: 0 of 1 documents read in 0.0 s; failed: 1 io");
+}
+
 }  // namespace
 }  // namespace dorvex::cli

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "base64.h"
 #include "support/package_writer.h"
@@ -123,6 +125,16 @@ TEST(Base64, PadsToGroupsOfFour) {
   EXPECT_EQ(base64("foo"), "Zm9v");
   EXPECT_EQ(base64("foob"), "Zm9vYg==");
   EXPECT_EQ(base64("\xFB\xFF"), "+/8=");
+}
+
+TEST(FailedStatuses, AreEveryWordButOk) {
+  const auto words = failedStatuses();
+  EXPECT_EQ(std::set<std::string>(words.begin(), words.end()).size(), words.size());
+  for (const char* word : {"unsupported", "encrypted", "corrupt", "limit", "timeout", "crash", "io",
+                           "changed", "retry"}) {
+    EXPECT_NE(std::find(words.begin(), words.end(), word), words.end()) << word;
+  }
+  EXPECT_EQ(std::find(words.begin(), words.end(), "ok"), words.end());
 }
 
 }  // namespace
