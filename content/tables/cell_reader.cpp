@@ -6,6 +6,8 @@
 #include "TSCEArchives.h"
 #include "TSDArchives.h"
 #include "graph/plain_text.h"
+#include "tables/formula.h"
+#include "tables/table_directory.h"
 #include "text/comment.h"
 #include "text/storage.h"
 
@@ -95,12 +97,15 @@ const Format* FormatList::find(std::uint32_t key, Reading& reading, Formatting& 
   return format.get();
 }
 
-CellReader::CellReader(Reading& reading, const Message<Store>& store, std::string tableName)
+CellReader::CellReader(Reading& reading, const Message<Store>& store, std::string tableName,
+                       std::uint64_t model)
     : reading_(reading),
       formatting_(reading.keep<Formatting>()),
       tableName_(std::move(tableName)),
+      model_(model),
       strings_(store.get(Store::stringTable)),
       richTexts_(store.get(Store::rich_text_table)),
+      formulas_(store.get(Store::formula_table)),
       controls_(store.get(Store::control_cell_spec_table)),
       comments_(store.get(Store::commentStorageTable)),
       choices_(store.get(Store::multipleChoiceListFormatTable)),
@@ -128,6 +133,7 @@ void CellReader::read(const CellRecord& record, const CellParts& parts, const Pl
   const Format& format = formatOf(record, place);
   readValue(record, format, parts, place, cell);
   readControl(record, format, place, cell);
+  if (parts.formula) readFormula(record, place, cell);
   if (parts.rich) readComment(record, place, cell);
   if (cell.type == CellType::kNone && record.type == StoredType::kEmpty &&
       (cell.control != Control::kNone || record.find(CellKey::kComment)))
@@ -206,26 +212,34 @@ void CellReader::readNumber(const CellRecord& record, const Format& format, cons
 // A pop-up menu of older documents stores the number of its item, of which the first is
 // empty.
 void CellReader::readChoice(std::uint32_t list, double number, const Place& place, Cell& cell) {
-  using Value = TST::PopUpMenuModel_CellValue;
+  using Menu = TST::PopUpMenuModel;
   const Entry* entry = find(choices_, list, "pop-up menu", place);
-  if (entry == nullptr || !(number >= 1)) return;
-  const auto menu = reading_.get<TST::PopUpMenuModel>(entry->get(ListEntry::reference));
+  if (entry == nullptr) return;
+  const auto menu = reading_.get<Menu>(entry->get(ListEntry::reference));
   double index = 0;
-  for (const auto& item : menu.all(TST::PopUpMenuModel::item)) {
-    if (index++ != std::floor(number)) continue;
-    if (const auto text = item.find(Value::string_value)) {
-      cell.type = CellType::kText;
-      cell.value = plainText(text->get(TSCE::StringCellValueArchive::value));
-      cell.text = cell.value;
-    } else if (const auto chosen = item.find(Value::number_value)) {
-      const Decimal decimal(chosen->get(TSCE::NumberCellValueArchive::value));
-      cell.type = CellType::kNumber;
-      cell.number = decimal.toDouble();
-      appendPlainNumber(decimal, formatting_.symbols(), cell.text);
-    }
-    return;
-  }
+  // Values of both generations have the same fields.
+  for (const auto& item : menu.all(Menu::tsce_item))
+    if (index++ == std::floor(number)) return setChosen(item, cell);
+  for (const auto& item : menu.all(Menu::item))
+    if (index++ == std::floor(number)) return setChosen(item.as<TSCE::CellValueArchive>(), cell);
   addProblem("its pop-up menu has no such item", place);
+}
+
+void CellReader::setChosen(const Message<TSCE::CellValueArchive>& item, Cell& cell) {
+  using Value = TSCE::CellValueArchive;
+  if (const auto text = item.find(Value::string_value)) {
+    cell.type = CellType::kText;
+    cell.value = plainText(text->get(TSCE::StringCellValueArchive::value));
+    cell.text = cell.value;
+  } else if (const auto chosen = item.find(Value::number_value)) {
+    const double number = chosen->get(TSCE::NumberCellValueArchive::value);
+    if (!std::isfinite(number)) return;
+    cell.type = CellType::kNumber;
+    cell.number = number;
+    appendPlainNumber(Decimal(number), formatting_.symbols(), cell.text);
+  } else {
+    cell.type = CellType::kEmpty;  // the choice of nothing
+  }
 }
 
 void CellReader::readText(const CellRecord& record, const Format& format, const CellParts& parts,
@@ -259,6 +273,20 @@ void CellReader::readRich(const CellRecord& record, const Format& format, const 
     if (parts.rich) cell.paragraphs.push_back(std::move(*paragraph));
   }
   if (parts.text) cell.text = cell.value;
+}
+
+void CellReader::readFormula(const CellRecord& record, const Place& place, Cell& cell) {
+  const auto key = record.find(CellKey::kFormula);
+  if (!key) return;
+  FormulaText formula{"", "its formula is missing"};
+  if (const Entry* entry = formulas_.get(reading_).find(*key)) {
+    const Host host{reading_.keep<TableDirectory>().byModel(model_), place};
+    formula = formulaText(reading_, entry->get(ListEntry::formula), host);
+    if (!formula.problem.empty()) formula.problem = "its formula: " + formula.problem;
+  }
+  cell.formula = std::move(formula.text);
+  cell.formulaProblem = std::move(formula.problem);
+  if (!cell.formulaProblem.empty()) addProblem(cell.formulaProblem, place);
 }
 
 void CellReader::readControl(const CellRecord& record, const Format& format, const Place& place,

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TSCEArchives.h"
 #include "TSTArchives.h"
 #include "dorvex/content.h"
 #include "graph/reading.h"
@@ -48,8 +49,10 @@ class FormatList {
 
 class CellReader {
  public:
-  // The cells of a data store; tableName says in problems where they are.
-  CellReader(Reading& reading, const Message<TST::DataStore>& store, std::string tableName);
+  // The cells of a data store; tableName says in problems where they are. The model is
+  // the identifier of the table's, from which references in formulas count.
+  CellReader(Reading& reading, const Message<TST::DataStore>& store, std::string tableName,
+             std::uint64_t model);
 
   // Sets the cell, which is empty, to what the record says. What cannot be read leaves
   // it so, and is counted.
@@ -69,17 +72,20 @@ class CellReader {
   void readNumber(const CellRecord& record, const Format& format, const CellParts& parts,
                   const Place& place, Cell& cell);
   void readChoice(std::uint32_t list, double number, const Place& place, Cell& cell);
+  void setChosen(const Message<TSCE::CellValueArchive>& item, Cell& cell);
   void readText(const CellRecord& record, const Format& format, const CellParts& parts,
                 const Place& place, Cell& cell);
   void readRich(const CellRecord& record, const Format& format, const CellParts& parts,
                 const Place& place, Cell& cell);
+  void readFormula(const CellRecord& record, const Place& place, Cell& cell);
   void readControl(const CellRecord& record, const Format& format, const Place& place, Cell& cell);
   void readComment(const CellRecord& record, const Place& place, Cell& cell);
 
   Reading& reading_;
   Formatting& formatting_;
   std::string tableName_;
-  LazyList strings_, richTexts_, controls_, comments_, choices_;
+  std::uint64_t model_;
+  LazyList strings_, richTexts_, formulas_, controls_, comments_, choices_;
   FormatList formats_, olderFormats_;
   Format plain_;
 };

@@ -54,7 +54,9 @@ Table readTable(Reading& reading, const Message<Info>& info) {
   table.hiddenRows = std::move(hidden.rows);
   table.hiddenColumns = std::move(hidden.columns);
   table.merges = readMerges(reading, model, table.rows, table.columns);
-  table.cells = std::make_shared<StoredRows>(reading, model.get(Model::base_data_store), table);
+  table.cells =
+      std::make_shared<StoredRows>(reading, model.get(Model::base_data_store), table,
+                                   info.get(Info::tableModel).get(TSP::Reference::identifier));
   return table;
 }
 

@@ -19,9 +19,10 @@ void clear(Cell& cell) {
 
 }  // namespace
 
-StoredRows::StoredRows(Reading& reading, const Message<TST::DataStore>& store, const Table& table)
+StoredRows::StoredRows(Reading& reading, const Message<TST::DataStore>& store, const Table& table,
+                       std::uint64_t model)
     : index_(reading, store),
-      reader_(reading, store, table.name),
+      reader_(reading, store, table.name, model),
       rows_(table.rows),
       columns_(table.columns),
       merges_(table.merges) {

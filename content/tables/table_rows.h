@@ -15,7 +15,8 @@ namespace dorvex::content {
 
 class StoredRows : public TableRows {
  public:
-  StoredRows(Reading& reading, const Message<TST::DataStore>& store, const Table& table);
+  StoredRows(Reading& reading, const Message<TST::DataStore>& store, const Table& table,
+             std::uint64_t model = 0);
 
   void read(std::uint32_t index, const CellParts& parts, std::vector<Cell>& cells) override;
 
