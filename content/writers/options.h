@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -40,12 +41,12 @@ struct WriterOptions {
   Format format = Format::kMarkdown;
   CommentPlace comments = CommentPlace::kNone;
   ShownChanges changes = ShownChanges::kFinal;
-  bool dropSkipped = false;  // leave skipped slides out
-  bool htmlTables = false;   // tables of Markdown as HTML
-  bool frontMatter = false;  // Markdown begins with metadata
-  bool pandoc = false;       // pandoc's Markdown, not GitHub's
-  bool oneLine = false;      // JSON without line feeds
-  std::string mediaFolder{};   // what links to media begin with
+  bool dropSkipped = false;   // leave skipped slides out
+  bool htmlTables = false;    // tables of Markdown as HTML
+  bool frontMatter = false;   // Markdown begins with metadata
+  bool pandoc = false;        // pandoc's Markdown, not GitHub's
+  bool oneLine = false;       // JSON without line feeds
+  std::string mediaFolder{};  // what links to media begin with
   CsvOptions csv;
 };
 

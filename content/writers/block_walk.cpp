@@ -1,0 +1,125 @@
+#include "writers/block_walk.h"
+
+#include <algorithm>
+#include <variant>
+
+#include "writers/file_names.h"
+#include "writers/plain.h"
+
+namespace dorvex::content {
+namespace {
+
+const Box* titleIn(const std::vector<Block>& blocks) {
+  for (const Block& block : blocks) {
+    const auto* box = std::get_if<Box>(&block.what);
+    if (box != nullptr && box->kind == BoxKind::kPlaceholder &&
+        box->placeholder == PlaceholderKind::kTitle)
+      return box;
+  }
+  return nullptr;
+}
+
+// The only paragraph of a box, or null.
+const Paragraph* onlyParagraph(const Box& box) {
+  return box.blocks.size() == 1 ? std::get_if<Paragraph>(&box.blocks.front().what) : nullptr;
+}
+
+}  // namespace
+
+void BlockWalk::document(Application application, const Metadata& metadata) {
+  application_ = application;
+  putBeginning(metadata);
+}
+
+void BlockWalk::end(const Summary&) {
+  if (!forTheEnd_.empty()) putComments(forTheEnd_);
+  putEnd();
+}
+
+void BlockWalk::slide(const Slide& slide) {
+  if (slide.skipped && options_.dropSkipped) return;
+  Paragraph made;
+  const Paragraph* title = nullptr;
+  const Box* box = titleIn(slide.blocks);
+  if (slide.title && !slide.title->empty()) {
+    title = box != nullptr ? onlyParagraph(*box) : nullptr;
+    // A title of several paragraphs is one heading.
+    if (title == nullptr) {
+      made.text = *slide.title;
+      title = &made;
+    }
+    shownAsTitle_ = box;
+  }
+  beginSlide(slide, title);
+  visit(slide.blocks);
+  shownAsTitle_ = nullptr;
+  comments(slide.comments);
+  if (!slide.notes.empty()) {
+    beginNotes();
+    visit(slide.notes);
+    endNotes();
+  }
+  endSlide();
+}
+
+void BlockWalk::sheet(const Sheet& sheet) {
+  beginSheet(sheet);
+  visit(sheet.blocks);
+  endSheet();
+}
+
+void BlockWalk::visit(const std::vector<Block>& blocks) {
+  for (const Block& block : blocks) visit(block);
+}
+
+void BlockWalk::visit(const Block& block) {
+  if (const auto* paragraph = std::get_if<Paragraph>(&block.what)) {
+    put(*paragraph);
+    noteComments(*paragraph);
+  } else if (const auto* table = std::get_if<Table>(&block.what)) {
+    put(*table);
+  } else if (const auto* chart = std::get_if<Chart>(&block.what)) {
+    put(*chart);
+  } else if (const auto* one = std::get_if<Media>(&block.what)) {
+    media(*one, block.alt);
+  } else if (const auto* gallery = std::get_if<Gallery>(&block.what)) {
+    for (const GalleryImage& image : gallery->images) {
+      media(image.media, image.alt);
+      if (!image.caption.empty()) putCaption(image.caption);
+    }
+  } else if (const auto* equation = std::get_if<Equation>(&block.what)) {
+    put(*equation);
+  } else if (const auto* box = std::get_if<Box>(&block.what)) {
+    if (box != shownAsTitle_) visit(box->blocks);
+  }
+  for (const std::string* text : {&block.title, &block.caption})
+    if (!text->empty()) putCaption(*text);
+  comments(block.comments);
+}
+
+void BlockWalk::media(const Media& media, const std::string& alt) {
+  std::string link;
+  if (media.file != nullptr && media.index) {
+    link = options_.mediaFolder.empty()
+               ? urlEncoded(media.file->member)
+               : urlEncoded(options_.mediaFolder + "/" + mediaFileName(*media.index, *media.file));
+  }
+  put(media, alt.empty() ? media.name : alt, link);
+}
+
+void BlockWalk::noteComments(const Paragraph& paragraph) {
+  for (const Run& run : paragraph.runs) noteComments(run.comments);
+}
+
+void BlockWalk::noteComments(const std::vector<Comment>& comments) {
+  if (options_.comments == CommentPlace::kEnd)
+    forTheEnd_.insert(forTheEnd_.end(), comments.begin(), comments.end());
+}
+
+void BlockWalk::comments(const std::vector<Comment>& comments) {
+  noteComments(comments);
+  if (options_.comments != CommentPlace::kInline) return;
+  for (const Comment& comment : comments) put(comment);
+}
+
+}  // namespace dorvex::content

@@ -1,0 +1,257 @@
+#include "writers/html_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <variant>
+
+#include "writers/html.h"
+#include "writers/plain.h"
+
+namespace dorvex::content {
+namespace {
+
+constexpr std::size_t kDeepestList = 12;
+
+constexpr const char kStyle[] = R"css(
+:root { color-scheme: light dark; }
+body { font: 1rem/1.5 system-ui, sans-serif; max-width: 60rem; margin: 2rem auto; padding: 0 1rem; }
+section { border-bottom: 1px solid #8886; padding: 1rem 0; }
+section.skipped { opacity: .6; }
+table { border-collapse: collapse; margin: 1rem 0; display: block; overflow-x: auto; }
+th, td { border: 1px solid #8888; padding: .25rem .6rem; text-align: left; vertical-align: top; }
+th { background: #8882; }
+.number { text-align: right; font-variant-numeric: tabular-nums; }
+aside { border-left: 4px solid #8888; padding: .1rem 1rem; margin: 1rem 0; }
+figure { margin: 1rem 0; }
+img { max-width: 100%; height: auto; }
+figcaption, caption, .caption { color: GrayText; font-size: .9rem; text-align: left; }
+ins { background: #2a62; }
+del { background: #c442; }
+.comment { background: #cc04; padding: 0 .3rem; }
+)css";
+
+std::string titleOf(Application application) {
+  switch (application) {
+    case Application::kKeynote:
+      return "Presentation";
+    case Application::kPages:
+      return "Document";
+    case Application::kNumbers:
+      break;
+  }
+  return "Spreadsheet";
+}
+
+// A language tag has no other characters.
+std::string languageOf(const Metadata& metadata) {
+  std::string tag = metadata.language;
+  std::ranges::replace(tag, '_', '-');
+  const bool sound = !tag.empty() && tag.size() < 36 && std::ranges::all_of(tag, [](char byte) {
+    return byte == '-' || (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+           (byte >= 'a' && byte <= 'z');
+  });
+  return sound ? tag : "";
+}
+
+unsigned headingLevel(const Paragraph& paragraph) {
+  if (paragraph.role == Role::kTitle) return 1;
+  if (paragraph.role == Role::kHeading) return std::clamp(paragraph.level, 1U, 6U);
+  return 0;
+}
+
+std::string valueText(const ChartValue& value) {
+  if (const auto* date = std::get_if<std::string>(&value)) return htmlEscaped(*date);
+  const auto* number = std::get_if<double>(&value);
+  if (number == nullptr) return "";
+  std::array<char, 32> digits;
+  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr};
+}
+
+}  // namespace
+
+void HtmlWriter::line(const std::string& html) {
+  output_.put(html);
+  output_.put('\n');
+}
+
+void HtmlWriter::element(const std::string& name, const std::string& content) {
+  leaveLists(0);
+  line("<" + name + ">" + content + "</" + name + ">");
+}
+
+void HtmlWriter::putBeginning(const Metadata& metadata) {
+  const std::string language = languageOf(metadata);
+  line("<!DOCTYPE html>");
+  line(language.empty() ? "<html>" : "<html lang=\"" + language + "\">");
+  line("<head>");
+  line("<meta charset=\"utf-8\">");
+  line("<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">");
+  line("<title>" + titleOf(application()) + "</title>");
+  line(std::string("<style>") + kStyle + "</style>");
+  line("</head>");
+  line("<body>");
+  line("<main>");
+}
+
+void HtmlWriter::putEnd() {
+  leaveLists(0);
+  leaveNotes();
+  line("</main>");
+  line("</body>");
+  line("</html>");
+  output_.flush();
+}
+
+void HtmlWriter::beginSlide(const Slide& slide, const Paragraph* title) {
+  line(std::string("<section class=\"slide") + (slide.skipped ? " skipped" : "") +
+       "\" id=\"slide-" + std::to_string(slide.number) + "\">");
+  if (title != nullptr) element("h1", htmlInline(*title, options()));
+}
+
+void HtmlWriter::beginNotes() {
+  leaveLists(0);
+  line("<aside class=\"notes\">");
+}
+
+void HtmlWriter::endNotes() {
+  leaveLists(0);
+  line("</aside>");
+}
+
+void HtmlWriter::endSlide() {
+  leaveLists(0);
+  line("</section>");
+}
+
+void HtmlWriter::beginSheet(const Sheet& sheet) {
+  line("<section class=\"sheet\">");
+  if (!sheet.name.empty()) element("h2", htmlEscaped(sheet.name));
+}
+
+void HtmlWriter::endSheet() { endSlide(); }
+
+void HtmlWriter::put(const Paragraph& paragraph) {
+  const unsigned heading = headingLevel(paragraph);
+  const std::string content = htmlInline(paragraph, options());
+  if (heading > 0) {
+    if (!content.empty()) element("h" + std::to_string(heading), content);
+  } else if (paragraph.list) {
+    putItem(paragraph);
+  } else if (!content.empty()) {
+    element("p", content);
+  }
+}
+
+// An item stays open, since deeper items lie in it.
+void HtmlWriter::putItem(const Paragraph& paragraph) {
+  const bool numbered = paragraph.list->kind == ListKind::kNumber;
+  const std::string name = numbered ? "ol" : "ul";
+  const std::size_t depth = std::min<std::size_t>(paragraph.list->level, kDeepestList) + 1;
+  leaveLists(depth);
+  if (lists_.size() == depth && lists_.back() != name) leaveLists(depth - 1);
+  if (lists_.size() == depth) output_.put("</li>\n");
+  while (lists_.size() < depth) {
+    const bool between = lists_.size() + 1 < depth;
+    lists_.push_back(between ? "ul" : name);
+    line("<" + lists_.back() + ">");
+    if (between) output_.put("<li>");
+  }
+  output_.put("<li>");
+  output_.put(htmlInline(paragraph, options()));
+}
+
+void HtmlWriter::leaveLists(std::size_t depth) {
+  while (lists_.size() > depth) {
+    line("</li>");
+    line("</" + lists_.back() + ">");
+    lists_.pop_back();
+  }
+}
+
+void HtmlWriter::put(const Table& table) {
+  leaveLists(0);
+  const bool named =
+      !table.name.empty() && (table.nameShown || application() == Application::kNumbers);
+  if (named) element("h3", htmlEscaped(table.name));
+  putHtmlTable(table, options(), output_);
+  output_.put('\n');
+}
+
+void HtmlWriter::put(const Chart& chart) {
+  leaveLists(0);
+  line("<figure class=\"chart\">");
+  if (!chart.title.empty()) line("<figcaption>" + htmlEscaped(chart.title) + "</figcaption>");
+  line("<table>");
+  std::string head = "<thead>\n<tr><td></td>";
+  for (const ChartSeries& series : chart.series)
+    head += "<th scope=\"col\">" + htmlEscaped(series.name) + "</th>";
+  line(head + "</tr>\n</thead>\n<tbody>");
+  std::size_t rows = chart.categories.size();
+  for (const ChartSeries& series : chart.series) rows = std::max(rows, series.values.size());
+  for (std::size_t row = 0; row < rows; ++row) {
+    std::string text = "<tr><th scope=\"row\">" +
+                       (row < chart.categories.size() ? htmlEscaped(chart.categories[row]) : "") +
+                       "</th>";
+    for (const ChartSeries& series : chart.series) {
+      text += "<td class=\"number\">" +
+              (row < series.values.size() ? valueText(series.values[row]) : "") + "</td>";
+    }
+    line(text + "</tr>");
+  }
+  if (rows == 0) line("<tr><td></td></tr>");
+  line("</tbody>\n</table>\n</figure>");
+}
+
+// MathML is a document's own markup and is shown, not taken in.
+void HtmlWriter::put(const Equation& equation) {
+  element("p", "<code>" + htmlEscaped(equation.source) + "</code>");
+}
+
+void HtmlWriter::put(const Media& media, const std::string& alt, const std::string& link) {
+  leaveLists(0);
+  line("<figure>");
+  const std::string text = htmlEscaped(alt);
+  if (link.empty()) {
+    line("<p>" + text + "</p>");
+  } else if (media.kind == MediaKind::kImage) {
+    line("<img src=\"" + htmlEscaped(link) + "\" alt=\"" + text + "\">");
+  } else {
+    line("<a href=\"" + htmlEscaped(link) + "\">" + (text.empty() ? "media" : text) + "</a>");
+  }
+  line("</figure>");
+}
+
+void HtmlWriter::putCaption(const std::string& text) {
+  leaveLists(0);
+  line("<p class=\"caption\">" + htmlEscaped(text, true) + "</p>");
+}
+
+void HtmlWriter::putFootnote(const Footnote& footnote) {
+  leaveLists(0);
+  if (!std::exchange(inFootnotes_, true)) line("<section class=\"footnotes\">");
+  line("<aside id=\"note-" + htmlId(footnote.id) + "\">");
+  if (!footnote.mark.empty()) line("<p><sup>" + htmlEscaped(footnote.mark) + "</sup></p>");
+  visit(footnote.blocks);
+  leaveLists(0);
+  line("</aside>");
+}
+
+void HtmlWriter::leaveNotes() {
+  if (std::exchange(inFootnotes_, false)) line("</section>");
+}
+
+void HtmlWriter::put(const Comment& comment) {
+  leaveLists(0);
+  line("<aside class=\"comment\"><p>" + htmlComment(comment) + "</p></aside>");
+}
+
+void HtmlWriter::putComments(const std::vector<Comment>& comments) {
+  leaveLists(0);
+  leaveNotes();
+  line("<section class=\"comments\">");
+  for (const Comment& each : comments) put(each);
+  line("</section>");
+}
+
+}  // namespace dorvex::content

@@ -1,0 +1,107 @@
+#include "writers/plain.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "graph/utf8.h"
+#include "writers/cell_text.h"
+
+namespace dorvex::content {
+namespace {
+
+constexpr std::array<std::string_view, 7> kSchemes = {"http", "https", "mailto", "tel",
+                                                      "sms",  "ftp",   "file"};
+
+bool isControl(char32_t code) {
+  return (code < 0x20 && code != '\n' && code != '\t') || (code >= 0x7F && code < 0xA0) ||
+         code == 0xFFFC || code == 0xFEFF;
+}
+
+// Most texts are made of these alone.
+bool isPlainByte(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return (value >= 0x20 && value < 0x7F) || value == '\n' || value == '\t';
+}
+
+bool isShown(const Run& run, ShownChanges changes) {
+  switch (changes) {
+    case ShownChanges::kFinal:
+      return !run.deleted;
+    case ShownChanges::kOriginal:
+      return !run.inserted;
+    case ShownChanges::kAll:
+      break;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string cleanText(std::string_view text) {
+  if (std::ranges::all_of(text, isPlainByte)) return std::string(text);
+  std::string clean;
+  clean.reserve(text.size());
+  while (!text.empty()) {
+    const Character character = firstCharacter(text);
+    if (character.code == 0x2028 || character.code == 0x2029) {
+      clean += '\n';
+    } else if (!character.valid) {
+      clean += kReplacementBytes;
+    } else if (!isControl(character.code)) {
+      clean += text.substr(0, character.length);
+    }
+    text.remove_prefix(character.length);
+  }
+  return clean;
+}
+
+std::vector<Run> shownRuns(const Paragraph& paragraph, ShownChanges changes) {
+  std::vector<Run> shown;
+  if (paragraph.runs.empty()) {
+    shown.emplace_back().text = cleanText(paragraph.text);
+    return shown;
+  }
+  for (const Run& run : paragraph.runs) {
+    if (!isShown(run, changes)) continue;
+    shown.push_back(run);
+    shown.back().text = cleanText(run.text);
+  }
+  return shown;
+}
+
+std::string shownText(const Paragraph& paragraph, ShownChanges changes) {
+  std::string text;
+  for (const Run& run : shownRuns(paragraph, changes)) text += run.text;
+  return text;
+}
+
+std::string shownText(const Cell& cell) {
+  return cleanText(cell.text.empty() && cell.type == CellType::kRich ? richValue(cell) : cell.text);
+}
+
+bool standsRight(const Cell& cell) {
+  return cell.type == CellType::kNumber || cell.type == CellType::kCurrency ||
+         cell.type == CellType::kPercentage || cell.type == CellType::kDuration;
+}
+
+std::string safeLink(std::string_view url) {
+  std::string clean = cleanText(url);
+  std::erase_if(clean, [](char byte) { return byte == '\n' || byte == '\t'; });
+  clean.erase(0, std::min(clean.find_first_not_of(' '), clean.size()));
+  const std::size_t colon = clean.find_first_of(":/?#");
+  if (colon == std::string::npos || clean[colon] != ':') return clean;
+  std::string scheme = clean.substr(0, colon);
+  std::ranges::transform(scheme, scheme.begin(),
+                         [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
+  return std::ranges::find(kSchemes, scheme) != kSchemes.end() ? clean : "";
+}
+
+std::string byline(std::string_view author, std::string_view date) {
+  std::string line = cleanText(author);
+  const std::string day = cleanText(date.substr(0, 10));
+  if (!line.empty() && !day.empty()) line += ", ";
+  return line + day;
+}
+
+}  // namespace dorvex::content

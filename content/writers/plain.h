@@ -1,0 +1,36 @@
+// Text as every writer but JSON's gives it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "dorvex/content.h"
+#include "writers/options.h"
+
+namespace dorvex::content {
+
+// Valid UTF-8 without control characters but U+000A and the tab, which U+2028 and
+// U+2029 become the first of.
+std::string cleanText(std::string_view text);
+
+// The runs that are shown, one for a paragraph without marks. Their texts are clean.
+std::vector<Run> shownRuns(const Paragraph& paragraph, ShownChanges changes);
+
+// Their texts joined.
+std::string shownText(const Paragraph& paragraph, ShownChanges changes);
+
+// What a cell shows, clean.
+std::string shownText(const Cell& cell);
+
+// Whether a cell stands to the right, as numbers do.
+bool standsRight(const Cell& cell);
+
+// A link that a reader may follow: of the schemes of the web, mail, phone and files, or
+// relative. Others, which could be scripts, are empty.
+std::string safeLink(std::string_view url);
+
+// "Ann, 2024-05-06" of a comment or change; either may be missing.
+std::string byline(std::string_view author, std::string_view date);
+
+}  // namespace dorvex::content
