@@ -1,12 +1,9 @@
 #include "print_documents.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <chrono>
-#include <system_error>
 #include <utility>
 
 #include "exit_status.h"
@@ -18,28 +15,6 @@ namespace dorvex::cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr const char kStandardInput[] = "/dev/stdin";
-
-std::size_t readStandardInput(void* buffer, std::size_t count) {
-  ssize_t got = 0;
-  do {
-    got = ::read(STDIN_FILENO, buffer, count);
-  } while (got < 0 && errno == EINTR);
-  if (got < 0) throw std::system_error(errno, std::generic_category());
-  return static_cast<std::size_t>(got);
-}
-
-// A file or a directory is opened anew and read in place; a pipe, a terminal or
-// a socket, which cannot be opened, is read as it stands.
-Input standardInput() {
-  struct stat status {};
-  const bool known = ::fstat(STDIN_FILENO, &status) == 0;
-  if (known && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode))) {
-    return Input::path(kStandardInput);
-  }
-  return Input::callback(readStandardInput);
-}
 
 // The next document would fare no better.
 const Result& checked(const Result& result) {
@@ -174,12 +149,12 @@ Record readRecord(const Host& host, const ListedPath& listed, bool tidy) {
   record.result =
       readTexts(document, tidy, [&](std::string text) { record.texts.push_back(std::move(text)); });
   record.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-  record.bytesIn = sizeOnDisk(listed.isStandardInput ? kStandardInput : listed.path);
+  record.bytesIn = record.result.inputBytes;
   return record;
 }
 
 Input inputOf(const ListedPath& document) {
-  return document.isStandardInput ? standardInput() : Input::path(document.path);
+  return document.isStandardInput ? Input::descriptor(STDIN_FILENO) : Input::path(document.path);
 }
 
 Result faultOf(const ListedPath& document) {

@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <numeric>
 #include <optional>
-#include <system_error>
 
 #include "base64.h"
 #include "document_id.h"
@@ -146,23 +144,6 @@ std::string toLine(const Record& record) {
   line["milliseconds"] = toMicroseconds(record.milliseconds);
   addSkipped(line, result.skipped);
   return line.dump() + "\n";
-}
-
-std::uint64_t sizeOnDisk(const std::string& path) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  if (!fs::is_directory(path, error)) {
-    const auto size = fs::file_size(path, error);
-    return error ? 0 : size;
-  }
-  std::uint64_t sum = 0;
-  for (fs::recursive_directory_iterator entry(path, error), end; !error && entry != end;
-       entry.increment(error)) {
-    std::error_code ignored;
-    const auto size = entry->is_regular_file(ignored) ? entry->file_size(ignored) : 0;
-    if (!ignored) sum += size;
-  }
-  return sum;
 }
 
 }  // namespace dorvex::cli

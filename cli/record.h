@@ -32,8 +32,4 @@ std::vector<std::string> failedStatuses();
 // replaced by U+FFFD in it, and it says where.
 std::string toLine(const Record& record);
 
-// The bytes of a file, or of all files in a package directory; 0 where they
-// cannot be told.
-std::uint64_t sizeOnDisk(const std::string& path);
-
 }  // namespace dorvex::cli

@@ -115,7 +115,7 @@ Listing listDocument(const std::string& path, const std::filesystem::path& modul
   listing.path = path;
   Lister lister(listing, wanted);
   const PackageOutcome outcome = visitPackage(
-      path == "-" ? "/dev/stdin" : path, moduleFolder,
+      path, moduleFolder,
       [&](const PackageMember& member, ByteStore* contents) { lister.visit(member, contents); },
       isOpen);
   listing.directory = outcome.directory;

@@ -253,8 +253,12 @@ class Look {
 PackageOutcome visitPackage(const fs::path& path, const fs::path& moduleFolder,
                             const VisitMember& visit, const PackageIsOpen& isOpen) {
   PackageOutcome outcome;
-  OpenInput input = OpenInput::open(Input::path(path), kInputMemory, outcome.result);
-  if (!input) return outcome;
+  const CopyLimits limits{kInputMemory, Limits{}.input};
+  OpenInput input = OpenInput::open(
+      path == "-" ? Input::descriptor(STDIN_FILENO) : Input::path(path), limits, outcome.result);
+  TimeBudget noLimit{std::chrono::milliseconds(0)};  // the inspector as a whole has one
+  const TimeBudget::Running running(noLimit);
+  if (!input || !input.readToEnd(noLimit, outcome.result)) return outcome;
   Observations seen;
   HostServices::Settings settings;
   settings.moduleFolder = moduleFolder;

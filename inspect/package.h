@@ -35,8 +35,8 @@ struct PackageOutcome {
 // From there on nothing is opened but what lies in that directory.
 using PackageIsOpen = std::function<void(int directory)>;
 
-// Visits the members of the package at a path; moduleFolder holds the container
-// module. Throws what visit and isOpen throw, and std::bad_alloc.
+// Visits the members of the package at a path, "-" for standard input; moduleFolder holds the
+// container module. Throws what visit and isOpen throw, and std::bad_alloc.
 PackageOutcome visitPackage(
     const std::filesystem::path& path, const std::filesystem::path& moduleFolder,
     const VisitMember& visit, const PackageIsOpen& isOpen = [](int) {});

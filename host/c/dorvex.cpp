@@ -61,6 +61,8 @@ template <typename Function>
 int guarded(Function function) noexcept {
   try {
     return function();
+  } catch (const WaitOver&) {
+    return DORVEX_AGAIN;
   } catch (const std::invalid_argument& error) {
     return fail(DORVEX_INVALID_ARGUMENT, error.what());
   } catch (const ReadFailed& error) {
@@ -118,6 +120,7 @@ dorvex_options defaults() {
   record.depth = limits.container.depth;
   record.expansion = limits.container.expansion;
   record.input = limits.input;
+  record.wait_ms = static_cast<std::uint32_t>(options.wait.count());
   return record;
 }
 
@@ -135,7 +138,6 @@ dorvex_options complete(const dorvex_options& given) {
   require(isZero(reinterpret_cast<const char*>(&given) + common, given.struct_size - common),
           "an option is set that this version of the library does not know");
   std::memcpy(&record, &given, common);
-  require(record.reserved == 0, "reserved must be 0");
   return record;
 }
 
@@ -173,6 +175,7 @@ HostOptions hostOptionsOf(const dorvex_options& record) {
   options.bufferSize = record.buffer_size;
   options.scratchMemory = record.scratch_memory;
   options.limits = limitsOf(record);
+  options.wait = std::chrono::milliseconds(record.wait_ms);
   return options;
 }
 

@@ -6,6 +6,7 @@
 #include "isolation/worker_source.h"
 #include "reading/document_source.h"
 #include "reading/reader_module.h"
+#include "reading/spooled_source.h"
 
 namespace dorvex {
 namespace {
@@ -130,6 +131,11 @@ struct Host::State {
     return module;
   }
 
+  std::unique_ptr<Document::Source> start(OpenInput input, TimeBudget budget) {
+    return pool ? makeWorkerSource(pool, options, std::move(input), budget)
+                : readInProcess(std::move(input));
+  }
+
   std::unique_ptr<Document::Source> readInProcess(OpenInput input) {
     try {
       return makeSession(options, std::move(input), loadedModule());
@@ -146,10 +152,10 @@ Host::Host(HostOptions options) {
   }
   if (options.rendering && options.isolation != Isolation::kWorkers)
     throw std::invalid_argument("documents are rendered in worker processes only");
-  state_ = std::make_unique<State>();
+  state_ = std::make_shared<State>();
   // Without a slash the loader would search its own folders; and the working
   // directory may change.
-  options.module = std::filesystem::absolute(options.module);
+  if (!options.module.empty()) options.module = std::filesystem::absolute(options.module);
   state_->options = std::move(options);
   if (state_->options.isolation == Isolation::kWorkers) {
     state_->pool = std::make_shared<WorkerPool>(state_->options);
@@ -164,11 +170,15 @@ const HostOptions& Host::options() const { return state_->options; }
 
 Document Host::open(const Input& input) const {
   const HostOptions& options = state_->options;
+  const TimeBudget budget(options.limits.wallTime, options.wait);
   Result failure;
-  OpenInput opened = OpenInput::open(input, options.scratchMemory, failure);
+  OpenInput opened = OpenInput::open(input, {options.scratchMemory, options.limits.input}, failure);
   if (!opened) return Document(makeFailedSource(std::move(failure)));
-  return Document(state_->pool ? makeWorkerSource(state_->pool, options, std::move(opened))
-                               : state_->readInProcess(std::move(opened)));
+  if (!opened.isUnread()) return Document(state_->start(std::move(opened), budget));
+  return Document(makeSpooledSource(std::move(opened), budget, options.rendering.has_value(),
+                                    [state = state_](OpenInput read, TimeBudget left) {
+                                      return state->start(std::move(read), left);
+                                    }));
 }
 
 Result Host::forEachText(const Input& input,

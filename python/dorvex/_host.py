@@ -42,6 +42,10 @@ class Sandbox(enum.IntEnum):
     REQUIRED = 2
 
 
+# How long a signal that came in just before a wait goes unnoticed.
+_WAIT_MS = 200
+
+
 class _Default(enum.Enum):
     DEFAULT = "the library's default"
 
@@ -51,6 +55,13 @@ DEFAULT = _Default.DEFAULT
 #: None is no limit.
 Limit = Union[int, None, _Default]
 Seconds = Union[float, None, _Default]
+
+
+def _path(path: str | os.PathLike[str]) -> bytes:
+    name = os.fsencode(path)
+    if b"\0" in name:
+        raise ValueError("a path must not hold a NUL")
+    return name
 
 
 def _new_handle(function: Callable[..., int], *arguments: Any) -> ctypes.c_void_p:
@@ -144,9 +155,10 @@ class Host(_Owner):
         size = ctypes.sizeof(options)
         _library.check(library.dorvex_options_init(ctypes.byref(options), size))
         if module is not None:
-            options.module = os.fsencode(module)
+            options.module = _path(module)
         options.isolation = isolation
         options.sandbox = sandbox
+        options.wait_ms = _WAIT_MS
         limits: dict[str, Limit] = {
             "documents_per_worker": documents_per_worker,
             "wall_time_ms": _milliseconds(timeout),
@@ -198,7 +210,7 @@ class Host(_Owner):
         if isinstance(source, bytes):
             return _new_handle(library.dorvex_open_memory, self._handle, source, len(source))
         if isinstance(source, (str, os.PathLike)):
-            return _new_handle(library.dorvex_open_path, self._handle, os.fsencode(source))
+            return _new_handle(library.dorvex_open_path, self._handle, _path(source))
         if not hasattr(source, "read"):
             raise TypeError("not a path, bytes or something with a read method")
         return self._open_reader(source)
@@ -209,6 +221,11 @@ class Host(_Owner):
         def read(_user: int, buffer: int, count: int) -> int:
             try:
                 part = reader.read(count)
+                if not isinstance(part, (bytes, bytearray, memoryview)):
+                    raise TypeError(
+                        f"read gave {type(part).__name__}, not bytes: open the file in binary mode"
+                    )
+                part = bytes(part)
                 if len(part) > count:
                     raise ValueError(f"read({count}) gave {len(part)} bytes")
                 ctypes.memmove(buffer, part, len(part))
@@ -289,7 +306,9 @@ class Document(_Owner):
         data = ctypes.c_void_p()
         length = ctypes.c_size_t()
         with self._lock:
-            code = function(self._open_handle(), ctypes.byref(data), ctypes.byref(length))
+            code = _library.waiting(
+                function, self._open_handle(), ctypes.byref(data), ctypes.byref(length)
+            )
             if code == _library.END:
                 raise StopIteration
             _library.check(code)
@@ -298,7 +317,9 @@ class Document(_Owner):
     def _ask_result(self) -> Result:
         handle = self._open_handle()
         record = _library.Result(struct_size=ctypes.sizeof(_library.Result))
-        _library.check(library.dorvex_document_result(handle, ctypes.byref(record)))
+        _library.check(
+            _library.waiting(library.dorvex_document_result, handle, ctypes.byref(record))
+        )
         return Result(
             status=Status(record.status),
             kind=Kind(record.kind),
@@ -322,7 +343,11 @@ class Document(_Owner):
 
 
 class _SharedHosts:
-    """The hosts behind dorvex.texts: one for each pair of limits."""
+    """The hosts behind dorvex.texts: one for each pair of limits, for the pairs
+    that were used last. Each has a process. One that goes is closed when its last
+    document is done."""
+
+    _MOST = 4
 
     def __init__(self) -> None:
         self._forget()
@@ -332,11 +357,13 @@ class _SharedHosts:
         self._hosts: dict[tuple[Seconds, Limit], Host] = {}
 
     def get(self, timeout: Seconds, max_memory: Limit) -> Host:
+        limits = (timeout, max_memory)
         with self._lock:
-            key = (timeout, max_memory)
-            if key not in self._hosts:
-                self._hosts[key] = Host(timeout=timeout, max_memory=max_memory)
-            return self._hosts[key]
+            host = self._hosts.pop(limits, None) or Host(timeout=timeout, max_memory=max_memory)
+            self._hosts[limits] = host  # at the end of the dictionary
+            if len(self._hosts) > self._MOST:
+                del self._hosts[next(iter(self._hosts))]
+            return host
 
     def follow_forks(self) -> None:
         os.register_at_fork(after_in_child=self._forget)

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import os
+from collections.abc import Callable
 from ctypes import POINTER, c_char_p, c_int, c_int32, c_size_t, c_ssize_t
 from ctypes import c_uint32, c_uint64, c_void_p
 from typing import Any
@@ -16,6 +17,7 @@ END = 1
 INVALID_ARGUMENT = 2
 OUT_OF_MEMORY = 3
 READ_FAILED = 4
+AGAIN = 6
 
 
 class Options(ctypes.Structure):
@@ -39,7 +41,7 @@ class Options(ctypes.Structure):
         ("members", c_uint32),
         ("depth", c_uint32),
         ("expansion", c_uint32),
-        ("reserved", c_uint32),
+        ("wait_ms", c_uint32),
         ("input", c_uint64),
     ]
 
@@ -113,6 +115,15 @@ library = _load()
 def text(value: bytes | None) -> str:
     """Text for people, or a name of any bytes."""
     return os.fsdecode(value or b"")
+
+
+def waiting(function: Callable[..., int], *arguments: Any) -> int:
+    """Calls a function that may wait until it has done. Between the waits the
+    interpreter handles signals, so that Ctrl-C raises KeyboardInterrupt here."""
+    while True:
+        code = function(*arguments)
+        if code != AGAIN:
+            return code
 
 
 def last_error() -> str:

@@ -5,10 +5,12 @@
  * runs the test of that name; without arguments, lists the names. */
 #define _POSIX_C_SOURCE 200809L /* mkdtemp */
 #include <dorvex/dorvex.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 static const char* module;      /* the reader module */
 static const char* fake_module; /* a scripted one, see fake_reader.cpp */
@@ -358,10 +360,56 @@ static void refuses_values_out_of_range(void) {
   options = options_for(module);
   options.documents_per_worker = 0;
   CHECK(dorvex_host_new(&options, &host) == DORVEX_INVALID_ARGUMENT);
-  options = options_for(module);
-  options.reserved = 1;
-  CHECK(dorvex_host_new(&options, &host) == DORVEX_INVALID_ARGUMENT);
   CHECK(host == NULL);
+}
+
+static void ignore(int number) { (void)number; }
+
+/* With SA_RESTART, as signal() sets it: system calls that can go on do. */
+static void alarm_soon(void) {
+  struct sigaction action;
+  memset(&action, 0, sizeof action);
+  action.sa_handler = ignore;
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGALRM, &action, NULL);
+  alarm(1);
+}
+
+static void keeps_its_time_limit_when_a_signal_comes_in(void) {
+  dorvex_options options = options_for(fake_module);
+  dorvex_host* host = NULL;
+  dorvex_document* document = NULL;
+  dorvex_result result;
+  result.struct_size = sizeof result;
+  options.wall_time_ms = 2000;
+  CHECK(dorvex_host_new(&options, &host) == DORVEX_OK);
+  document = open_script(host, "hang\n");
+  alarm_soon();
+  CHECK(dorvex_document_result(document, &result) == DORVEX_OK);
+  CHECK(result.failure == DORVEX_FAILURE_TIMED_OUT);
+  CHECK(result.limit == DORVEX_LIMIT_WALL_TIME);
+  dorvex_document_free(document);
+  dorvex_host_free(host);
+}
+
+static void returns_from_a_wait_on_request_and_goes_on(void) {
+  dorvex_options options = options_for(fake_module);
+  dorvex_host* host = NULL;
+  dorvex_document* document = NULL;
+  const char* text = NULL;
+  size_t length = 0;
+  int code = DORVEX_AGAIN;
+  int waits = -1;
+  options.wait_ms = 50;
+  CHECK(dorvex_host_new(&options, &host) == DORVEX_OK);
+  document = open_script(host, "nap\ntext late\n");
+  for (; code == DORVEX_AGAIN; ++waits) code = dorvex_next_text(document, &text, &length);
+  CHECK(code == DORVEX_OK);
+  CHECK(text != NULL && strcmp(text, "late") == 0);
+  CHECK(waits >= 2);
+  CHECK(dorvex_next_text(document, &text, &length) == DORVEX_END);
+  dorvex_document_free(document);
+  dorvex_host_free(host);
 }
 
 /* The record of a later version: this one, and what comes behind it. */
@@ -457,6 +505,8 @@ static const struct test tests[] = {
     {"WorksWithRecordsOfALaterVersionUnlessTheyAreUsed",
      works_with_records_of_a_later_version_unless_they_are_used},
     {"RefusesRecordsThatAreTooSmall", refuses_records_that_are_too_small},
+    {"KeepsItsTimeLimitWhenASignalComesIn", keeps_its_time_limit_when_a_signal_comes_in},
+    {"ReturnsFromAWaitOnRequestAndGoesOn", returns_from_a_wait_on_request_and_goes_on},
     {"TellsVersionsAndNames", tells_versions_and_names},
     {"FindsTheModuleBesideTheLibrary", finds_the_module_beside_the_library},
 };

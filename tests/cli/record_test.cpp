@@ -108,16 +108,6 @@ TEST(Record, HasAWordForEveryLimit) {
   EXPECT_EQ(written(record)["limit"], "input");
 }
 
-TEST(SizeOnDisk, IsThatOfAFileOrOfAllFilesOfADirectory) {
-  const testing::TemporaryDirectory folder;
-  testing::writeFile(folder.path() / "a", "123");
-  std::filesystem::create_directories(folder.path() / "sub");
-  testing::writeFile(folder.path() / "sub" / "b", "45");
-  EXPECT_EQ(sizeOnDisk(folder.path() / "a"), 3u);
-  EXPECT_EQ(sizeOnDisk(folder.path()), 5u);
-  EXPECT_EQ(sizeOnDisk(folder.path() / "none"), 0u);
-}
-
 TEST(Base64, PadsToGroupsOfFour) {
   EXPECT_EQ(base64(""), "");
   EXPECT_EQ(base64("f"), "Zg==");

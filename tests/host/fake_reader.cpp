@@ -8,6 +8,7 @@
 //   crash         dies by a signal, when this point of the stream is asked for
 //   exit          ends the process
 //   hang          sleeps for ever
+//   nap           sleeps for half a second
 //   spin          computes for ever
 //   starve        allocates until there is no more
 //   overrun       reports more bytes than its buffer has
@@ -205,6 +206,7 @@ int carryOut(Context& context, const std::string& command) {
   if (verb == "crash") crash();
   if (verb == "exit") ::_exit(0);
   if (verb == "hang") ::sleep(3600);
+  if (verb == "nap") ::usleep(500'000);
   if (verb == "spin") spin();
   if (verb == "starve") starve();
   if (verb == "open") return openMember(context, argument, false);

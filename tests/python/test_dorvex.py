@@ -4,15 +4,18 @@ DORVEX_LIBRARY names the library, DORVEX_SAMPLES a folder of documents,
 DORVEX_FAKE_READER a scripted reader module, DORVEX_DOCS the folder of pages."""
 
 import io
+import multiprocessing
 import os
 import pathlib
 import pickle
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 import dorvex
@@ -20,6 +23,10 @@ import dorvex
 SAMPLES = pathlib.Path(os.environ["DORVEX_SAMPLES"])
 KEYNOTE = SAMPLES / "keynote-sample.key"
 FAKE_READER = os.environ["DORVEX_FAKE_READER"]
+
+
+def count_texts(path):
+    return len(list(dorvex.texts(path)))
 
 
 class Texts(unittest.TestCase):
@@ -69,6 +76,38 @@ class Texts(unittest.TestCase):
     def test_refuses_what_is_no_source(self):
         with self.assertRaises(TypeError):
             list(dorvex.texts(7))
+
+    def test_refuses_a_path_with_a_nul(self):
+        for path in ("a\0b", pathlib.Path("a\0b")):
+            with self.assertRaisesRegex(ValueError, "NUL"):
+                list(dorvex.texts(path))
+        with self.assertRaisesRegex(ValueError, "NUL"):
+            dorvex.Host(module="a\0b")
+
+    def test_refuses_a_file_in_text_mode(self):
+        with open(__file__, encoding="utf-8") as file:
+            with self.assertRaisesRegex(TypeError, "binary mode"):
+                list(dorvex.texts(file))
+        with self.assertRaisesRegex(TypeError, "binary mode"):
+            list(dorvex.texts(io.StringIO("text")))
+
+    def test_keeps_few_processes_whatever_limits_are_asked_for(self):
+        before = len(os.listdir("/proc/self/fd"))
+        for tenths in range(30):
+            self.assertEqual(len(list(dorvex.texts(KEYNOTE, timeout=20 + tenths / 10))), 17)
+        self.assertLess(len(os.listdir("/proc/self/fd")), before + 20)
+        self.assertLessEqual(len(dorvex._host._shared._hosts), 4)
+
+    def test_gives_a_document_to_its_end_whose_host_has_gone(self):
+        texts = dorvex.texts(KEYNOTE, timeout=99)
+        first = next(texts)
+        for seconds in range(10):
+            list(dorvex.texts(KEYNOTE, timeout=50 + seconds))
+        self.assertEqual(len([first, *texts]), 17)
+
+    def test_works_in_a_pool_of_spawned_processes(self):
+        with multiprocessing.get_context("spawn").Pool(2) as pool:
+            self.assertEqual(pool.map(count_texts, [str(KEYNOTE)] * 4), [17] * 4)
 
     def test_works_in_a_forked_child(self):
         self.assertEqual(len(list(dorvex.texts(KEYNOTE))), 17)
@@ -123,6 +162,67 @@ class Errors(unittest.TestCase):
         again = pickle.loads(pickle.dumps(error))
         self.assertIs(type(again), type(error))
         self.assertEqual(again.result, error.result)
+
+
+class Interruption(RuntimeError):
+    pass
+
+
+class Signals(unittest.TestCase):
+    """A signal is handled while a document is read, and takes no time limit away."""
+
+    def setUp(self):
+        self.before = signal.getsignal(signal.SIGALRM)
+
+    def tearDown(self):
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, self.before)
+
+    def hang(self, source=b"hang\n", **limits):
+        started = time.monotonic()
+        with dorvex.Host(module=FAKE_READER, **limits) as host:
+            try:
+                list(host.texts(source))
+            finally:
+                self.assertLess(time.monotonic() - started, 8)
+
+    def test_leave_the_time_limit_as_it_is(self):
+        signal.signal(signal.SIGALRM, lambda *_: None)
+        for interval in (0, 0.05):
+            signal.setitimer(signal.ITIMER_REAL, 0.2, interval)
+            with self.assertRaises(dorvex.TimeLimitError):
+                self.hang(timeout=1)
+
+    def test_raise_what_their_handler_raises_at_once(self):
+        def interrupt(*_):
+            raise Interruption
+
+        signal.signal(signal.SIGALRM, interrupt)
+        signal.setitimer(signal.ITIMER_REAL, 0.2)
+        with self.assertRaises(Interruption):
+            self.hang(timeout=30)
+
+    def test_raise_keyboard_interrupts_at_once(self):
+        with tempfile.TemporaryDirectory() as folder:
+            pipe = os.path.join(folder, "pipe.pages")
+            os.mkfifo(pipe)
+            for source in (b"hang\n", pipe):
+                threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
+                with self.assertRaises(KeyboardInterrupt):
+                    self.hang(source, timeout=30)
+
+    def test_leave_the_document_to_be_read_on(self):
+        def interrupt(*_):
+            raise Interruption
+
+        signal.signal(signal.SIGALRM, interrupt)
+        signal.setitimer(signal.ITIMER_REAL, 0.2)
+        with dorvex.Host(module=FAKE_READER) as host:
+            with host.open(b"text one\nbuffer\nnap\ntext two\n") as document:
+                texts = [next(document)]
+                with self.assertRaises(Interruption):
+                    next(document)
+                self.assertEqual(texts + list(document), ["one", "two"])
 
 
 class Documents(unittest.TestCase):

@@ -55,7 +55,9 @@ typedef enum dorvex_code {
   DORVEX_INVALID_ARGUMENT = 2,  ///< a null pointer, or a value out of range
   DORVEX_OUT_OF_MEMORY = 3,     ///< no memory in this process
   DORVEX_READ_FAILED = 4,       ///< the read callback reported a failure
-  DORVEX_INTERNAL = 5           ///< anything else
+  DORVEX_INTERNAL = 5,          ///< anything else
+  DORVEX_AGAIN = 6              ///< dorvex_options::wait_ms is over, or a signal came in; no
+                                ///< failure: called again, the function goes on
 } dorvex_code;
 
 /// How much of a document was read.
@@ -152,7 +154,9 @@ typedef struct dorvex_options {
   uint32_t members;            ///< members of one container
   uint32_t depth;              ///< containers that lie within each other
   uint32_t expansion;          ///< bytes of a member, unpacked, for each packed byte
-  uint32_t reserved;           ///< 0
+  uint32_t wait_ms;            ///< milliseconds that a function waits for the reader before it
+                               ///< returns DORVEX_AGAIN, which it then does at a signal, too;
+                               ///< 0 for as long as it takes, whatever signals come in
   uint64_t input;              ///< bytes of a document that has to be copied before it can be
                                ///< read: what a callback, a pipe or a device gives
 } dorvex_options;
@@ -279,8 +283,8 @@ DORVEX_C_API int dorvex_open_callback(dorvex_host* host, dorvex_read_function re
 ///     this document.
 /// @param[out] length Its length in bytes, without that NUL.
 /// @return DORVEX_OK; DORVEX_END at the end, for whatever reason (see
-///     dorvex_document_result); DORVEX_INVALID_ARGUMENT, DORVEX_OUT_OF_MEMORY or
-///     DORVEX_INTERNAL.
+///     dorvex_document_result); DORVEX_AGAIN; DORVEX_INVALID_ARGUMENT,
+///     DORVEX_OUT_OF_MEMORY or DORVEX_INTERNAL.
 DORVEX_C_API int dorvex_next_text(dorvex_document* document, const char** text, size_t* length);
 
 /// Gives the next buffer of whole tokens, which is never empty. Not to be mixed
@@ -297,7 +301,8 @@ DORVEX_C_API int dorvex_next_tokens(dorvex_document* document, const unsigned ch
 /// @param document The document.
 /// @param[in,out] result The record; its struct_size is set by the caller, and no
 ///     more than that is written.
-/// @return DORVEX_OK, DORVEX_INVALID_ARGUMENT, DORVEX_OUT_OF_MEMORY or DORVEX_INTERNAL.
+/// @return DORVEX_OK, DORVEX_AGAIN, DORVEX_INVALID_ARGUMENT, DORVEX_OUT_OF_MEMORY or
+///     DORVEX_INTERNAL.
 DORVEX_C_API int dorvex_document_result(dorvex_document* document, dorvex_result* result);
 
 /// Names a member of the package that did not reach the text, or not whole.

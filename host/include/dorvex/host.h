@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -51,8 +52,9 @@ struct ContainerLimits {
 
 // What one document may take. Zero means no limit.
 struct Limits {
-  // Time that the host waits for the reader; time in which the caller does not
-  // ask for more does not count. Only with worker processes.
+  // Time that the host waits for a pipe that it reads, and for the reader; time in
+  // which the caller does not ask for more does not count. For the reader only
+  // with worker processes.
   std::chrono::milliseconds wallTime = std::chrono::seconds(60);
   // Processor time, rounded up to seconds. Only with worker processes.
   std::chrono::seconds processorTime{0};
@@ -67,6 +69,12 @@ struct Limits {
   // stream, a callback, a pipe or a device gives.
   std::uint64_t input = std::uint64_t{4} << 30;
   ContainerLimits container{};
+};
+
+// The functions of a Document throw it when HostOptions::wait is over, or before
+// that at a signal. Nothing is lost: called again, they go on.
+struct WaitOver : std::exception {
+  const char* what() const noexcept override { return "the wait for the reader is over"; }
 };
 
 struct HostOptions {
@@ -87,6 +95,10 @@ struct HostOptions {
   // Bytes of an unpacked member, or of an input that is no file, that are kept
   // in memory; a larger one goes to an unnamed temporary file.
   std::size_t scratchMemory = std::size_t{16} * 1024 * 1024;
+  // How long a function of a Document waits before it throws WaitOver, for callers
+  // that have to look after signals or other work meanwhile. Zero: as long as it
+  // takes, whatever signals come in. Only with worker processes.
+  std::chrono::milliseconds wait{0};
   // Read member streams in step with their chunks. Without it the reader loses
   // sound members whose chunks do not suit its reads of 4096 bytes.
   bool alignReads = true;
@@ -202,7 +214,7 @@ class Host {
 
  private:
   struct State;
-  std::unique_ptr<State> state_;
+  std::shared_ptr<State> state_;
 };
 
 }  // namespace dorvex

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string>
 
+#include "bytes/patiently.h"
+
 namespace dorvex {
 namespace {
 
@@ -136,7 +138,8 @@ class ScratchStore final : public ByteStore {
 UniqueFd openUnnamedFile() {
   const char* folder = std::getenv("TMPDIR");
   if (folder == nullptr || *folder == '\0') folder = "/tmp";
-  UniqueFd file(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+  UniqueFd file =
+      patiently([&] { return UniqueFd(::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600)); });
   if (file) return file;
   std::string name = std::string(folder) + "/dorvex-XXXXXX";
   UniqueFd named(::mkostemp(name.data(), O_CLOEXEC));

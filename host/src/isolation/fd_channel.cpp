@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "bytes/patiently.h"
+
 namespace dorvex {
 namespace {
 
@@ -38,7 +40,9 @@ ssize_t retried(Call call) {
 
 std::pair<UniqueFd, UniqueFd> makeChannel() {
   std::array<int, 2> ends{-1, -1};
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return {};
+  const bool made = patiently(
+      [&] { return ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0; });
+  if (!made) return {};
   return {UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 

@@ -127,7 +127,8 @@ ForkServer::~ForkServer() {
 
 std::optional<WorkerProcess> ForkServer::fork() {
   auto [mine, its] = makeChannel();
-  if (!mine) return std::nullopt;
+  // Whatever a worker does, no send to it and no read from it waits.
+  if (!mine || ::fcntl(mine.get(), F_SETFL, O_NONBLOCK) != 0) return std::nullopt;
   const std::lock_guard lock(mutex_);
   int worker = 0;
   if (!sendByte(control_.get(), static_cast<unsigned char>(Request::kFork), its.get()) ||

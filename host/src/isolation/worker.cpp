@@ -80,8 +80,7 @@ class WorkerLoop {
     for (;;) {
       ReceivedByte order = receiveByte(channel_.get());
       if (order.ended || !sendFrame(channel_.get(), FrameType::kTaken, {})) break;
-      const bool directory = static_cast<Order>(order.byte) == Order::kReadDirectory;
-      read(OpenInput::fromDescriptor(std::move(order.fd), directory));
+      carryOut(static_cast<Order>(order.byte), std::move(order.fd));
       if (hasGrownLarge()) break;
     }
     // No destructors, no unloading: the process is all that has to be cleaned up.
@@ -89,6 +88,11 @@ class WorkerLoop {
   }
 
  private:
+  void carryOut(Order order, UniqueFd document) {
+    const bool directory = order == Order::kReadDirectory;
+    read(OpenInput::fromDescriptor(std::move(document), directory));
+  }
+
   void read(OpenInput input) {
     const auto missing = confine(input);
     const bool refused = options_.sandbox == Sandbox::kRequired && !missing.empty();

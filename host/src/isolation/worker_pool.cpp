@@ -1,18 +1,19 @@
 #include "isolation/worker_pool.h"
 
-#include <poll.h>
-
-#include <array>
 #include <cerrno>
+#include <chrono>
 
+#include "bytes/patiently.h"
 #include "isolation/fd_channel.h"
+#include "isolation/frame_reader.h"
+#include "reading/time_budget.h"
 
 namespace dorvex {
 namespace {
 
 // For a worker to tidy up behind a document, or to come into being while the
 // fork server still loads the module. Longer means that something is wrong.
-constexpr int kPatienceMilliseconds = 30'000;
+constexpr std::chrono::seconds kPatience(30);
 
 // So many new workers in a row die by chance only where nearly all of them do.
 constexpr int kNewWorkersTried = 10;
@@ -21,15 +22,17 @@ enum class Answer { kTaken, kGone, kNone };
 
 Answer handOver(int channel, Order order, int document) {
   if (!sendByte(channel, static_cast<unsigned char>(order), document)) return Answer::kGone;
-  pollfd source{channel, POLLIN, 0};
-  int ready = 0;
-  do ready = ::poll(&source, 1, kPatienceMilliseconds);
-  while (ready < 0 && errno == EINTR);
-  if (ready == 0) return Answer::kNone;
-  std::array<unsigned char, kFrameHeaderSize> bytes;
-  if (ready < 0 || !receiveBytes(channel, bytes)) return Answer::kGone;
-  const auto header = decodeHeader(bytes, 0);
-  return header && header->type == FrameType::kTaken ? Answer::kTaken : Answer::kGone;
+  FrameReader frames(channel, 0);
+  TimeBudget patience(kPatience);
+  const TimeBudget::Running running(patience);
+  auto outcome = FrameReader::Outcome::kMore;
+  while ((outcome = frames.read()) == FrameReader::Outcome::kMore) {
+    const TimeBudget::Wait wait = patience.waitFor(channel);
+    if (wait == TimeBudget::Wait::kOver) return Answer::kNone;
+    if (wait == TimeBudget::Wait::kFailed) return Answer::kGone;
+  }
+  const bool taken = outcome == FrameReader::Outcome::kFrame && frames.type() == FrameType::kTaken;
+  return taken ? Answer::kTaken : Answer::kGone;
 }
 
 }  // namespace
@@ -78,6 +81,20 @@ std::unique_ptr<Worker> WorkerPool::makeNew() {
   return process ? std::make_unique<Worker>(std::move(from), std::move(*process)) : nullptr;
 }
 
+// A directory needs a new worker. Where there cannot be one more, an idle one
+// gives its place up.
+std::unique_ptr<Worker> WorkerPool::takeOrMake(bool directory, bool& isNew) {
+  auto worker = directory ? nullptr : takeIdle();
+  isNew = worker == nullptr;
+  if (isNew) worker = makeNew();
+  if (!worker && isShortage(errno)) {
+    const int error = errno;
+    takeIdle();
+    errno = error;
+  }
+  return worker;
+}
+
 // A worker that does not take the document has read nothing of it: an idle one that
 // has died meanwhile, or left because it had grown large, or a new one that somebody
 // has killed. So it is passed over, but for a new one that only keeps silent: the
@@ -85,13 +102,10 @@ std::unique_ptr<Worker> WorkerPool::makeNew() {
 std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
   const bool directory = order == Order::kReadDirectory;
   for (int tried = 0; tried < kNewWorkersTried;) {
-    auto worker = directory ? nullptr : takeIdle();
-    const bool isNew = worker == nullptr;
-    if (isNew) {
-      worker = makeNew();
-      ++tried;
-    }
+    bool isNew = false;
+    auto worker = patiently([&] { return takeOrMake(directory, isNew); });
     if (!worker) return nullptr;
+    tried += static_cast<int>(isNew);
     const Answer answer = handOver(worker->channel(), order, document);
     if (answer == Answer::kTaken) {
       ++worker->documents_;

@@ -48,6 +48,7 @@ class WorkerPool {
  private:
   std::unique_ptr<Worker> takeIdle();
   std::unique_ptr<Worker> makeNew();
+  std::unique_ptr<Worker> takeOrMake(bool directory, bool& isNew);
   std::shared_ptr<ForkServer> server();
   std::shared_ptr<ForkServer> restarted(const std::shared_ptr<ForkServer>& gone);
 

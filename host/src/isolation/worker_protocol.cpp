@@ -78,6 +78,30 @@ class Reader {
   bool good_ = true;
 };
 
+struct LengthRange {
+  std::size_t least;
+  std::size_t most;
+};
+
+// No length at all is in the range of an unknown type.
+LengthRange lengthsOf(FrameType type, std::size_t largestTokens) {
+  switch (type) {
+    case FrameType::kTokens:
+      return {1, largestTokens};
+    case FrameType::kOutput:
+    case FrameType::kFileName:
+    case FrameType::kFileBytes:
+      return {1, kLargestPieceFrame};
+    case FrameType::kResult:
+      return {0, kLargestResultFrame};
+    case FrameType::kTaken:
+    case FrameType::kOutOfMemory:
+    case FrameType::kNeedScratch:
+      return {0, 0};
+  }
+  return {1, 0};
+}
+
 }  // namespace
 
 std::array<unsigned char, kFrameHeaderSize> encodeHeader(FrameHeader header) {
@@ -92,25 +116,8 @@ std::optional<FrameHeader> decodeHeader(std::span<const unsigned char> bytes,
   if (bytes.size() != kFrameHeaderSize) return std::nullopt;
   FrameHeader header{static_cast<FrameType>(bytes[0]), 0};
   std::memcpy(&header.length, &bytes[1], sizeof header.length);
-  bool fits = false;
-  switch (header.type) {
-    case FrameType::kTokens:
-      fits = header.length > 0 && header.length <= largestTokens;
-      break;
-    case FrameType::kOutput:
-    case FrameType::kFileName:
-    case FrameType::kFileBytes:
-      fits = header.length > 0 && header.length <= kLargestPieceFrame;
-      break;
-    case FrameType::kResult:
-      fits = header.length <= kLargestResultFrame;
-      break;
-    case FrameType::kTaken:
-    case FrameType::kOutOfMemory:
-    case FrameType::kNeedScratch:
-      fits = header.length == 0;
-      break;
-  }
+  const LengthRange range = lengthsOf(header.type, largestTokens);
+  const bool fits = header.length >= range.least && header.length <= range.most;
   return fits ? std::optional(header) : std::nullopt;
 }
 

@@ -5,7 +5,8 @@
 // sends token frames, one for each buffer, or frames of what it renders, and a result
 // frame, and takes another or leaves. The receiver believes no length.
 //
-// The worker is sent single bytes, with a file descriptor each.
+// The worker is sent single bytes, with a file descriptor each: an order for each
+// document, and answers to what it asks for.
 #pragma once
 
 #include <array>
@@ -30,11 +31,16 @@ enum class FrameType : std::uint8_t {
   kNeedScratch = 'S',  // a scratch file is wanted, and the answer waited for
 };
 
+// Comes with the document.
 enum class Order : std::uint8_t {
-  kReadFile = 'F',       // comes with the document
-  kReadDirectory = 'D',  // comes with the package directory
-  kScratch = 'S',        // comes with an empty file
-  kNoScratch = 'N',      // there is none to be had
+  kReadFile = 'F',
+  kReadDirectory = 'D',  // a package directory
+};
+
+// To kNeedScratch.
+enum class ScratchAnswer : std::uint8_t {
+  kFile = 'S',  // comes with an empty file
+  kNone = 'N',  // there is none to be had
 };
 
 struct FrameHeader {

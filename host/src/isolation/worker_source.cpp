@@ -1,18 +1,14 @@
 #include "isolation/worker_source.h"
 
-#include <poll.h>
 #include <sys/wait.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "isolation/fd_channel.h"
+#include "isolation/frame_reader.h"
 #include "isolation/worker_pool.h"
 #include "looking/diagnosis.h"
 #include "reading/document_source.h"
@@ -20,7 +16,9 @@
 namespace dorvex {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+Result outOfTime() {
+  return failedResult(Failure::kTimedOut, "stopped: the reader took too long", Limit::kWallTime);
+}
 
 Result nonsense() { return failedResult(Failure::kCrashed, "the reader's process sent nonsense"); }
 
@@ -65,37 +63,37 @@ std::optional<PieceType> pieceOf(FrameType type) {
 class WorkerSource final : public Document::Source {
  public:
   WorkerSource(std::shared_ptr<WorkerPool> pool, std::unique_ptr<Worker> worker, Order order,
-               const HostOptions& options)
+               const HostOptions& options, TimeBudget budget, std::uint64_t fileSize)
       : pool_(std::move(pool)),
         worker_(std::move(worker)),
         order_(order),
         renders_(options.rendering.has_value()),
         limits_(options.limits),
-        timeLeft_(limits_.wallTime),
-        buffer_(std::max<std::size_t>(ownedBufferSize(options.bufferSize), kLargestPieceFrame)) {}
+        budget_(budget),
+        fileSize_(fileSize),
+        frames_(worker_->channel(), ownedBufferSize(options.bufferSize)) {}
 
   std::optional<std::span<const unsigned char>> next() override {
-    while (!result_) {
-      const auto header = receiveHeader();
-      if (!header) break;
-      if (header->type != FrameType::kTokens) {
-        serve(*header);
-      } else if (const auto tokens = receiveOutput(header->length)) {
-        return tokens;
+    const TimeBudget::Running running(budget_);
+    while (!result_ && waitForFrame()) {
+      if (frames_.type() != FrameType::kTokens) {
+        serve();
+      } else if (!passesOutput()) {
+        return frames_.payload();
       }
     }
     return std::nullopt;
   }
 
   std::optional<Piece> nextPiece() override {
-    while (!result_) {
-      const auto header = receiveHeader();
-      if (!header) break;
-      const auto type = pieceOf(header->type);
+    const TimeBudget::Running running(budget_);
+    while (!result_ && waitForFrame()) {
+      const auto type = pieceOf(frames_.type());
       if (!type) {
-        serve(*header);
-      } else if (const auto bytes = receiveOutput(header->length)) {
-        return Piece{*type, {reinterpret_cast<const char*>(bytes->data()), bytes->size()}};
+        serve();
+      } else if (!passesOutput()) {
+        const auto bytes = frames_.payload();
+        return Piece{*type, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}};
       }
     }
     return std::nullopt;
@@ -105,35 +103,44 @@ class WorkerSource final : public Document::Source {
 
   Result result() override {
     worker_.reset();
+    if (order_ == Order::kReadFile) result_->inputBytes = fileSize_;
     return std::move(*result_);
   }
 
  private:
-  std::optional<FrameHeader> receiveHeader() {
-    std::array<unsigned char, kFrameHeaderSize> bytes;
-    if (!receive(bytes)) return std::nullopt;
-    auto header = decodeHeader(bytes, buffer_.size());
-    if (!header) result_ = nonsense();
-    return header;
-  }
-
-  std::optional<std::span<const unsigned char>> receiveOutput(std::uint32_t length) {
-    received_ += length;
-    if (limits_.output > 0 && received_ > limits_.output) {
-      result_ =
-          failedResult(Failure::kLimitPassed,
-                       "stopped: more than " + std::to_string(limits_.output) + " bytes came out",
-                       Limit::kOutput);
-      return std::nullopt;
+  // Sets the result where no frame comes any more.
+  bool waitForFrame() {
+    using Outcome = FrameReader::Outcome;
+    auto outcome = Outcome::kMore;
+    while (!budget_.isOver() && (outcome = frames_.read()) == Outcome::kMore) {
+      if (budget_.waitFor(worker_->channel()) == TimeBudget::Wait::kFailed) {
+        result_ = systemFailure(errno);
+        return false;
+      }
     }
-    if (!receive({buffer_.data(), length})) return std::nullopt;
-    return std::span(buffer_).first(length);
+    if (outcome == Outcome::kMore) {
+      result_ = outOfTime();
+    } else if (outcome == Outcome::kEnded) {
+      result_ = deathResult(worker_->end());
+    } else if (outcome == Outcome::kNonsense) {
+      result_ = nonsense();
+    }
+    return !result_;
   }
 
-  void serve(const FrameHeader& header) {
-    switch (header.type) {
+  bool passesOutput() {
+    received_ += frames_.payload().size();
+    if (limits_.output == 0 || received_ <= limits_.output) return false;
+    result_ = failedResult(
+        Failure::kLimitPassed,
+        "stopped: more than " + std::to_string(limits_.output) + " bytes came out", Limit::kOutput);
+    return true;
+  }
+
+  void serve() {
+    switch (frames_.type()) {
       case FrameType::kResult:
-        receiveResult(header.length);
+        takeResult();
         break;
       case FrameType::kNeedScratch:
         handOverScratch();
@@ -151,10 +158,8 @@ class WorkerSource final : public Document::Source {
     }
   }
 
-  void receiveResult(std::uint32_t length) {
-    std::vector<unsigned char> payload(length);
-    if (!receive(payload)) return;
-    result_ = decodeResult(payload);
+  void takeResult() {
+    result_ = decodeResult(frames_.payload());
     if (result_) {
       pool_->giveBack(std::move(worker_), order_);
     } else {
@@ -162,55 +167,12 @@ class WorkerSource final : public Document::Source {
     }
   }
 
-  // A worker that is gone is noticed when it is read from.
+  // A worker that is gone is noticed when it is read from. One that asks and
+  // does not take what it gets has to do without.
   void handOverScratch() {
     const UniqueFd file = openUnnamedFile();
-    const Order order = file ? Order::kScratch : Order::kNoScratch;
-    sendByte(worker_->channel(), static_cast<unsigned char>(order), file.get());
-  }
-
-  // Fills bytes, or sets the result.
-  bool receive(std::span<unsigned char> bytes) {
-    while (!bytes.empty()) {
-      if (!waitForBytes()) return false;
-      const ssize_t got = ::read(worker_->channel(), bytes.data(), bytes.size());
-      if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-      if (got <= 0) {
-        result_ = deathResult(worker_->end());
-        return false;
-      }
-      bytes = bytes.subspan(static_cast<std::size_t>(got));
-    }
-    return true;
-  }
-
-  bool waitForBytes() {
-    pollfd source{worker_->channel(), POLLIN, 0};
-    const auto start = Clock::now();
-    const int ready = ::poll(&source, 1, timeout());
-    timeLeft_ -= Clock::now() - start;
-    if (ready < 0 && errno != EINTR) {
-      result_ = systemFailure(errno);
-      return false;
-    }
-    return ready > 0 || !outOfTime();
-  }
-
-  int timeout() const {
-    if (!isTimed()) return -1;
-    using std::chrono::milliseconds;
-    const auto left = std::chrono::ceil<milliseconds>(timeLeft_);
-    return static_cast<int>(
-        std::clamp<milliseconds>(left, milliseconds(0), std::chrono::hours(24)).count());
-  }
-
-  bool isTimed() const { return limits_.wallTime.count() > 0; }
-
-  bool outOfTime() {
-    if (!isTimed() || timeLeft_.count() > 0) return false;
-    result_ =
-        failedResult(Failure::kTimedOut, "stopped: the reader took too long", Limit::kWallTime);
-    return true;
+    const auto answer = file ? ScratchAnswer::kFile : ScratchAnswer::kNone;
+    sendByte(worker_->channel(), static_cast<unsigned char>(answer), file.get());
   }
 
   std::shared_ptr<WorkerPool> pool_;
@@ -218,9 +180,10 @@ class WorkerSource final : public Document::Source {
   Order order_;
   bool renders_;
   Limits limits_;
-  Clock::duration timeLeft_;
+  TimeBudget budget_;
+  std::uint64_t fileSize_;      // 0 for a directory, which only the worker looks into
   std::uint64_t received_ = 0;  // bytes of tokens, or of a rendering
-  std::vector<unsigned char> buffer_;
+  FrameReader frames_;
   std::optional<Result> result_;
 };
 
@@ -233,13 +196,15 @@ Result notStarted(int error) {
 }  // namespace
 
 std::unique_ptr<Document::Source> makeWorkerSource(const std::shared_ptr<WorkerPool>& pool,
-                                                   const HostOptions& options, OpenInput input) {
+                                                   const HostOptions& options, OpenInput input,
+                                                   TimeBudget budget) {
   const Order order = input.directory() ? Order::kReadDirectory : Order::kReadFile;
+  const std::uint64_t size = input.size();
   const UniqueFd document = input.takeDescriptor();
   if (!document) return makeFailedSource(systemFailure(errno));
   auto worker = pool->start(order, document.get());
   if (!worker) return makeFailedSource(notStarted(errno));
-  return std::make_unique<WorkerSource>(pool, std::move(worker), order, options);
+  return std::make_unique<WorkerSource>(pool, std::move(worker), order, options, budget, size);
 }
 
 }  // namespace dorvex

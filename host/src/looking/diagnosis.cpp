@@ -37,7 +37,9 @@ struct ErrnoFailure {
 constexpr ErrnoFailure kErrnoFailures[] = {
     {ENOENT, Failure::kNoSuchFile},       {ENOTDIR, Failure::kNoSuchFile},
     {EACCES, Failure::kPermissionDenied}, {EPERM, Failure::kPermissionDenied},
-    {ENOMEM, Failure::kOutOfMemory},
+    {ENOMEM, Failure::kOutOfMemory},      {EMFILE, Failure::kOutOfResources},
+    {ENFILE, Failure::kOutOfResources},   {EAGAIN, Failure::kOutOfResources},
+    {ENOSPC, Failure::kOutOfResources},   {EDQUOT, Failure::kOutOfResources},
 };
 
 Failure failureOf(int error) {
@@ -187,7 +189,11 @@ Result failedResult(Failure failure, std::string message, Limit limit) {
   return result;
 }
 
-Result systemFailure(int error) { return failedResult(failureOf(error), std::strerror(error)); }
+// Memory is the machine's here: no limit of a document counts before it is read.
+Result systemFailure(int error) {
+  return failedResult(error == ENOMEM ? Failure::kOutOfResources : failureOf(error),
+                      std::strerror(error));
+}
 
 Result diagnose(int moduleResult, const Observations& seen,
                 const std::function<PackageLook()>& look) {

@@ -42,6 +42,7 @@ std::shared_ptr<ReaderModule> ReaderModule::load(const std::filesystem::path& fi
 }
 
 ReaderModule::ReaderModule(const std::filesystem::path& file) {
+  if (file.empty()) throw ModuleError("no file is named");
   // Without a slash the loader would search its own folders.
   const auto path = std::filesystem::absolute(file);
   handle_ = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -87,6 +87,7 @@ class Session final : public Document::Source {
     Result result = fault_.empty() ? diagnose(returned_, seen_, [this] { return look(); })
                                    : moduleFailure(fault_);
     result.kind = seen_.kind.kind();
+    result.inputBytes = io_.size();
     return result;
   }
 

@@ -227,7 +227,7 @@ INSTANTIATE_TEST_SUITE_P(
               seen.refused = {"Index.zip", VN_CONTAINER_WRITE_FAILURE};
             }),
             {},
-            Failure::kCannotRead,
+            Failure::kOutOfResources,
             "cannot write scratch space for Index.zip: No space left on device"},
         Row{"NoContainerModule",
             6,
@@ -300,7 +300,9 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(SystemFailureResult, TellsTheKindsApart) {
   EXPECT_EQ(systemFailure(ENOENT).failure, Failure::kNoSuchFile);
   EXPECT_EQ(systemFailure(EACCES).failure, Failure::kPermissionDenied);
-  EXPECT_EQ(systemFailure(ENOMEM).failure, Failure::kOutOfMemory);
+  for (const int shortage : {ENOMEM, EMFILE, ENFILE, EAGAIN, ENOSPC, EDQUOT}) {
+    EXPECT_EQ(systemFailure(shortage).failure, Failure::kOutOfResources);
+  }
   EXPECT_EQ(systemFailure(EIO).failure, Failure::kCannotRead);
   EXPECT_EQ(systemFailure(ENOENT).message, "No such file or directory");
   EXPECT_EQ(systemFailure(ENOENT).status, Status::kFailed);
