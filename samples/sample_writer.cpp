@@ -7,7 +7,10 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "TSTArchives.pb.h"
 #include "Tools/formats/vniwork13/registry.h"
+#include "samples/cell_buffer.h"
+#include "samples/raw_fields.h"
 
 namespace dorvex::samples {
 namespace {
@@ -26,14 +29,58 @@ MessageFunction messagesOf(const std::string& application) {
   throw std::runtime_error("unknown application " + application);
 }
 
-Archive makeObject(const json& description, MessageFunction messages) {
+void parse(const json& description, Message& message) {
+  const auto status = google::protobuf::util::JsonStringToMessage(description.dump(), &message);
+  if (!status.ok()) throw std::runtime_error(status.ToString() + "\n" + description.dump(1));
+}
+
+void addExtension(Message& message, const std::string& name, const json& value) {
+  const auto* const field = message.GetReflection()->FindKnownExtensionByName(name);
+  if (field == nullptr) throw std::runtime_error("no extension " + name);
+  if (field->message_type() != nullptr) {
+    parse(value, *message.GetReflection()->MutableMessage(&message, field));
+  } else {
+    message.GetReflection()->SetString(&message, field, value);
+  }
+}
+
+// Sets the rows of a tile.
+void addCells(TST::Tile& tile, const json& rows) {
+  unsigned index = 0;
+  for (const json& row : rows) {
+    const RowBuffers buffers = makeRow(row);
+    TST::TileRowInfo& info = *tile.add_rowinfos();
+    info.set_tile_row_index(index++);
+    info.set_cell_count(buffers.count);
+    info.set_cell_storage_buffer_pre_bnc("");
+    info.set_cell_offsets_pre_bnc("");
+    info.set_storage_version(5);
+    info.set_cell_storage_buffer(buffers.cells);
+    info.set_cell_offsets(buffers.offsets);
+  }
+  tile.set_numrows(index);
+}
+
+std::string makeMessage(const json& description, MessageFunction messages) {
   const int type = description.at("type");
+  if (description.contains("raw")) return rawMessage(description.at("raw"));
   const std::unique_ptr<Message> message(messages(type));
   if (message == nullptr) throw std::runtime_error("no message of type " + std::to_string(type));
-  const auto status =
-      google::protobuf::util::JsonStringToMessage(description.at("message").dump(), message.get());
-  if (!status.ok()) throw std::runtime_error(status.ToString() + "\n" + description.dump(1));
-  return testing::object(description.at("identifier"), type, message->SerializeAsString());
+  parse(description.at("message"), *message);
+  const json extensions = description.value("extensions", json::object());
+  for (const auto& [name, value] : extensions.items()) addExtension(*message, name, value);
+  if (description.contains("cells"))
+    addCells(dynamic_cast<TST::Tile&>(*message), description.at("cells"));
+  addRawFields(*message, description.value("newer", json::object()));
+  if (!message->IsInitialized())
+    throw std::runtime_error(message->InitializationErrorString() + " missing in " +
+                             description.dump(1));
+  return message->SerializeAsString();
+}
+
+Archive makeObject(const json& description, MessageFunction messages) {
+  return testing::object(description.at("identifier"), description.at("type"),
+                         makeMessage(description, messages));
 }
 
 Member makeMember(const json& description, MessageFunction messages) {

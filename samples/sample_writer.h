@@ -9,7 +9,13 @@
 // A member has a name and either a text, its contents as they stand, or objects,
 // its archives. An object has an identifier, a type id and a message, whose
 // fields stand under their names. The members that it gives as "deflated" are
-// compressed.
+// compressed. An object may have besides
+//
+//   extensions    fields that extend its message, by their full names
+//   cells         the rows of a tile, see cell_buffer.h
+//   newer         fields that the archive schema lacks, see raw_fields.h
+//
+// and one of a type that no registry knows has, in place of a message, raw fields.
 #pragma once
 
 #include <string>
@@ -26,8 +32,9 @@ struct Sample {
 };
 
 // The file names of all descriptions.
-inline constexpr const char* kDescriptions[] = {"pages-sample.json", "keynote-sample.json",
-                                                "numbers-sample.json"};
+inline constexpr const char* kDescriptions[] = {"pages-sample.json",    "keynote-sample.json",
+                                                "numbers-sample.json",  "tea-shop-deck.json",
+                                                "tea-shop-prices.json", "tea-shop-letter.json"};
 
 // The package of a description. Throws std::runtime_error, or what the JSON
 // library throws, for a description that cannot be read.
