@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "Tools/formats/vniwork13/snappy_utils.h"
+#include "support/corpus.h"
 #include "support/package_writer.h"
 
 namespace dorvex::bench {
@@ -135,17 +136,14 @@ std::vector<std::vector<unsigned char>> objectStreams(const Document& document) 
 const std::vector<Document>& corpus() {
   static const std::vector<Document> documents = [] {
     std::vector<Document> found;
-    const fs::path folder = fs::path(DORVEX_CORPUS) / "documents";
-    if (!fs::exists(folder)) return found;
-    for (const auto& entry : fs::directory_iterator(folder)) {
+    for (const std::string& name : testing::corpusDocuments()) {
       try {
-        Document document = load(entry.path());
+        Document document = load(testing::corpusPath(name));
         if (document.streamBytes > 0) found.push_back(std::move(document));
       } catch (const std::exception&) {
         // The folder holds a few files that are no packages.
       }
     }
-    std::ranges::sort(found, {}, &Document::name);
     return found;
   }();
   return documents;

@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -12,6 +13,20 @@
 #include "Tools/vnstring/vnstring.h"
 #include "support/failing_allocation.h"
 #include "support/temporary_directory.h"
+
+namespace {
+
+int localeCalls = 0;
+
+}  // namespace
+
+// Found before the C library's, so that calls can be counted.
+extern "C" char* setlocale(int category, const char* locale) noexcept {
+  using SetLocale = char* (*)(int, const char*);
+  static const auto next = reinterpret_cast<SetLocale>(dlsym(RTLD_NEXT, "setlocale"));
+  ++localeCalls;
+  return next(category, locale);
+}
 
 namespace dorvex::testing {
 namespace {
@@ -220,6 +235,12 @@ TEST_F(LocaleChange, IsNullAndChangesNothingForALocaleThatIsAbsent) {
   ASSERT_NE(std::setlocale(LC_CTYPE, kLatin1), nullptr);
   EXPECT_EQ(change(LC_CTYPE, kAbsent), nullptr);
   EXPECT_EQ(currentLocale(), kLatin1);
+}
+
+TEST_F(LocaleChange, AsksForTheNameAndForTheChangeAndLeavesItAtThatWhenRefused) {
+  const int before = localeCalls;
+  EXPECT_EQ(change(LC_CTYPE, kAbsent), nullptr);
+  EXPECT_EQ(localeCalls - before, 2);
 }
 
 TEST_F(LocaleChange, IsNullForACategoryThatIsAbsent) { EXPECT_EQ(change(9999, "C"), nullptr); }

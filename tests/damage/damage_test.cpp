@@ -151,7 +151,7 @@ std::vector<fs::path> documents() {
   }
   std::ranges::sort(paths);
   for (const std::string& name : corpusDocuments())
-    paths.push_back(corpusFolder() / "documents" / name);
+    paths.push_back(corpusPath(name));
   return paths;
 }
 

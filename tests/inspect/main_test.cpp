@@ -244,7 +244,7 @@ TEST_F(InspectTest, CountsTheTextsThatTheReaderGives) {
   if (!hasCorpus()) GTEST_SKIP() << corpusIsAbsent();
   int compared = 0;
   for (const std::string& name : corpusDocuments()) {
-    const std::string path = corpusFolder() / "documents" / name;
+    const std::string path = corpusPath(name);
     const Finished read = runTool({"text", "-0", path});
     if (read.status != 0) continue;
     const auto texts = std::count(read.output.begin(), read.output.end(), '\0');

@@ -77,7 +77,7 @@ bool isSelected(const std::string& name) {
 class CorpusObjects : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(CorpusObjects, StoresOneObjectForEachIdentifierOfAKnownType) {
-  const fs::path path = corpusFolder() / "documents" / GetParam();
+  const fs::path path = corpusPath(GetParam());
   const fs::path zipPath = fs::is_directory(path) ? path / "Index.zip" : path;
   const std::string bytes = readFile(zipPath);
   BareHost host;

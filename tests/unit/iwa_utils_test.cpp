@@ -206,6 +206,23 @@ TEST(DataDecompresser, KeepsTheChunksBeforeOneThatTheMemberCutsOff) {
   EXPECT_EQ(run.decompresser.pendingChunkRemaining, 997U);
 }
 
+TEST(DataDecompresser, DecompressesAPendingChunkThatLacksNothingAndGoesOnWithTheRead) {
+  const std::string pending = compressedBlock("complete, ");
+  Decompression run(chunk(compressedBlock("and the next")));
+  run.decompresser.pendingChunk.assign(pending.begin(), pending.end());
+  run.read();
+  EXPECT_EQ(run.output(), "complete, and the next");
+  EXPECT_EQ(run.decompresser.bytesConsumed, run.stream.contents.size());
+  EXPECT_TRUE(run.decompresser.pendingChunk.empty());
+}
+
+TEST(DataDecompresser, TakesNoRoomForABodyAheadOfItsBytes) {
+  Decompression run(chunk("abc", 0xFFFFFF));
+  run.read();
+  EXPECT_EQ(run.decompresser.pendingChunkRemaining, 0xFFFFFFU - 3);
+  EXPECT_LT(run.decompresser.pendingChunk.capacity(), kBufferSize);
+}
+
 TEST(DataDecompresser, AppendsNothingForABlockOfNoBytes) {
   Decompression run("");
   const unsigned char empty[] = {0};
@@ -932,6 +949,34 @@ TEST(UnzipFileThrowingSlots, LetAnExceptionOfFreeDllRise) {
   };
   EXPECT_THROW(walk(zip({})), int);
   EXPECT_THROW(walk("no zip"), except::reader_init_error);
+}
+
+// Walks a zip whose streams do not let themselves be closed, while an exception of
+// the host's own passes: that one does not end the walk's scopes.
+struct WalkInADestructor {
+  ~WalkInADestructor() {
+    BareHost host;
+    host.onOpenFile = [](Stream& stream) { stream.Close = [](_VPTPIOobj*) -> int { throw 42; }; };
+    GuardedBuffer buffer(kBufferSize);
+    MessageMap map;
+    try {
+      unzipFile(&host.addDocument(zip({selected(1)})), map, host.services(), buffer.data(),
+                kBufferSize, getPagesMessage);
+    } catch (int number) {
+      *caught = number;
+    }
+  }
+  int* caught;
+};
+
+TEST(UnzipFileThrowingSlots, LetAnExceptionOfCloseRiseAlsoWhileTheHostUnwinds) {
+  int caught = 0;
+  try {
+    const WalkInADestructor walk{&caught};
+    throw std::string("the host's own");
+  } catch (const std::string&) {
+  }
+  EXPECT_EQ(caught, 42);
 }
 
 TEST_F(UnzipFile, RaisesTheSameErrorWithoutServices) {

@@ -37,12 +37,13 @@ class HostFile {
   HostFile(const HostFile&) = delete;
   HostFile& operator=(const HostFile&) = delete;
   ~HostFile() noexcept(false) {
-    if (io_->Close != nullptr) vn::iwork13::giveBack([this] { io_->Close(io_); });
+    if (io_->Close != nullptr) loan_.giveBack([this] { io_->Close(io_); });
   }
 
   _VPTPIOobj* io() const { return io_; }
 
  private:
+  vn::iwork13::Loan loan_;
   _VPTPIOobj* io_;
 };
 

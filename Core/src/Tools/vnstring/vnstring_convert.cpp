@@ -245,9 +245,9 @@ int identifyBOM(const char* text, tagVNCharSet& charSet, bool& bigEndian) {
                                               {"\xFF\xFE", VN_CHARSET_UTF16, false}}};
   charSet = tagVNCharSet{};
   bigEndian = false;
-  if (text == nullptr) throw std::logic_error("identifyBOM: null text");
+  const std::string start(text);  // which refuses null
   for (const Mark& mark : marks) {
-    if (std::strncmp(text, mark.bytes.data(), mark.bytes.size()) != 0) continue;
+    if (!start.starts_with(mark.bytes)) continue;
     charSet = mark.charSet;
     bigEndian = mark.bigEndian;
     return static_cast<int>(mark.bytes.size());

@@ -35,6 +35,7 @@ TemporaryCLocaleChange* TemporaryCLocaleChange::getTemporaryCLocaleChange(int ca
   if (locale == change->savedLocale_) {
     change->savedLocale_.clear();
   } else if (std::setlocale(category, locale.c_str()) == nullptr) {
+    change->savedLocale_.clear();  // refused: there is nothing to put back
     return nullptr;
   }
   return change.release();

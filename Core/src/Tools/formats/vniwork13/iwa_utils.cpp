@@ -44,7 +44,6 @@ const unsigned char* beginChunk(DataDecompresser& decompresser, const unsigned c
   const unsigned char* body = cursor + kChunkHeaderSize;
   const auto available = static_cast<std::size_t>(end - body);
   if (length > available) {
-    decompresser.pendingChunk.reserve(length);
     append(decompresser.pendingChunk, body, end);
     decompresser.pendingChunkRemaining = length - static_cast<std::uint32_t>(available);
     return end;
@@ -83,9 +82,13 @@ void DataDecompresser::read(_VPTPIOobj* io) {
   const unsigned char* const end = readBuffer + count;
   const unsigned char* cursor = readBuffer;
   while (cursor != end) {
-    // An empty pendingChunk is the only sign of a chunk boundary.
-    const unsigned char* next =
-        pendingChunk.empty() ? beginChunk(*this, cursor, end) : continueChunk(*this, cursor, end);
+    // An empty pendingChunk is the only sign of a chunk boundary; one that lacks
+    // nothing is decompressed without a byte of this read.
+    if (!pendingChunk.empty()) {
+      cursor = continueChunk(*this, cursor, end);
+      continue;
+    }
+    const unsigned char* const next = beginChunk(*this, cursor, end);
     if (next == cursor) break;  // one to three bytes, never counted
     cursor = next;
   }
@@ -97,18 +100,6 @@ void DataDecompresser::read(_VPTPIOobj* io) {
 
 using google::protobuf::Message;
 
-namespace {
-
-// Object streams are some two to four times their members. Room that is not used
-// costs nothing; a large stream that grows by copying costs page after page.
-std::size_t expectedStreamSize(std::uint32_t memberSize) {
-  constexpr std::size_t kUsualExpansion = 4;
-  constexpr std::size_t kMostReadable = 0x4000000;  // the walk reads no more
-  return std::min(memberSize * kUsualExpansion, kMostReadable);
-}
-
-}  // namespace
-
 MessageMap::~MessageMap() noexcept(false) {
   for (const auto& [identifier, message] : map_) delete message;
 }
@@ -116,7 +107,6 @@ MessageMap::~MessageMap() noexcept(false) {
 void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buffer,
                           std::uint32_t bufferSize, MessageFactory factory) {
   DataDecompresser decompresser{buffer, bufferSize, {}, {}, 0, 0};
-  decompresser.objectStream.reserve(expectedStreamSize(size));
   while (decompresser.bytesConsumed < size) decompresser.read(io);
   populate(decompresser.objectStream, factory);
 }
@@ -152,13 +142,14 @@ class HostModule {
   HostModule(const HostModule&) = delete;
   HostModule& operator=(const HostModule&) = delete;
   ~HostModule() noexcept(false) {
-    if (handle_ != nullptr) giveBack([this] { services_->FreeDll(services_, handle_); });
+    if (handle_ != nullptr) loan_.giveBack([this] { services_->FreeDll(services_, handle_); });
   }
 
   bool load(const char* name) { return services_->LoadDll(services_, name, &handle_) != 0; }
   void* symbol(const char* name) { return services_->GetDllSymbol(services_, handle_, name); }
 
  private:
+  Loan loan_;
   tag_TPVAPIServices* services_;
   void* handle_ = nullptr;
 };
@@ -174,7 +165,7 @@ class Container {
   Container(const Container&) = delete;
   Container& operator=(const Container&) = delete;
   ~Container() noexcept(false) {
-    if (handle_ != nullptr) giveBack([this] { interface_.CloseContainer(handle_); });
+    if (handle_ != nullptr) loan_.giveBack([this] { interface_.CloseContainer(handle_); });
   }
 
   bool isOpen() const { return handle_ != nullptr; }
@@ -199,6 +190,7 @@ class Container {
     return true;
   }
 
+  Loan loan_;
   HostModule module_;  // given back behind the container, which is its own
   void* handle_ = nullptr;
   ContainerReaderInterface interface_{};
@@ -214,7 +206,7 @@ class ScratchStream {
   ScratchStream(const ScratchStream&) = delete;
   ScratchStream& operator=(const ScratchStream&) = delete;
   ~ScratchStream() noexcept(false) {
-    if (io_->Close != nullptr) giveBack([this] { io_->Close(io_); });
+    if (io_->Close != nullptr) loan_.giveBack([this] { io_->Close(io_); });
   }
 
   _VPTPIOobj* io() const { return io_; }
@@ -225,6 +217,7 @@ class ScratchStream {
   }
 
  private:
+  Loan loan_;
   _VPTPIOobj* io_;
 };
 
