@@ -111,7 +111,7 @@ void sweep(benchmark::State& state) {
   reportBytes(state);
 }
 
-// What any reader of the format pays: decompressing, and the generated parser.
+// What any reader of the format pays: decompressing, and protobuf's own parser.
 void floorOfReading(benchmark::State& state) {
   for (auto _ : state) {
     for (const Document& document : corpus()) {

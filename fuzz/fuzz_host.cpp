@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "Tools/formats/vniwork13/iwa_utils.h"
+#include "Tools/formats/vniwork13/registry.h"
 #include "looking/chunk_stream.h"
-#include "pages_registry.h"
 #include "reference_walk.h"
 #include "support/host_tables.h"
 #include "support/package_writer.h"
@@ -102,7 +102,7 @@ struct FuzzHost::Slots {
     } catch (...) {
       return true;  // the reader does not come to the walk either
     }
-    return walkEnds(decompresser.objectStream, makePagesMessage);
+    return walkEnds(decompresser.objectStream, vn::iwork13::getPagesMessage);
   }
 
   static int write(_VPTPIOobj* io, const void* buffer, std::uint32_t count) {

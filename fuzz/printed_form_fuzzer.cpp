@@ -46,20 +46,19 @@ void checkMessage(Message& message, std::string_view payload) {
   google::protobuf::io::CodedInputStream input(
       reinterpret_cast<const unsigned char*>(payload.data()), static_cast<int>(payload.size()));
   vn::iwork13::parseMessage(message, input);  // what was read before a failure counts too
-  const vn::iwork13::MessagePrinter printer;
-  const std::string whole = printer.print(message);
+  const std::string whole = vn::iwork13::printMessage(message);
   require(whole.empty() || whole.back() == '\n', "a printed message ends in a line feed");
 
   // The text parser knows no numbers in place of names.
   message.DiscardUnknownFields();
-  const std::string printed = printer.print(message);
+  const std::string printed = vn::iwork13::printMessage(message);
   Silence silence;
   TextFormat::Parser parser;
   parser.AllowPartialMessage(true);
   parser.RecordErrorsTo(&silence);
   const std::unique_ptr<Message> readBack(message.New());
   require(parser.ParseFromString(printed, readBack.get()), "a printed message can be read back");
-  require(printer.print(*readBack) == printed, "a message read back prints alike");
+  require(vn::iwork13::printMessage(*readBack) == printed, "a message read back prints alike");
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include "Readers/hostapi/reader_exports.h"
 #include "fuzz_input.h"
-#include "instances.h"
 
 namespace dorvex::fuzz {
 
@@ -17,9 +16,6 @@ ReaderDocument::ReaderDocument(tag_TPVAPIServices* services, _VPTPIOobj* documen
 
 ReaderDocument::~ReaderDocument() {
   const vn::iwork13::MessageMap* map = context_->messageMap;
-  for (const auto& [identifier, message] : map->entries()) map->lookup(identifier);
-  vn::iwork13::MessageMap::Map entries = map->entries();
-  deleteStrayInstances(entries);
   interface_.FreeContext(context_);
   delete map;
 }

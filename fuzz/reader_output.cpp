@@ -5,7 +5,6 @@
 #include "Readers/dorvexsr/dorvexlistutil.h"
 #include "Readers/dorvexsr/dorvexutil.h"
 #include "Tools/formats/vniwork13/registry.h"
-#include "instances.h"
 #include "support/bare_host.h"
 
 namespace dorvex::fuzz {
@@ -48,12 +47,8 @@ class Output {
 std::string sweepTokens(const std::vector<unsigned char>& objectStream, std::uint32_t bufferSize) {
   Output output(bufferSize);
   MessageMap map;
-  map.populate(objectStream, makeRemembered<vn::iwork13::getPagesMessage>);
+  map.populate(objectStream, vn::iwork13::getPagesMessage);
   getAllText(output.context(), map);
-  // The map deletes what it owns; the stray instances are found in a copy.
-  for (const auto& [identifier, message] : map.entries()) map.lookup(identifier);
-  MessageMap::Map entries = map.entries();
-  deleteStrayInstances(entries);
   return output.stream();
 }
 

@@ -31,10 +31,9 @@ std::string sweepPlainly(const std::vector<unsigned char>& stream) {
   MessageMap::Map map;
   walkObjectStream(stream, kFactory, vn::iwork13::PayloadReading::kBuild, map);
   deleteStrayInstances(map);
-  const vn::iwork13::MessagePrinter printer;
   std::string tokens;
   for (const auto& [identifier, message] : map) {
-    const std::string printed = printer.print(*message);
+    const std::string printed = vn::iwork13::printMessage(*message);
     delete message;
     std::list<std::string> values;
     extractFields(values, printed, "text");

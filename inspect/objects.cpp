@@ -61,7 +61,7 @@ Parsed parse(Message& message, std::string_view payload) {
 
 // An empty text gives no token.
 std::size_t countTextsOf(const Message& message) {
-  const std::string printed = vn::iwork13::MessagePrinter().print(message);
+  const std::string printed = vn::iwork13::printMessage(message);
   std::list<std::string> values;
   extractFields(values, printed, "text");
   extractFields(values, printed, "string");

@@ -173,7 +173,7 @@ std::string printPayload(Kind kind, const ListedMessage& message) {
   const auto instance = newMessage(kind, message.type);
   if (instance == nullptr) return printUnknown(message.payload);
   const bool whole = instance->ParsePartialFromString(message.payload);
-  return vn::iwork13::MessagePrinter().print(*instance) +
+  return vn::iwork13::printMessage(*instance) +
          (whole ? "" : "# damaged: this is what could be read\n");
 }
 

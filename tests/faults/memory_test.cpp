@@ -10,6 +10,7 @@
 #include "faults/packages.h"
 #include "module/reader_module.h"
 #include "support/failing_allocation.h"
+#include "support/package_writer.h"
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
@@ -156,6 +157,79 @@ TEST_P(MemoryFaults, LeaveAModuleThatReadsTheNextDocumentAlsoInItsFirst) {
           if (!failed && index < 20) std::_Exit(2);
         }
         std::_Exit(0);
+      },
+      ::testing::ExitedWithCode(0), "^$");
+}
+
+// A document whose messages are read by the rules and printed.
+std::string printedDocument() {
+  const Archive unknown = object(
+      3, kStorageType,
+      Wire().bytes(3, "third text: ").bytes(1000, Wire().varint(1, 5).str()).group(1001, Wire()));
+  return zip(
+      {{"Index/Document.iwa", iwa({storage(1, {"See text: "}), comment(2, "string: "), unknown})},
+       {"Index/Slide.iwa", iwa({object(4, kStorageType, Wire().varint(1, 3).raw("\x36")),
+                                storage(5, {"a string: ", "b"})})}});
+}
+
+struct PrintedFill {
+  int result;
+  bool failed;
+  std::vector<std::string> texts;
+};
+
+PrintedFill fillPrinted(const std::string& document, long index) {
+  BareHost host;
+  ReaderSession session(theReader().interface(), host, &host.addDocument(document));
+  GuardedBuffer buffer(kBuffer);
+  PrintedFill fill{0, false, {}};
+  {
+    const FailingAllocation failing(index, [&fill] { fill.failed = true; });
+    fill.result = theReader().interface().FillBuffer(session.context(), buffer.data(),
+                                                     &session.length, &session.percent, kBuffer);
+  }
+  if (fill.result == 0) fill.texts = textsOf(buffer.view().substr(0, session.length));
+  return fill;
+}
+
+// The first document of a process fails at an allocation, the next one at the same,
+// and the one behind them comes out whole.
+[[noreturn]] void failTwice(const std::string& document, const Texts& whole, long index) {
+  const auto isStated = [](int result) { return result == 0 || result == 4 || result == 6; };
+  const PrintedFill first = fillPrinted(document, index);
+  const PrintedFill second = fillPrinted(document, index);
+  const PrintedFill third = fillPrinted(document, 1L << 40);
+  const bool holds = isStated(first.result) && isStated(second.result) && third.result == 0 &&
+                     third.texts == whole;
+  std::_Exit(!holds ? 1 : first.failed ? 0 : 100);
+}
+
+TEST(MemoryFaultsOfPrintedMessages, CostNoLaterDocumentOfTheProcessAnything) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        // Nothing is read in this process, so that each child begins afresh.
+        const std::string document = printedDocument();
+        const Texts whole = {"See text: ",
+                             "\n",
+                             "string: ",
+                             "third text: ",
+                             "\n1000 {\n  1: 5\n}\n1001 {\n}\n",
+                             "a string: ",
+                             "b",
+                             "\ntext: \"b\"\n"};
+        long index = 0;
+        int status = 0;
+        for (; status == 0; ++index) {
+          const pid_t child = ::fork();
+          if (child == 0) failTwice(document, whole, index);
+          ::waitpid(child, &status, 0);
+        }
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != 100) {
+          std::fprintf(stderr, "allocation %ld: wait status %d\n", index - 1, status);
+          std::_Exit(1);
+        }
+        std::_Exit(index > 50 ? 0 : 2);
       },
       ::testing::ExitedWithCode(0), "^$");
 }

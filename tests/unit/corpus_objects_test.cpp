@@ -9,6 +9,7 @@
 
 #include "TSPArchiveMessages.pb.h"
 #include "Tools/formats/vniwork13/iwa_utils.h"
+#include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "Tools/formats/vniwork13/snappy_utils.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
@@ -74,12 +75,21 @@ bool isSelected(const std::string& name) {
   return false;
 }
 
+void addIdentifiersOfZip(const std::string& zip, std::set<std::uint64_t>& identifiers) {
+  for (const Member& member : unzip(zip)) {
+    if (member.name.ends_with("Index.zip")) addIdentifiersOfZip(member.contents, identifiers);
+    if (!isSelected(member.name)) continue;
+    const auto stream = vn::iwork13::uncompressIwaBuffer(
+        member.contents.data(), static_cast<std::uint32_t>(member.contents.size()));
+    EXPECT_TRUE(addIdentifiers({stream.data(), stream.size()}, identifiers)) << member.name;
+  }
+}
+
 class CorpusObjects : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(CorpusObjects, StoresOneObjectForEachIdentifierOfAKnownType) {
   const fs::path path = corpusPath(GetParam());
-  const fs::path zipPath = fs::is_directory(path) ? path / "Index.zip" : path;
-  const std::string bytes = readFile(zipPath);
+  const std::string bytes = readFile(fs::is_directory(path) ? path / "Index.zip" : path);
   BareHost host;
   GuardedBuffer buffer(4096);
   vn::iwork13::MessageMap map;
@@ -92,18 +102,12 @@ TEST_P(CorpusObjects, StoresOneObjectForEachIdentifierOfAKnownType) {
     EXPECT_TRUE(map.empty());
     return;
   }
-  const std::vector<Member> members = unzip(bytes);
   std::set<std::uint64_t> expected;
-  for (const Member& member : members) {
-    if (!isSelected(member.name)) continue;
-    const auto stream = vn::iwork13::uncompressIwaBuffer(
-        member.contents.data(), static_cast<std::uint32_t>(member.contents.size()));
-    EXPECT_TRUE(addIdentifiers({stream.data(), stream.size()}, expected)) << member.name;
-  }
+  addIdentifiersOfZip(bytes, expected);
 
   read();
   std::set<std::uint64_t> stored;
-  for (const auto& [identifier, message] : map.entries()) stored.insert(identifier);
+  for (const auto& [identifier, message] : vn::iwork13::entriesOf(map)) stored.insert(identifier);
   EXPECT_EQ(stored, expected);
 }
 

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "Readers/dorvexsr/dorvexsr.h"
+#include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
 #include "support/bare_host.h"
 #include "support/package_writer.h"
@@ -117,7 +118,8 @@ class DirectoryPackage : public ::testing::Test {
 
   std::vector<unsigned long long> keys() const {
     std::vector<unsigned long long> keys;
-    for (const auto& [key, message] : context_->messageMap->entries()) keys.push_back(key);
+    for (const auto& [key, message] : vn::iwork13::entriesOf(*context_->messageMap))
+      keys.push_back(key);
     return keys;
   }
 

@@ -15,6 +15,7 @@
 #include "TSPMessages.pb.h"
 #include "TSTArchives.pb.h"
 #include "TSWPArchives.pb.h"
+#include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "Tools/vennik/vnexcept/vnexcept.h"
 #include "support/bare_host.h"
@@ -254,7 +255,7 @@ void populate(MessageMap& map, const std::vector<Archive>& archives) {
 
 std::vector<unsigned long long> keysOf(const MessageMap& map) {
   std::vector<unsigned long long> keys;
-  for (const auto& [key, message] : map.entries()) keys.push_back(key);
+  for (const auto& [key, message] : entriesOf(map)) keys.push_back(key);
   return keys;
 }
 
@@ -326,6 +327,48 @@ TEST_F(MemberTest, NeverEndsForOneToThreeBytesBehindTheLastChunk) {
 TEST_F(MemberTest, NeverEndsWhereTheStreamIsShorterThanStated) {
   const std::string member = iwa({storage(1, {"x"})});
   EXPECT_THROW(readMember(member, static_cast<std::uint32_t>(member.size()) + 1), EnoughReads);
+}
+
+// Stand-ins are for the sweep alone.
+template <typename Map>
+concept HandsOutItsEntries = requires(const Map& map) {
+  map.entries();
+};
+static_assert(!HandsOutItsEntries<MessageMap>);
+
+// A factory that is not one of the registry's, and what it made.
+std::vector<google::protobuf::Message*>& foreignInstances() {
+  static std::vector<google::protobuf::Message*> instances;
+  return instances;
+}
+google::protobuf::Message* makeForeign(int type) {
+  foreignInstances().push_back(getPagesMessage(type));
+  return foreignInstances().back();
+}
+
+TEST(MessageMap, AsksAForeignFactoryForEachPayloadAndStoresWhatItGives) {
+  foreignInstances().clear();
+  MessageMap map;
+  map.populate(toBytes(objectStream({storage(1, {"one"}), object(2, kUnknownType, ""),
+                                     storage(1, {"late"}), storage(3, {"See text: "})})),
+               makeForeign);
+  ASSERT_EQ(foreignInstances().size(), 4U);
+  ASSERT_EQ(keysOf(map), (Keys{1, 3}));
+  EXPECT_EQ(entriesOf(map).at(1), foreignInstances()[0]);
+  EXPECT_EQ(entriesOf(map).at(3), foreignInstances()[3]);
+  EXPECT_EQ(textOf(map.lookup(1)), "one");
+  delete foreignInstances()[2];  // refused, and nobody else's
+}
+
+TEST(MessageMap, BuildsAnObjectOnceAndKeepsItForLaterLookups) {
+  MessageMap map;
+  populate(map, {storage(1, {"one"}), storage(2, {"See text: "})});
+  for (const unsigned long long identifier : {1, 2}) {
+    const google::protobuf::Message* message = map.lookup(identifier);
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(map.lookup(identifier), message);
+    EXPECT_EQ(message->GetDescriptor(), TSWP::StorageArchive::descriptor());
+  }
 }
 
 TEST(MessageMap, AddsNothingForAnEmptyStream) {

@@ -16,6 +16,10 @@
 #include "TSPMessages.pb.h"
 #include "TSTArchives.pb.h"
 #include "TSWPArchives.pb.h"
+#include "Tools/formats/vniwork13/field_tree.h"
+#include "Tools/formats/vniwork13/layout_index.h"
+#include "Tools/formats/vniwork13/printed_form.h"
+#include "Tools/formats/vniwork13/registered_class.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "support/guarded_buffer.h"
 #include "support/wire_writer.h"
@@ -28,8 +32,6 @@ using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using google::protobuf::io::CodedInputStream;
 using std::string_literals::operator""s;
-
-using ParseFunction = bool (*)(Message&, CodedInputStream&);
 
 // What a parse came to.
 struct Outcome {
@@ -47,24 +49,53 @@ void PrintTo(const Outcome& outcome, std::ostream* out) {
 }
 
 // Parses bytes under a limit that ends with them, or limit bytes on.
-template <typename MessageClass>
-Outcome outcomeOf(ParseFunction parse, const std::string& bytes, int limit, int lostLevels) {
+template <typename Parse>
+Outcome outcomeOf(Parse parse, const std::string& bytes, int limit, int lostLevels) {
   GuardedBuffer buffer(bytes);
   CodedInputStream input(buffer.data(), static_cast<int>(buffer.size()));
   input.SetRecursionLimit(kRecursionLimit);
   for (int i = 0; i < lostLevels; ++i) input.IncrementRecursionDepth();
-  MessageClass message;
   const auto outer = input.PushLimit(limit);
-  const bool parsed = parse(message, input);
+  Outcome outcome{};
+  outcome.parsed = parse(input, outcome.content);
   input.PopLimit(outer);
-  return {parsed, input.CurrentPosition(), message.ShortDebugString(), input.RecursionBudget()};
+  outcome.cursor = input.CurrentPosition();
+  outcome.levels = input.RecursionBudget();
+  return outcome;
 }
 
-// The outcome of both functions, which must be one and the same.
+// Every way of reading a message by the rules must come to the same. What a failed
+// one has read so far counts as well.
+Outcome parseEveryWay(Message& message, MessageLayout layout, const std::string& bytes, int limit,
+                      int lostLevels) {
+  const auto intoInstance = [&](CodedInputStream& input, std::string& content) {
+    const bool parsed = parseMessage(message, input);
+    content = printMessage(message);
+    return parsed;
+  };
+  const auto intoTree = [layout](CodedInputStream& input, std::string& content) {
+    FieldTree tree(layout);
+    const bool parsed = tree.parse(input);
+    content = printMessage(tree);
+    return parsed;
+  };
+  const auto skipping = [layout](CodedInputStream& input, std::string&) {
+    return skipMessage(layout, input);
+  };
+  Outcome outcome = outcomeOf(intoInstance, bytes, limit, lostLevels);
+  EXPECT_EQ(outcomeOf(intoTree, bytes, limit, lostLevels), outcome);
+  Outcome skipped = outcomeOf(skipping, bytes, limit, lostLevels);
+  skipped.content = outcome.content;
+  EXPECT_EQ(skipped, outcome);
+  return outcome;
+}
+
 template <typename MessageClass>
 Outcome parseBoth(const std::string& bytes, int limit, int lostLevels = 0) {
-  const Outcome outcome = outcomeOf<MessageClass>(parseMessage, bytes, limit, lostLevels);
-  EXPECT_EQ(outcome, outcomeOf<MessageClass>(parseMessageByRules, bytes, limit, lostLevels));
+  MessageClass message;
+  Outcome outcome =
+      parseEveryWay(message, layoutAt(kLayoutIndex<MessageClass>), bytes, limit, lostLevels);
+  outcome.content = message.ShortDebugString();
   return outcome;
 }
 
@@ -406,16 +437,24 @@ TEST(MessageParser, AddsUpTheLevelsThatFailuresLoseOnOneStream) {
 // ---------------------------------------------------------------------------
 
 TEST(MessageParser, ClearsTheMessageFirst) {
-  for (const ParseFunction parse : {parseMessage, parseMessageByRules}) {
-    TSP::Reference reference;
-    reference.set_identifier(5);
-    reference.set_deprecated_type(6);
-    const std::string bytes = Wire().varint(1, 7).str();
-    CodedInputStream input(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                           static_cast<int>(bytes.size()));
-    EXPECT_TRUE(parse(reference, input));
-    EXPECT_EQ(reference.ShortDebugString(), "identifier: 7");
+  TSP::Reference reference;
+  reference.set_identifier(5);
+  reference.set_deprecated_type(6);
+  const std::string bytes = Wire().varint(1, 7).str();
+  CodedInputStream input(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                         static_cast<int>(bytes.size()));
+  EXPECT_TRUE(parseMessage(reference, input));
+  EXPECT_EQ(reference.ShortDebugString(), "identifier: 7");
+}
+
+TEST(MessageParser, CountsTheLow32BitsOfABool) {
+  for (const std::uint64_t value : {std::uint64_t{1} << 32, std::uint64_t{1} << 63}) {
+    const std::string bytes = Wire().varint(3, value).str();
+    EXPECT_EQ(parse<TSP::Reference>(bytes),
+              success(static_cast<int>(bytes.size()), "deprecated_is_external: false"));
   }
+  EXPECT_EQ(parse<TSP::Reference>(Wire().varint(3, std::uint64_t{1} << 31).str()),
+            success(6, "deprecated_is_external: true"));
 }
 
 TEST(MessageParser, MergesASingularEmbeddedMessageThatOccursTwice) {
@@ -515,51 +554,31 @@ class PayloadGenerator {
   std::mt19937 random_;
 };
 
-std::vector<const Message*> registeredMessages() {
-  std::vector<const Message*> messages;
-  for (int type = 0; type <= 12100; ++type) {
-    const std::unique_ptr<Message> message(getPagesMessage(type));
-    if (message != nullptr)
-      messages.push_back(
-          message->GetReflection()->GetMessageFactory()->GetPrototype(message->GetDescriptor()));
-  }
-  return messages;
-}
-
-// What a parse of a payload that stands in the middle of a stream comes to.
-Outcome outcomeInStream(const Message& prototype, ParseFunction parse, const std::string& payload,
-                        int limit) {
-  const std::string stream = payload +
-                             "\x08\x01\x12\x00\x1A\x03"
-                             "abc\x00"s;
-  CodedInputStream input(reinterpret_cast<const std::uint8_t*>(stream.data()),
-                         static_cast<int>(stream.size()));
-  input.SetRecursionLimit(kRecursionLimit);
-  const std::unique_ptr<Message> message(prototype.New());
-  const auto outer = input.PushLimit(limit);
-  const bool parsed = parse(*message, input);
-  input.PopLimit(outer);
-  return {parsed, input.CurrentPosition(), message->ShortDebugString(), input.RecursionBudget()};
-}
-
-TEST(MessageParser, GivesByBothWaysTheSameForRandomPayloads) {
-  const auto prototypes = registeredMessages();
-  ASSERT_GT(prototypes.size(), 250U);
+TEST(MessageParser, ComesToTheSameEveryWayForRandomPayloads) {
+  const RegistryView registry(getPagesMessage);
+  std::vector<const RegisteredClass*> classes;
+  for (int type = 0; type <= 12100; ++type)
+    if (const RegisteredClass* found = registry.find(type)) classes.push_back(found);
+  ASSERT_GT(classes.size(), 250U);
   PayloadGenerator generator(20131022);
   int failures = 0;
   constexpr int kRounds = 40000;
   for (int round = 0; round < kRounds; ++round) {
-    const Message& prototype =
-        *prototypes[static_cast<std::size_t>(generator.pick(static_cast<int>(prototypes.size())))];
-    std::string payload = generator.payload(*prototype.GetDescriptor());
+    const RegisteredClass& messageClass =
+        *classes[static_cast<std::size_t>(generator.pick(static_cast<int>(classes.size())))];
+    const std::unique_ptr<Message> message(messageClass.create());
+    std::string payload = generator.payload(*message->GetDescriptor());
     if (round % 4 != 0) payload = generator.damage(std::move(payload));
     const int limit =
         static_cast<int>(payload.size()) + (generator.pick(4) == 0 ? generator.pick(8) - 4 : 0);
-    const Outcome fast = outcomeInStream(prototype, parseMessage, payload, std::max(limit, 0));
-    const Outcome byRules =
-        outcomeInStream(prototype, parseMessageByRules, payload, std::max(limit, 0));
-    ASSERT_EQ(fast, byRules) << "round " << round << ", " << prototype.GetTypeName();
-    if (!fast.parsed) ++failures;
+    // The payload stands in the middle of a stream.
+    const std::string stream = payload +
+                               "\x08\x01\x12\x00\x1A\x03"
+                               "abc\x00"s;
+    const Outcome outcome =
+        parseEveryWay(*message, messageClass.layout(), stream, std::max(limit, 0), 0);
+    ASSERT_FALSE(HasFailure()) << "round " << round << ", " << message->GetTypeName();
+    if (!outcome.parsed) ++failures;
   }
   // The comparison is worth something only if both outcomes are frequent.
   EXPECT_GT(failures, kRounds / 10);

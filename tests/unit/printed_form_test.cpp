@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 
 #include "TSCHArchives.Common.pb.h"
@@ -18,9 +19,7 @@ namespace {
 using dorvex::testing::Wire;
 using std::string_literals::operator""s;
 
-std::string print(const google::protobuf::Message& message) {
-  return MessagePrinter().print(message);
-}
+std::string print(const google::protobuf::Message& message) { return printMessage(message); }
 
 std::string escaped(std::string_view value) {
   std::string printed = "before|";
@@ -126,6 +125,73 @@ TEST(PrintedForm, PrintsAnUnknownFieldThatLooksLikeAMessageAsOne) {
   const auto reference =
       parsed<TSP::Reference>(Wire().message(100, Wire().varint(1, 5).bytes(2, "\xFFx")));
   EXPECT_EQ(print(reference), "100 {\n  1: 5\n  2: \"\\377x\"\n}\n");
+}
+
+TEST(PrintedForm, PrintsAnUnknownValueAsAMessageAtAnyDepth) {
+  constexpr std::size_t kLevels = 3000;
+  std::string value = Wire().varint(1, 5).str();
+  for (std::size_t level = 1; level < kLevels; ++level) value = Wire().bytes(1, value).str();
+  std::string expected;
+  const auto indent = [](std::size_t level) { return std::string(2 * level, ' '); };
+  expected += "100 {\n";
+  for (std::size_t level = 1; level < kLevels; ++level) expected += indent(level) + "1 {\n";
+  expected += indent(kLevels) + "1: 5\n";
+  for (std::size_t level = kLevels; level-- > 0;) expected += indent(level) + "}\n";
+  EXPECT_TRUE(print(parsed<TSP::Reference>(Wire().bytes(100, value))) == expected);
+}
+
+TEST(PrintedForm, TakesOnlyWhatIsAMessageToItsExactEndForOne) {
+  const auto printed = [](const std::string& value) {
+    return print(parsed<TSP::Reference>(Wire().bytes(100, value)));
+  };
+  EXPECT_EQ(printed("\x02\x01"
+                    "a"),
+            "100 {\n  0: \"a\"\n}\n");
+  EXPECT_EQ(printed("\x03\x08\x05\x04"), "100 {\n  0 {\n    1: 5\n  }\n}\n");
+  EXPECT_EQ(printed(""), "100: \"\"\n");
+  EXPECT_EQ(printed("\x08\x05\x00"s), "100: \"\\010\\005\\000\"\n");  // a zero tag
+  EXPECT_EQ(printed("\x08\x05\x0C"), "100: \"\\010\\005\\014\"\n");   // the end of no group
+  EXPECT_EQ(printed("\x0B\x14"), "100: \"\\013\\024\"\n");            // of another one
+  EXPECT_EQ(printed("\x0B\x08\x05"), "100: \"\\013\\010\\005\"\n");   // no end of a group
+  EXPECT_EQ(printed("\x0E\x05"), "100: \"\\016\\005\"\n");            // no wire type
+  EXPECT_EQ(printed("\x0A\x05"
+                    "abc"),
+            "100: \"\\n\\005abc\"\n");  // cut off
+  EXPECT_EQ(printed("\x0D"
+                    "abcd\x11"
+                    "efghijkl"),
+            "100 {\n  1: 0x64636261\n  2: 0x6c6b6a6968676665\n}\n");
+  const std::string groups = std::string(100, '\x0B') + std::string(100, '\x0C');
+  EXPECT_TRUE(printed(groups).starts_with("100 {\n  1 {\n"));
+  EXPECT_TRUE(printed("\x0B" + groups + "\x0C").starts_with("100: \"\\013"));
+}
+
+TEST(PrintedForm, GivesAFloatSixDigitsOrEight) {
+  const auto printed = [](float value) {
+    TSP::Point point;
+    point.set_x(value);
+    return print(point);
+  };
+  EXPECT_EQ(printed(0.1F), "x: 0.1\n");
+  EXPECT_EQ(printed(1342450.25F), "x: 1342450.2\n");
+  EXPECT_EQ(printed(16777216.0F), "x: 16777216\n");
+  EXPECT_EQ(printed(1e20F), "x: 1e+20\n");
+  EXPECT_EQ(printed(-0.0F), "x: -0\n");
+  EXPECT_EQ(printed(1e-45F), "x: 1.4012985e-45\n");
+  EXPECT_EQ(printed(std::numeric_limits<float>::infinity()), "x: inf\n");
+  EXPECT_EQ(printed(-std::numeric_limits<float>::infinity()), "x: -inf\n");
+  EXPECT_EQ(printed(-std::numeric_limits<float>::quiet_NaN()), "x: nan\n");
+}
+
+TEST(PrintedForm, GivesADoubleFifteenDigitsOrSeventeen) {
+  const auto printed = [](double value) {
+    TSP::Date date;
+    date.set_seconds(value);
+    return print(date);
+  };
+  EXPECT_TRUE(printed(0.1).ends_with(": 0.1\n"));
+  EXPECT_TRUE(printed(1.0 / 3).ends_with(": 0.33333333333333331\n"));
+  EXPECT_TRUE(printed(5e-324).ends_with(": 4.94065645841247e-324\n"));
 }
 
 TEST(PrintedForm, KeepsEveryQuotedValueOnOneLineWithNoBareQuoteInside) {

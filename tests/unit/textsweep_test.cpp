@@ -4,6 +4,7 @@
 
 #include <list>
 #include <string>
+#include <utility>
 
 #include "Readers/dorvexsr/dorvexsr.h"
 #include "Readers/dorvexsr/dorvexutil.h"
@@ -137,6 +138,7 @@ class GetAllText : public ::testing::Test {
   }
 
   static constexpr unsigned kSize = 1 << 20;
+  std::uint64_t nextIdentifier_ = 1;
   BareHost host_;
   GuardedBuffer buffer_{kSize + 4096};
   TAG_VNDORVEXGlobals* context_;
@@ -264,6 +266,37 @@ TEST_F(GetAllText, AppliesTheOctalRowsToAnUnknownFieldInARemainder) {
                 1, kStorageType,
                 Wire().bytes(3, "a text: ").bytes(100, "\xE2\x80\x99\xE2\x80\xA6\xEF\xBF\xBC"))}),
             (Texts{"a text: ", "\n100: \"'...\"\n"}));
+}
+
+std::string fromHex(std::string_view hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i < hex.size(); i += 2)
+    bytes += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+  return bytes;
+}
+
+// Remainders show what the printed form does with other fields.
+TEST_F(GetAllText, WritesARemainderInTheFormOfThe25Line) {
+  const auto sweepAlone = [this](int type, std::string_view payload) {
+    add({object(nextIdentifier_++, type, fromHex(payload))});
+    const Texts texts = sweep();
+    context_->tokenCursor = context_->tokenBufStart;
+    delete std::exchange(context_->messageMap, new vn::iwork13::MessageMap);
+    return texts;
+  };
+  // Field 0 is one like any other in a value that is taken for a message.
+  EXPECT_EQ(sweepAlone(3056, "0a0548656c6c6fa21f10020161120920737472696e673a201801"),
+            (Texts{"Hello", "\n  3: 1\n}\n"}));
+  // At any depth.
+  std::string closed = "\n" + std::string(26, ' ') + "3: 1\n";
+  for (std::size_t level = 13; level-- > 0;) closed += std::string(2 * level, ' ') + "}\n";
+  EXPECT_EQ(sweepAlone(3056,
+                       "0a0548656c6c6fa21f250a230a210a1f0a1d0a1b0a190a170a150a130a110a0f0a0d"
+                       "120920737472696e673a201801"),
+            (Texts{"Hello", closed}));
+  EXPECT_EQ(sweepAlone(3005, "a2060720746578743a20b50692dfa349"), (Texts{"\n102: 0x49A3DF92\n"}));
+  EXPECT_EQ(sweepAlone(3056, "0a0720746578743a20220b1880808080808080808001"),
+            (Texts{" text: ", "\nreplies {\n  deprecated_is_external: false\n}\n"}));
 }
 
 TEST_F(GetAllText, LetsTheFailureOfTheOutputRiseAndKeepsWhatIsStaged) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Readers/dorvexsr/dorvexutil.h"
+#include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/formats/vniwork13/pending_message.h"
 #include "Tools/formats/vniwork13/printed_form.h"
 
@@ -49,12 +50,14 @@ void writePrintedValues(TAG_VNDORVEXGlobals* context, const std::string& printed
 
 void getAllText(TAG_VNDORVEXGlobals* context, const vn::iwork13::MessageMap& map) {
   if (map.empty()) return;
-  const vn::iwork13::MessagePrinter printer;
-  for (const auto& [identifier, message] : map.entries()) {
-    if (const auto* pending = dynamic_cast<const vn::iwork13::PendingMessage*>(message))
+  for (const auto& [identifier, message] : vn::iwork13::entriesOf(map)) {
+    const vn::iwork13::PendingMessage* pending = vn::iwork13::asPending(message);
+    if (pending == nullptr)
+      writePrintedValues(context, vn::iwork13::printMessage(*message));
+    else if (pending->isScanned())
       writeScannedValues(context, *pending);
     else
-      writePrintedValues(context, printer.print(*message));
+      writePrintedValues(context, pending->print());
   }
 }
 

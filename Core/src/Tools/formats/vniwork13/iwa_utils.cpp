@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <utility>
 
 #include "Readers/hostapi/container_reader.h"
 #include "TSPMessages.pb.h"
@@ -108,7 +109,7 @@ void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buf
                           std::uint32_t bufferSize, MessageFactory factory) {
   DataDecompresser decompresser{buffer, bufferSize, {}, {}, 0, 0};
   while (decompresser.bytesConsumed < size) decompresser.read(io);
-  populate(decompresser.objectStream, factory);
+  walkObjectStream(std::move(decompresser.objectStream), factory, kDefaultReading, map_);
 }
 
 void MessageMap::populate(const std::vector<unsigned char>& objectStream, MessageFactory factory) {

@@ -119,13 +119,10 @@ class VN_API MessageMap {
   /// @return Their number.
   std::size_t size() const { return map_.size(); }
 
-  /// The container itself, for the text sweep: a message in it may still wait to
-  /// be parsed. Use lookup to get a message.
-  /// @return The container, valid as long as the map.
-  const Map& entries() const { return map_; }
-
  private:
-  mutable Map map_;  // a lookup builds the message that it returns
+  friend const Map& entriesOf(const MessageMap& map);
+
+  mutable Map map_;  // holds stand-ins; a lookup builds the message that it returns
 };
 
 /// Walks a zip through the host's unzip module and adds the objects of its

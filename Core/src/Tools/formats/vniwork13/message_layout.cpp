@@ -1,30 +1,32 @@
 #include "Tools/formats/vniwork13/message_layout.h"
 
-#include <google/protobuf/message.h>
-
-#include <algorithm>
-#include <string_view>
-#include <typeinfo>
-
 namespace vn::iwork13 {
 namespace {
 
-// A message class by the name of its type information.
-struct MessageClass {
-  std::string_view typeName;
-  MessageLayout layout;
+// A value of an enum, and where its name begins.
+struct EnumValue {
+  int number;
+  std::uint32_t name;
 };
 
-#include "message_layouts.inc"  // kFields, and kClasses in ascending type name
+// The values of an enum in ascending number.
+using EnumLayout = std::span<const EnumValue>;
+
+// kFields with kFieldNames beside it, kLayouts, kEnumValues, kEnums, and kNames,
+// where every name ends in NUL.
+#include "message_layouts.inc"
 
 }  // namespace
 
-MessageLayout layoutAt(std::uint16_t index) { return kClasses[index].layout; }
+MessageLayout layoutAt(std::uint16_t index) { return kLayouts[index]; }
 
-const MessageLayout* findLayout(const google::protobuf::Message& message) {
-  const std::string_view typeName = typeid(message).name();
-  const auto* found = std::ranges::lower_bound(kClasses, typeName, {}, &MessageClass::typeName);
-  return found != std::end(kClasses) && found->typeName == typeName ? &found->layout : nullptr;
+std::string_view nameOf(const FieldLayout& field) { return kNames + kFieldNames[&field - kFields]; }
+
+std::string_view nameOfEnumValue(const FieldLayout& field, int number) {
+  const EnumLayout values = kEnums[field.typeIndex];
+  const auto found = std::ranges::lower_bound(values, number, {}, &EnumValue::number);
+  if (found == values.end() || found->number != number) return {};
+  return kNames + found->name;
 }
 
 }  // namespace vn::iwork13

@@ -19,6 +19,7 @@
 //    negative length of a string fails behind the length.
 //  - Known fields of an unexpected wire type and unknown values of enums are kept
 //    as unknown fields; repeated scalars are read packed and unpacked.
+//  - A bool is true unless the low 32 bits of its varint are 0.
 //  - At most 100 levels of embedded messages and unknown groups, counted on the
 //    stream: a failed embedded message does not give its level back.
 #pragma once
@@ -35,14 +36,9 @@ namespace vn::iwork13 {
 // Clears the message and parses it from the stream, under the limit that the
 // caller has pushed. Required fields may be missing. True if the message ended
 // well; in both cases the cursor stands behind what was consumed, and the
-// caller pops its limit. Uses the generated parser where that gives the same
-// outcome, and parseMessageByRules otherwise.
+// caller pops its limit. Needs descriptors; see field_tree.h for a way without.
 bool parseMessage(google::protobuf::Message& message,
                   google::protobuf::io::CodedInputStream& input);
-
-// The same by the rules above alone, field by field: the reference for parseMessage.
-bool parseMessageByRules(google::protobuf::Message& message,
-                         google::protobuf::io::CodedInputStream& input);
 
 // Levels of embedded messages and unknown groups that a stream starts with.
 inline constexpr int kRecursionLimit = 100;

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 
-#include "Tools/formats/vniwork13/message_parser.h"
+#include "Tools/formats/vniwork13/rule_parser.h"
 
 namespace vn::iwork13 {
 namespace {
@@ -39,13 +40,6 @@ bool isVarintRun(std::string_view run) {
     }
   }
   return length == 0;
-}
-
-// Fields are mostly numbered from 1 without gaps, up to some number.
-const FieldLayout* findField(MessageLayout layout, std::uint32_t number) {
-  if (number <= layout.size() && layout[number - 1].number == number) return &layout[number - 1];
-  const auto found = std::ranges::lower_bound(layout, number, {}, &FieldLayout::number);
-  return found != layout.end() && found->number == number ? &*found : nullptr;
 }
 
 // Every function that returns bool returns false where nothing is certain any
@@ -99,7 +93,7 @@ class Scanner {
     const std::string_view value = payload_.substr(start, length);
     if (field != nullptr && field->kind == FieldKind::kMessage) {
       if (levels == 0) return false;
-      return scanMessage(layoutAt(field->message), start + length, levels - 1);
+      return scanMessage(layoutAt(field->typeIndex), start + length, levels - 1);
     }
     cursor_ += length;
     switch (field != nullptr ? field->kind : FieldKind::kScalar) {
@@ -152,10 +146,12 @@ class Scanner {
 }  // namespace
 
 bool scanPayload(MessageLayout layout, std::string_view payload, std::vector<SweptValue>& values) {
+  const std::size_t before = values.size();
   if (!Scanner(payload, values).scanMessage(layout, payload.size(), kRecursionLimit)) return false;
   // Most messages have values of one name only, and a table has very many.
-  if (!std::ranges::is_sorted(values, {}, &SweptValue::name)) {
-    std::ranges::stable_sort(values, {}, &SweptValue::name);
+  const auto found = std::span(values).subspan(before);
+  if (!std::ranges::is_sorted(found, {}, &SweptValue::name)) {
+    std::ranges::stable_sort(found, {}, &SweptValue::name);
   }
   return true;
 }

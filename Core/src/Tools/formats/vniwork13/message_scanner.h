@@ -29,10 +29,10 @@ struct SweptValue {
 };
 
 // Walks over a payload of a class of that layout. True if it is certain that
-//  - the generated parser reads the payload to its exact end, and
+//  - parsing reads the payload to its exact end, and
 //  - the sweep takes from the printed message just the values that are appended,
 //    in their order, those named text before those named string.
-// False where it cannot be certain; values then holds nothing of use.
+// False where it cannot be certain; what has been appended is then of no use.
 bool scanPayload(MessageLayout layout, std::string_view payload, std::vector<SweptValue>& values);
 
 }  // namespace vn::iwork13

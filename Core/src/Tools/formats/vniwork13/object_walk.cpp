@@ -3,15 +3,18 @@
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/message.h>
 
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <utility>
 
-#include "TSPArchiveMessages.pb.h"
-#include "Tools/formats/vniwork13/message_layout.h"
+#include "Tools/formats/vniwork13/archive_header.h"
+#include "Tools/formats/vniwork13/field_tree.h"
 #include "Tools/formats/vniwork13/message_parser.h"
 #include "Tools/formats/vniwork13/message_scanner.h"
 #include "Tools/formats/vniwork13/pending_message.h"
+#include "Tools/formats/vniwork13/registered_class.h"
+#include "Tools/formats/vniwork13/rule_parser.h"
 
 namespace vn::iwork13 {
 namespace {
@@ -25,11 +28,13 @@ constexpr int kTotalBytesLimit = 0x4000000;
 
 class ObjectWalk {
  public:
-  ObjectWalk(const std::vector<unsigned char>& objectStream, MessageFactory factory,
+  ObjectWalk(std::vector<unsigned char> objectStream, MessageFactory factory,
              PayloadReading reading, MessageMap::Map& map)
-      : input_(objectStream.data(), static_cast<int>(objectStream.size())),
+      : pending_(PendingMessages::make(std::move(objectStream))),
+        input_(pending_->objectStream().data(), static_cast<int>(pending_->objectStream().size())),
         factory_(factory),
-        reading_(reading),
+        registry_(factory),
+        buildsAll_(reading == PayloadReading::kBuild || !registry_.isKnown()),
         map_(map) {
     input_.SetTotalBytesLimit(kTotalBytesLimit);
     input_.SetRecursionLimit(kRecursionLimit);
@@ -42,73 +47,104 @@ class ObjectWalk {
       // the walk arrives here again for ever: nothing realigns a stream.
       input_.ReadVarint64(&length);
       const CodedInputStream::Limit outer = input_.PushLimit(static_cast<int>(length));
-      const bool parsed = parseMessage(archive_, input_);
+      const bool isRead = readArchiveHeader(archive_, input_);
       input_.PopLimit(outer);
-      if (!parsed) continue;
-      for (const TSP::MessageInfo& info : archive_.message_infos()) addPayload(info);
+      if (!isRead) continue;
+      for (const ArchiveHeader::Payload& payload : archive_.payloads) {
+        if (buildsAll_)
+          addBuilt(payload);
+        else
+          addPending(payload);
+      }
     }
   }
 
  private:
-  void addPayload(const TSP::MessageInfo& info) {
-    Message* message = factory_(static_cast<int>(info.type()));
-    // From 0x80000000 on a length is negative: no skip, and no limit of its own.
-    const int length = static_cast<int>(info.length());
+  void addBuilt(const ArchiveHeader::Payload& payload) {
+    Message* message = factory_(payload.type);
     if (message == nullptr) {
-      input_.Skip(length);  // past the end: to the end
+      input_.Skip(payload.length);  // past the end: to the end
       return;
     }
-    const CodedInputStream::Limit outer = input_.PushLimit(length);
+    const CodedInputStream::Limit outer = input_.PushLimit(payload.length);
     // An instance that fails to parse, or whose identifier is taken, stays
     // allocated: no owner is kept for it.
-    if (!addPending(message) && parseMessage(*message, input_))
-      map_.emplace(archive_.identifier(), message);
+    if (parseMessage(*message, input_)) map_.emplace(archive_.identifier, message);
     input_.PopLimit(outer);
   }
 
-  // Files a payload that need not be parsed; false leaves everything as it was.
-  bool addPending(Message* message) {
-    if (reading_ != PayloadReading::kScan || input_.RecursionBudget() != kRecursionLimit)
-      return false;
-    const MessageLayout* layout = findLayout(*message);
-    if (layout == nullptr) return false;
-    const void* data = nullptr;
-    int size = 0;
-    input_.GetDirectBufferPointerInline(&data, &size);
-    const std::string_view payload(static_cast<const char*>(data), static_cast<std::size_t>(size));
-    values_.clear();
-    if (!scanPayload(*layout, payload, values_)) return false;
-    const auto position = map_.lower_bound(archive_.identifier());
-    if (position == map_.end() || position->first != archive_.identifier()) {
-      auto pending =
-          std::make_unique<PendingMessage>(std::unique_ptr<Message>(message), payload, values_);
-      map_.emplace_hint(position, archive_.identifier(), pending.get());
-      static_cast<void>(pending.release());
+  void addPending(const ArchiveHeader::Payload& payload) {
+    const RegisteredClass* messageClass = registry_.find(payload.type);
+    if (messageClass == nullptr) {
+      input_.Skip(payload.length);  // past the end: to the end
+      return;
     }
-    return input_.Skip(size);
+    const CodedInputStream::Limit outer = input_.PushLimit(payload.length);
+    if (!addScanned(*messageClass)) addReadByRules(*messageClass);
+    input_.PopLimit(outer);
   }
 
+  // False leaves everything as it was.
+  bool addScanned(const RegisteredClass& messageClass) {
+    if (input_.RecursionBudget() != kRecursionLimit) return false;
+    const std::string_view payload = bytesAtHand(input_);
+    const std::size_t firstValue = pending_->values().size();
+    const bool isCertain = scanPayload(messageClass.layout(), payload, pending_->values());
+    if (isCertain)
+      file(messageClass, payload, firstValue, true);
+    else
+      pending_->values().resize(firstValue);
+    return isCertain && input_.Skip(static_cast<int>(payload.size()));
+  }
+
+  void addReadByRules(const RegisteredClass& messageClass) {
+    const std::string_view payload = bytesAtHand(input_);
+    const int start = input_.CurrentPosition();
+    if (!skipMessage(messageClass.layout(), input_)) return;
+    const auto size = static_cast<std::size_t>(input_.CurrentPosition() - start);
+    file(messageClass, payload.substr(0, size), pending_->values().size(), false);
+  }
+
+  // Identifiers mostly ascend in a stream, so that the place of the next one is
+  // behind the last.
+  void file(const RegisteredClass& messageClass, std::string_view payload, std::size_t firstValue,
+            bool isScanned) {
+    PendingMessage* const message = pending_->add(messageClass, payload, firstValue, isScanned);
+    try {
+      const auto entry = map_.try_emplace(behindLast_, archive_.identifier, message);
+      if (entry->second != message) pending_->withdraw(message);
+      behindLast_ = std::next(entry);
+    } catch (...) {
+      pending_->withdraw(message);
+      throw;
+    }
+  }
+
+  PendingMessages::Holder pending_;
   CodedInputStream input_;
   MessageFactory factory_;
-  PayloadReading reading_;
+  RegistryView registry_;
+  bool buildsAll_;
   MessageMap::Map& map_;
-  TSP::ArchiveInfo archive_;  // one for all archives of the stream
-  std::vector<SweptValue> values_;
+  MessageMap::Map::iterator behindLast_ = map_.end();
+  ArchiveHeader archive_;  // one for all archives of the stream
 };
 
 }  // namespace
 
-void walkObjectStream(const std::vector<unsigned char>& objectStream, MessageFactory factory,
+void walkObjectStream(std::vector<unsigned char> objectStream, MessageFactory factory,
                       PayloadReading reading, MessageMap::Map& map) {
-  ObjectWalk(objectStream, factory, reading, map).run();
+  ObjectWalk(std::move(objectStream), factory, reading, map).run();
 }
 
 Message* buildPending(Message*& entry) {
-  if (auto* pending = dynamic_cast<PendingMessage*>(entry)) {
+  if (const PendingMessage* pending = asPending(entry)) {
     entry = pending->build();
     delete pending;
   }
   return entry;
 }
+
+const MessageMap::Map& entriesOf(const MessageMap& map) { return map.map_; }
 
 }  // namespace vn::iwork13

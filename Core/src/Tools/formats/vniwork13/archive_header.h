@@ -1,0 +1,28 @@
+// The header of an archive in an object stream, a TSP.ArchiveInfo, as far as the walk
+// needs it.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace google::protobuf::io {
+class CodedInputStream;
+}
+
+namespace vn::iwork13 {
+
+struct ArchiveHeader {
+  struct Payload {
+    int type;
+    int length;  // negative from 0x80000000 on
+  };
+
+  std::uint64_t identifier = 0;
+  std::vector<Payload> payloads;
+};
+
+// Clears the header and reads it from the stream, under the limit that the caller
+// has pushed, with the result and the cursor of parseMessage.
+bool readArchiveHeader(ArchiveHeader& header, google::protobuf::io::CodedInputStream& input);
+
+}  // namespace vn::iwork13
