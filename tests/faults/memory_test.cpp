@@ -194,7 +194,10 @@ PrintedFill fillPrinted(const std::string& document, long index) {
 
 // The first document of a process fails at an allocation, the next one at the same,
 // and the one behind them comes out whole.
-[[noreturn]] void failTwice(const std::string& document, const Texts& whole, long index) {
+[[noreturn]] void failTwice(const std::string& document, long index) {
+  const Texts whole = {
+      "See text: ", "\n", "string: ",       "third text: ", "\n1000 {\n  1: 5\n}\n1001 {\n}\n",
+      "a string: ", "b",  "\ntext: \"b\"\n"};
   const auto isStated = [](int result) { return result == 0 || result == 4 || result == 6; };
   const PrintedFill first = fillPrinted(document, index);
   const PrintedFill second = fillPrinted(document, index);
@@ -210,19 +213,11 @@ TEST(MemoryFaultsOfPrintedMessages, CostNoLaterDocumentOfTheProcessAnything) {
       {
         // Nothing is read in this process, so that each child begins afresh.
         const std::string document = printedDocument();
-        const Texts whole = {"See text: ",
-                             "\n",
-                             "string: ",
-                             "third text: ",
-                             "\n1000 {\n  1: 5\n}\n1001 {\n}\n",
-                             "a string: ",
-                             "b",
-                             "\ntext: \"b\"\n"};
         long index = 0;
         int status = 0;
         for (; status == 0; ++index) {
           const pid_t child = ::fork();
-          if (child == 0) failTwice(document, whole, index);
+          if (child == 0) failTwice(document, index);
           ::waitpid(child, &status, 0);
         }
         if (!WIFEXITED(status) || WEXITSTATUS(status) != 100) {

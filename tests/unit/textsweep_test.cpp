@@ -294,7 +294,10 @@ TEST_F(GetAllText, WritesARemainderInTheFormOfThe25Line) {
                        "0a0548656c6c6fa21f250a230a210a1f0a1d0a1b0a190a170a150a130a110a0f0a0d"
                        "120920737472696e673a201801"),
             (Texts{"Hello", closed}));
-  EXPECT_EQ(sweepAlone(3005, "a2060720746578743a20b50692dfa349"), (Texts{"\n102: 0x49A3DF92\n"}));
+  // Eight digits of a float.
+  EXPECT_EQ(sweepAlone(3005, "a2060720746578743a20b50692dfa349"),
+            Texts{"\n[TSWP.EquationInfoArchive.equation_depth]: 1342450.2\n"});
+  // The low 32 bits of a bool.
   EXPECT_EQ(sweepAlone(3056, "0a0720746578743a20220b1880808080808080808001"),
             (Texts{" text: ", "\nreplies {\n  deprecated_is_external: false\n}\n"}));
 }

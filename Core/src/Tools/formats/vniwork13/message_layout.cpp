@@ -12,11 +12,11 @@ struct EnumValue {
 // The values of an enum in ascending number.
 using EnumLayout = std::span<const EnumValue>;
 
+}  // namespace
+
 // kFields with kFieldNames beside it, kLayouts, kEnumValues, kEnums, and kNames,
 // where every name ends in NUL.
 #include "message_layouts.inc"
-
-}  // namespace
 
 MessageLayout layoutAt(std::uint16_t index) { return kLayouts[index]; }
 

@@ -60,8 +60,11 @@ struct FieldLayout {
 // Known fields in ascending number, known extensions included.
 using MessageLayout = std::span<const FieldLayout>;
 
+// All layouts.
+extern const MessageLayout kLayouts[];
+
 // The layout of an embedded message, by FieldLayout::typeIndex.
-MessageLayout layoutAt(std::uint16_t index);
+inline MessageLayout layoutAt(std::uint16_t index) { return kLayouts[index]; }
 
 // The field of that number, or null. Fields are mostly numbered from 1 without
 // gaps, up to some number.

@@ -1,15 +1,16 @@
 #include "Tools/formats/vniwork13/message_scanner.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
+#include <cstring>
 #include <span>
 
-#include "Tools/formats/vniwork13/rule_parser.h"
+#include "Tools/formats/vniwork13/message_parser.h"
+#include "Tools/formats/vniwork13/wire_cursor.h"
 
 namespace vn::iwork13 {
 namespace {
-
-enum WireType : unsigned { kVarint = 0, kFixed64 = 1, kLengthDelimited = 2, kFixed32 = 5 };
 
 // Endings of a value whose closing quote completes the sweep's pattern.
 constexpr std::string_view kPatternEndings[] = {" text: ", " string: "};
@@ -28,13 +29,15 @@ bool holdsPattern(std::string_view value) {
   });
 }
 
+constexpr int kLongestVarint = 10;
+
 // Whether a run of varints ends with its last one, none longer than ten bytes.
 bool isVarintRun(std::string_view run) {
-  std::size_t length = 0;
+  int length = 0;
   for (const char byte : run) {
     ++length;
     if (static_cast<signed char>(byte) < 0) {
-      if (length == 10) return false;
+      if (length == kLongestVarint) return false;
     } else {
       length = 0;
     }
@@ -42,23 +45,42 @@ bool isVarintRun(std::string_view run) {
   return length == 0;
 }
 
-// Every function that returns bool returns false where nothing is certain any
-// more: the payload is malformed, or of a form that is not worth following.
+// Goes through the fields of messages. Positions are pointers; null stands for
+// where nothing is certain any more: the payload is malformed, or of a form that
+// is not worth following.
 class Scanner {
  public:
   Scanner(std::string_view payload, std::vector<SweptValue>& values)
-      : payload_(payload), values_(values) {}
+      : start_(payload.data()), values_(values) {}
 
-  bool scanMessage(MessageLayout layout, std::size_t end, int levels) {
+  // The end of the message, where all of it is certain.
+  const char* scanMessage(MessageLayout layout, const char* position, const char* end, int levels) {
     std::uint32_t lastSwept = 0;
-    while (cursor_ < end) {
+    while (position != end) {
       std::uint32_t tag = 0;
-      if (!readVarint32(end, tag) || tag >> 3 == 0) return false;
-      const FieldLayout* field = findField(layout, tag >> 3);
-      if (field != nullptr && !isInPrintedOrder(*field, lastSwept)) return false;
-      if (!scanField(field, tag & 7, end, levels)) return false;
+      position = readVarint32(position, end, tag);
+      if (position == nullptr || numberOf(tag) == 0) return nullptr;
+      const FieldLayout* field = findField(layout, numberOf(tag));
+      if (field != nullptr && !isInPrintedOrder(*field, lastSwept)) return nullptr;
+      switch (wireTypeOf(tag)) {
+        case WireType::kVarint:
+          position = skipVarint(position, end);
+          break;
+        case WireType::kFixed64:
+          position = skip(8, position, end);
+          break;
+        case WireType::kFixed32:
+          position = skip(4, position, end);
+          break;
+        case WireType::kLengthDelimited:
+          position = scanLengthDelimited(field, position, end, levels);
+          break;
+        default:
+          return nullptr;
+      }
+      if (position == nullptr) return nullptr;
     }
-    return true;
+    return position;
   }
 
  private:
@@ -71,83 +93,88 @@ class Scanner {
     return true;
   }
 
-  bool scanField(const FieldLayout* field, unsigned wireType, std::size_t end, int levels) {
-    switch (wireType) {
-      case kVarint:
-        return skipVarint(end);
-      case kFixed64:
-        return skip(8, end);
-      case kFixed32:
-        return skip(4, end);
-      case kLengthDelimited:
-        return scanLengthDelimited(field, end, levels);
-      default:
-        return false;
+  const char* scanLengthDelimited(const FieldLayout* field, const char* position, const char* end,
+                                  int levels) {
+    std::uint32_t length = 0;
+    position = readVarint32(position, end, length);
+    if (position == nullptr || length > static_cast<std::size_t>(end - position)) return nullptr;
+    const char* const valueEnd = position + length;
+    if (field != nullptr && field->kind == FieldKind::kMessage) {
+      if (levels == 0) return nullptr;
+      return scanMessage(layoutAt(field->typeIndex), position, valueEnd, levels - 1);
     }
+    return isCertain(field, {position, length}) ? valueEnd : nullptr;
   }
 
-  bool scanLengthDelimited(const FieldLayout* field, std::size_t end, int levels) {
-    std::uint32_t length = 0;
-    if (!readVarint32(end, length) || length > end - cursor_) return false;
-    const std::size_t start = cursor_;
-    const std::string_view value = payload_.substr(start, length);
-    if (field != nullptr && field->kind == FieldKind::kMessage) {
-      if (levels == 0) return false;
-      return scanMessage(layoutAt(field->typeIndex), start + length, levels - 1);
-    }
-    cursor_ += length;
+  // Takes a value of a swept field.
+  bool isCertain(const FieldLayout* field, std::string_view value) {
     switch (field != nullptr ? field->kind : FieldKind::kScalar) {
       case FieldKind::kString:
         if (field->swept != SweptName::kNone)
-          values_.push_back({static_cast<std::uint32_t>(start), length, field->swept});
+          values_.push_back({static_cast<std::uint32_t>(value.data() - start_),
+                             static_cast<std::uint32_t>(value.size()), field->swept});
         return !endsInPattern(value);
       case FieldKind::kPackedVarint:
         return isVarintRun(value);
       case FieldKind::kPackedFixed32:
-        return length % 4 == 0;
+        return value.size() % 4 == 0;
       case FieldKind::kPackedFixed64:
-        return length % 8 == 0;
+        return value.size() % 8 == 0;
       default:
         return !holdsPattern(value);
     }
   }
 
-  bool skip(std::size_t count, std::size_t end) {
-    if (count > end - cursor_) return false;
-    cursor_ += count;
-    return true;
+  static const char* skip(std::ptrdiff_t count, const char* position, const char* end) {
+    return count <= end - position ? position + count : nullptr;
   }
 
-  bool skipVarint(std::size_t end) {
-    const std::size_t limit = std::min(end, cursor_ + 10);
-    while (cursor_ < limit) {
-      if (static_cast<signed char>(payload_[cursor_++]) >= 0) return true;
+  static bool continues(char byte) { return static_cast<signed char>(byte) < 0; }
+
+  static const char* skipVarint(const char* position, const char* end) {
+    // Where eight bytes are left, the first that ends a varint shows in one look.
+    constexpr std::ptrdiff_t kWord = 8;
+    if (end - position >= kWord && std::endian::native == std::endian::little) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, position, sizeof word);
+      const std::uint64_t ends = ~word & 0x8080808080808080U;
+      if (ends != 0) return position + std::countr_zero(ends) / 8 + 1;
     }
-    return false;
+    const char* const limit = position + std::min<std::ptrdiff_t>(end - position, kLongestVarint);
+    while (position != limit) {
+      if (!continues(*position++)) return position;
+    }
+    return nullptr;
   }
 
   // A tag or a length of at most four bytes; longer ones are not worth following.
-  bool readVarint32(std::size_t end, std::uint32_t& value) {
-    const std::size_t limit = std::min(end, cursor_ + 4);
-    value = 0;
-    for (unsigned shift = 0; cursor_ < limit; shift += 7) {
-      const auto byte = static_cast<unsigned char>(payload_[cursor_++]);
-      value |= (byte & 0x7FU) << shift;
-      if (byte < 0x80) return true;
+  static const char* readVarint32(const char* position, const char* end, std::uint32_t& value) {
+    constexpr std::ptrdiff_t kWorthFollowing = 4;
+    if (position != end && !continues(*position)) {
+      value = static_cast<unsigned char>(*position);
+      return position + 1;
     }
-    return false;
+    const char* const limit = position + std::min(end - position, kWorthFollowing);
+    value = 0;
+    for (unsigned shift = 0; position != limit; shift += 7) {
+      const auto byte = static_cast<unsigned char>(*position++);
+      value |= (byte & 0x7FU) << shift;
+      if (byte < 0x80) return position;
+    }
+    return nullptr;
   }
 
-  std::string_view payload_;
+  const char* start_;
   std::vector<SweptValue>& values_;
-  std::size_t cursor_ = 0;
 };
 
 }  // namespace
 
 bool scanPayload(MessageLayout layout, std::string_view payload, std::vector<SweptValue>& values) {
   const std::size_t before = values.size();
-  if (!Scanner(payload, values).scanMessage(layout, payload.size(), kRecursionLimit)) return false;
+  const char* const end = payload.data() + payload.size();
+  if (Scanner(payload, values).scanMessage(layout, payload.data(), end, kRecursionLimit) != end)
+    return false;
   // Most messages have values of one name only, and a table has very many.
   const auto found = std::span(values).subspan(before);
   if (!std::ranges::is_sorted(found, {}, &SweptValue::name)) {
