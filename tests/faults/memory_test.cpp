@@ -224,7 +224,8 @@ TEST(MemoryFaultsOfPrintedMessages, CostNoLaterDocumentOfTheProcessAnything) {
           std::fprintf(stderr, "allocation %ld: wait status %d\n", index - 1, status);
           std::_Exit(1);
         }
-        std::_Exit(index > 50 ? 0 : 2);
+        if (index <= 30) std::fprintf(stderr, "only %ld allocations\n", index);
+        std::_Exit(index > 30 ? 0 : 1);
       },
       ::testing::ExitedWithCode(0), "^$");
 }

@@ -18,8 +18,6 @@ using EnumLayout = std::span<const EnumValue>;
 // where every name ends in NUL.
 #include "message_layouts.inc"
 
-MessageLayout layoutAt(std::uint16_t index) { return kLayouts[index]; }
-
 std::string_view nameOf(const FieldLayout& field) { return kNames + kFieldNames[&field - kFields]; }
 
 std::string_view nameOfEnumValue(const FieldLayout& field, int number) {
