@@ -238,8 +238,10 @@ void CommandLine::addText() {
       {{"text", Format::kText}, {"json", Format::kJson}, {"tokens", Format::kTokens}},
       "text: the texts; json: a record for each document, as batch gives it; tokens: the reader's "
       "token stream");
-  command.add_flag("-H,--with-filename", options->withFilename,
-                   "Put the document's name and a colon before each text");
+  command.add_flag(
+      "-H,--with-filename", options->withFilename,
+      "Put the document's name and a colon before each line, or before each text where "
+      "something else than a line feed ends them");
   command.add_flag("--tidy", options->tidy, kTidyHelp);
   addJobsOption(command, options->jobs);
   addOutputOptions(command, options->output,

@@ -98,7 +98,7 @@ std::string wordFault(const std::string& value, const std::vector<std::string>& 
 
 std::string wordsFault(const std::string& value, const std::vector<std::string>& words) {
   for (const std::string& part : splitAtCommas(value)) {
-    const std::string fault = wordFault(part, words);
+    std::string fault = wordFault(part, words);
     if (!fault.empty()) return fault;
   }
   return "";

@@ -41,6 +41,20 @@ PrintDocument unlessAtFault(PrintDocument print) {
       };
 }
 
+std::string prefixFor(const ListedPath& document, const TextForm& form) {
+  const std::string name = nameForPeople(document);
+  return (form.forTerminal ? printable(name) : name) + ":";
+}
+
+std::string beforeEachFurtherLine(const std::string& prefix, std::string text) {
+  if (prefix.empty()) return text;
+  for (auto feed = text.find('\n'); feed != std::string::npos;
+       feed = text.find('\n', feed + 1 + prefix.size())) {
+    text.insert(feed + 1, prefix);
+  }
+  return text;
+}
+
 struct Advice {
   Failure failure;
   Limit limit;
@@ -55,7 +69,7 @@ constexpr std::array<Advice, 11> kAdvice = {{
     {Failure::kLimitPassed, Limit::kMemory, "--max-memory gives it more"},
     {Failure::kLimitPassed, Limit::kOutput, "--max-output allows more"},
     {Failure::kLimitPassed, Limit::kInput, "--max-input allows more"},
-    {Failure::kDamaged, Limit::kNone, "dorvex inspect shows what of it is sound"},
+    {Failure::kDamaged, Limit::kNone, "another copy of it may be whole"},
     {Failure::kUnsupportedCompression, Limit::kNone, "save it anew in its application"},
     {Failure::kNothingRecognised, Limit::kNone, "save it anew in its application"},
     {Failure::kChanged, Limit::kNone, "read it again when nothing writes to it"},
@@ -74,12 +88,12 @@ std::string_view adviceFor(const Result& result) {
 PrintDocument printTexts(TextForm form) {
   return unlessAtFault([form = std::move(form)](const Host& host, const ListedPath& listed,
                                                 const Write& write) -> Result {
-    const std::string name = nameForPeople(listed);
-    const std::string prefix =
-        form.withFilename ? (form.forTerminal ? printable(name) : name) + ":" : "";
+    const std::string prefix = form.withFilename ? prefixFor(listed, form) : "";
     Document document = host.open(inputOf(listed));
-    return readTexts(document, form.tidy,
-                     [&](std::string text) { write(prefix + std::move(text) + form.separator); });
+    return readTexts(document, form.tidy, [&](std::string text) {
+      if (form.separator == "\n") text = beforeEachFurtherLine(prefix, std::move(text));
+      write(prefix + std::move(text) + form.separator);
+    });
   });
 }
 

@@ -23,7 +23,7 @@ using PrintDocument =
 struct TextForm {
   std::string separator = "\n";  // behind each text
   bool tidy = false;
-  bool withFilename = false;  // and a colon before each text
+  bool withFilename = false;  // and a colon before each text, or each line of texts that end so
   bool forTerminal = false;   // which file names tell nothing
 };
 PrintDocument printTexts(TextForm form);
@@ -39,7 +39,7 @@ using SideFilesOf = std::function<SideFiles(const ListedPath& document)>;
 PrintDocument printRendering(SideFilesOf sideFilesOf);
 
 // Reads a document into its record, or what the host renders of it.
-Record readRecord(const Host& host, const ListedPath& document, bool tidy);
+Record readRecord(const Host& host, const ListedPath& listed, bool tidy);
 
 // What a host opens for a document that has no fault.
 Input inputOf(const ListedPath& document);

@@ -92,7 +92,7 @@ TEST_F(TextCommand, SaysThatATextIsPartialAndCountsItAsNotRead) {
   EXPECT_EQ(run.output, "one\n");
   EXPECT_EQ(run.errors, "dorvex: " + path +
                             ": partial text: damaged member Index/Slide.iwa: chunk 1 holds "
-                            "damaged data (dorvex inspect shows what of it is sound)\n");
+                            "damaged data (another copy of it may be whole)\n");
 }
 
 TEST_F(TextCommand, KeepsAMessageOnItsLineWhateverADocumentIsCalled) {
@@ -219,6 +219,12 @@ TEST_F(TextCommand, PutsTheNameBeforeEachTextOnRequest) {
   EXPECT_EQ(runTool({"text", "-H", "-0", b}).output, b + ":three\0"s);
   EXPECT_EQ(runTool({"text", "-H", "-"}, {.input = b}).output, "standard input:three\n");
   EXPECT_EQ(runTool({"text", "-H", "--format", "json", b}).status, 2);
+}
+
+TEST_F(TextCommand, PutsTheNameBeforeEachLineOfATextUnlessSomethingElseEndsIt) {
+  const std::string a = good("a.pages", {"one\ntwo\n"});
+  EXPECT_EQ(runTool({"text", "-H", a}).output, a + ":one\n" + a + ":two\n" + a + ":\n");
+  EXPECT_EQ(runTool({"text", "-H", "-0", a}).output, a + ":one\ntwo\n\0"s);
 }
 
 TEST_F(TextCommand, ReadsAFolderAsBatchDoes) {
