@@ -35,8 +35,8 @@ std::string temporaryName(const fs::path& path, const std::function<int(const ch
   static unsigned number = 0;
   const std::lock_guard lock(namesMutex);
   while (true) {
-    std::string name = path.parent_path() / (".dorvex-" + std::to_string(::getpid()) + "-" +
-                                                   std::to_string(number++));
+    std::string name = path.parent_path() /
+                       (".dorvex-" + std::to_string(::getpid()) + "-" + std::to_string(number++));
     names().insert(name);
     if (make(name.c_str()) == 0) return name;
     const int error = errno;

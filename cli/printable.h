@@ -11,4 +11,7 @@ namespace dorvex::cli {
 // tells a terminal nothing, whatever a member or a file is called.
 std::string printable(std::string_view text);
 
+// JSON with C1 control characters as \u escapes: the same JSON, for terminals too.
+std::string printableJson(std::string json);
+
 }  // namespace dorvex::cli

@@ -9,6 +9,7 @@
 
 #include "base64.h"
 #include "document_id.h"
+#include "printable.h"
 
 namespace dorvex::cli {
 namespace {
@@ -143,7 +144,7 @@ std::string toLine(const Record& record) {
   line["bytes_out"] = bytesOf(record.texts);
   line["milliseconds"] = toMicroseconds(record.milliseconds);
   addSkipped(line, result.skipped);
-  return line.dump() + "\n";
+  return printableJson(line.dump()) + "\n";
 }
 
 }  // namespace dorvex::cli

@@ -156,7 +156,7 @@ Json objectJson(const Listing& listing, const ListedObject& object, TypeNames& n
 
 // Names need not be UTF-8; JSON must be.
 std::string dump(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return printableJson(json.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
 }
 
 // --- One object ---

@@ -28,5 +28,11 @@ TEST(Printable, LeavesTextOfAllLengthsAlone) {
   EXPECT_EQ(printable(text), text);
 }
 
+TEST(PrintableJson, EscapesC1AndLeavesTheRest) {
+  EXPECT_EQ(printableJson("[\"a\xC2\x9B\xC2\x80\xC2\xA0\xC3\x9B\"]"),
+            "[\"a\\u009b\\u0080\xC2\xA0\xC3\x9B\"]");
+  EXPECT_EQ(printableJson(""), "");
+}
+
 }  // namespace
 }  // namespace dorvex::cli
