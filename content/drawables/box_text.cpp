@@ -16,15 +16,26 @@ const Object* storageAt(Reading& reading, const Message<TSP::Reference>& referen
   return object != nullptr && Types<Storage>::hold(object->type) ? object : nullptr;
 }
 
-// Documents of some years hold the same text in two of these places.
+bool isEmpty(const Object& storage) {
+  for (const std::string_view piece : Message<Storage>(storage.payload).all(Storage::text))
+    if (!piece.empty()) return false;
+  return true;
+}
+
+// The text that flows through linked boxes, this one among them.
+const Object* flowOf(Reading& reading, const Message<Info>& box) {
+  using Flow = TSWP::FlowInfoArchive;
+  const auto flow = reading.get<Flow>(box.get(Info::text_flow));
+  return storageAt(reading, flow.get(Flow::text_storage));
+}
+
+// Documents of some years hold the same text in two of these places. A linked box may
+// have an empty text of its own.
 const Object* storageOf(Reading& reading, const Message<Info>& box) {
-  if (const Object* own = storageAt(reading, box.get(Info::owned_storage))) return own;
-  if (const auto flow = box.find(Info::text_flow)) {
-    const auto info = reading.get<TSWP::FlowInfoArchive>(*flow);
-    if (const Object* text = storageAt(reading, info.get(TSWP::FlowInfoArchive::text_storage)))
-      return text;
-  }
-  return storageAt(reading, box.get(Info::deprecated_storage));
+  const Object* own = storageAt(reading, box.get(Info::owned_storage));
+  if (own != nullptr && !isEmpty(*own)) return own;
+  if (const Object* flow = flowOf(reading, box)) return flow;
+  return own != nullptr ? own : storageAt(reading, box.get(Info::deprecated_storage));
 }
 
 std::vector<Block> readStorageObject(Reading& reading, const Object* storage) {

@@ -54,6 +54,13 @@ TEST(BoxText, ThatFlowsThroughSeveralBoxesStandsInTheFirst) {
   EXPECT_EQ(read(objects, box), Texts{});
 }
 
+TEST(BoxText, FlowsThroughABoxWhoseOwnTextIsEmpty) {
+  Objects objects({object(20, kFlow, Wire().message(1, reference(10))),
+                   storage(10, {"A long letter"}), storage(11, {})});
+  const Wire box = Wire().message(kOwned, reference(11)).message(kFlowing, reference(20));
+  EXPECT_EQ(read(objects, box), Texts{"A long letter"});
+}
+
 TEST(BoxText, IsNoneWhereAllParagraphsAreEmpty) {
   Objects objects({storage(10, {"\n\n"}), storage(11, {})});
   EXPECT_EQ(read(objects, Wire().message(kOwned, reference(10))), Texts{});

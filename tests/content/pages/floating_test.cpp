@@ -6,7 +6,7 @@
 
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
-#include "content/support/parts.h"
+#include "content/support/recorder.h"
 #include "drawables/box_text.h"
 
 namespace dorvex::content {
@@ -16,7 +16,7 @@ using Archive = TP::FloatingDrawablesArchive;
 using Group = TP::FloatingDrawablesArchive_PageGroup;
 using testing::object;
 using testing::Objects;
-using testing::Parts;
+using testing::Recorder;
 using testing::reference;
 using testing::Wire;
 
@@ -36,10 +36,10 @@ class Floating : public ::testing::Test {
  protected:
   // The pages with their texts, in short.
   std::string read(const Wire& floating) {
-    Parts parts;
-    readFloating(objects_.reading(), Message<Archive>(floating.str()), parts);
+    Recorder recorder;
+    readFloating(objects_.reading(), Message<Archive>(floating.str()), recorder);
     std::string pages;
-    for (const FloatingPage& page : parts.pages) {
+    for (const FloatingPage& page : recorder.floatingPages) {
       pages += std::to_string(page.page) + ':';
       for (const Block& block : page.blocks) pages += textOf({block}) + ' ';
     }
@@ -87,10 +87,10 @@ TEST_F(Floating, ShowsTheTextOfLinkedBoxesOnce) {
       Wire().message(Archive::page_groups.number, group(0)
                                                       .message(Group::drawables.number, entry(10))
                                                       .message(Group::drawables.number, entry(11)));
-  Parts parts;
-  readFloating(objects.reading(), Message<Archive>(floating.str()), parts);
-  ASSERT_EQ(parts.pages.size(), 1U);
-  EXPECT_EQ(textOf(parts.pages[0].blocks), "flows");
+  Recorder recorder;
+  readFloating(objects.reading(), Message<Archive>(floating.str()), recorder);
+  ASSERT_EQ(recorder.floatingPages.size(), 1U);
+  EXPECT_EQ(textOf(recorder.floatingPages[0].blocks), "flows");
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
-#include "content/support/parts.h"
+#include "content/support/recorder.h"
 
 namespace dorvex::content {
 namespace {
@@ -16,7 +16,7 @@ using Settings = TP::SettingsArchive;
 using testing::Archive;
 using testing::object;
 using testing::Objects;
-using testing::Parts;
+using testing::Recorder;
 using testing::reference;
 using testing::Wire;
 
@@ -44,10 +44,10 @@ class FootnotesTest : public ::testing::Test {
   }
 
   static std::string written(Footnotes& footnotes) {
-    Parts parts;
-    footnotes.write(parts);
+    Recorder recorder;
+    footnotes.write(recorder);
     std::string marks;
-    for (const Footnote& note : parts.footnotes) marks += note.mark + ' ';
+    for (const Footnote& note : recorder.footnotes) marks += note.mark + ' ';
     return marks;
   }
 
@@ -98,12 +98,12 @@ TEST_F(FootnotesTest, AreEndnotesWhereTheDocumentSaysSo) {
     const Wire settings = Wire().varint(Settings::footnote_kind.number, kind);
     Footnotes footnotes(objects.reading(), Message<Settings>(settings.str()));
     footnotes.add(objects.object(10), false);
-    Parts parts;
-    footnotes.write(parts);
-    ASSERT_EQ(parts.footnotes.size(), 1U);
-    EXPECT_EQ(parts.footnotes[0].endnote, kind != 0);
-    ASSERT_EQ(parts.footnotes[0].blocks.size(), 1U);
-    EXPECT_EQ(std::get<Paragraph>(parts.footnotes[0].blocks[0].what).text, "A note.");
+    Recorder recorder;
+    footnotes.write(recorder);
+    ASSERT_EQ(recorder.footnotes.size(), 1U);
+    EXPECT_EQ(recorder.footnotes[0].endnote, kind != 0);
+    ASSERT_EQ(recorder.footnotes[0].blocks.size(), 1U);
+    EXPECT_EQ(std::get<Paragraph>(recorder.footnotes[0].blocks[0].what).text, "A note.");
   }
 }
 

@@ -7,7 +7,7 @@
 #include "TPArchives.h"
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
-#include "content/support/parts.h"
+#include "content/support/recorder.h"
 #include "drawables/box_text.h"
 
 namespace dorvex::content {
@@ -19,7 +19,7 @@ using testing::Archive;
 using testing::object;
 using testing::Objects;
 using testing::objectTable;
-using testing::Parts;
+using testing::Recorder;
 using testing::reference;
 using testing::Wire;
 
@@ -58,34 +58,34 @@ std::vector<Archive> archives(bool showsBody) {
 
 TEST(ReadPages, GivesBodySectionsAndFootnotes) {
   Objects objects(archives(true));
-  Parts parts;
-  readPages(objects.reading(), parts);
-  EXPECT_EQ(textOf(parts.blocks), "one\ntwo");
-  ASSERT_EQ(parts.blocks.size(), 3U);
-  EXPECT_EQ(std::get<Paragraph>(parts.blocks[0].what).runs.at(1).footnote, "1");
-  ASSERT_EQ(parts.sections.size(), 2U);
-  EXPECT_EQ(parts.sections[0].from, 0U);
-  EXPECT_EQ(parts.sections[1].from, 2U);
-  ASSERT_EQ(parts.footnotes.size(), 1U);
-  EXPECT_EQ(parts.footnotes[0].id, "1");
-  EXPECT_EQ(textOf(parts.footnotes[0].blocks), "a note");
+  Recorder recorder;
+  readPages(objects.reading(), recorder);
+  EXPECT_EQ(textOf(recorder.bodyBlocks), "one\ntwo");
+  ASSERT_EQ(recorder.bodyBlocks.size(), 3U);
+  EXPECT_EQ(std::get<Paragraph>(recorder.bodyBlocks[0].what).runs.at(1).footnote, "1");
+  ASSERT_EQ(recorder.sections.size(), 2U);
+  EXPECT_EQ(recorder.sections[0].from, 0U);
+  EXPECT_EQ(recorder.sections[1].from, 2U);
+  ASSERT_EQ(recorder.footnotes.size(), 1U);
+  EXPECT_EQ(recorder.footnotes[0].id, "1");
+  EXPECT_EQ(textOf(recorder.footnotes[0].blocks), "a note");
 }
 
 TEST(ReadPages, HidesTheBodyOfPageLayouts) {
   Objects objects(archives(false));
-  Parts parts;
-  readPages(objects.reading(), parts);
-  EXPECT_TRUE(parts.blocks.empty());
-  EXPECT_TRUE(parts.footnotes.empty());
+  Recorder recorder;
+  readPages(objects.reading(), recorder);
+  EXPECT_TRUE(recorder.bodyBlocks.empty());
+  EXPECT_TRUE(recorder.footnotes.empty());
   EXPECT_EQ(objects.leftOut().hiddenTexts, 1U);
 }
 
 TEST(ReadPages, ReadsADocumentWithoutAnything) {
   Objects objects({object(1, 10000, Wire())});
-  Parts parts;
-  readPages(objects.reading(), parts);
-  EXPECT_TRUE(parts.blocks.empty());
-  EXPECT_TRUE(parts.sections.empty());
+  Recorder recorder;
+  readPages(objects.reading(), recorder);
+  EXPECT_TRUE(recorder.bodyBlocks.empty());
+  EXPECT_TRUE(recorder.sections.empty());
 }
 
 }  // namespace
