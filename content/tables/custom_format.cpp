@@ -21,6 +21,7 @@ constexpr std::string_view kExponent = "E+00";
 constexpr int kMostDigits = 60;
 
 constexpr unsigned kMostConditions = 32;
+constexpr std::size_t kLongestPattern = 900;
 
 int countOf(std::string_view text, char c) {
   return static_cast<int>(std::min<std::ptrdiff_t>(std::ranges::count(text, c), kMostDigits));
@@ -141,8 +142,7 @@ bool CustomPattern::has(Kind kind) const {
 
 void CustomPattern::parse(std::string_view pattern, const FormatArchive& format,
                           const Symbols& symbols) {
-  constexpr std::size_t kLongest = 1000;
-  const std::string clean = plainText(pattern.substr(0, kLongest));
+  const std::string clean = plainText(pattern.substr(0, kLongestPattern));
   const bool scaled = format.get(Archive::scale_factor, 1.0) != 1;
   std::string_view rest = clean;
   while (!rest.empty()) {
@@ -264,7 +264,9 @@ bool CustomFormat::Condition::holds(double number) const {
 
 CustomFormat::CustomFormat(const Message<Custom>& format, const Symbols& symbols)
     : default_(format.get(Custom::default_format), symbols),
-      date_(plainText(format.get(Custom::default_format).get(Archive::custom_format_string))) {
+      date_(plainText(format.get(Custom::default_format)
+                          .get(Archive::custom_format_string)
+                          .substr(0, kLongestPattern))) {
   for (const auto& condition : format.all(Custom::conditions)) {
     if (conditions_.size() == kMostConditions) break;
     using Stored = TSK::CustomFormatArchive_Condition;

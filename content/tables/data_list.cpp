@@ -1,6 +1,7 @@
 #include "tables/data_list.h"
 
 #include <algorithm>
+#include <set>
 
 #include "newer.h"
 
@@ -9,10 +10,13 @@ namespace dorvex::content {
 DataList::DataList(Reading& reading, const Message<TSP::Reference>& list) {
   const auto archive = reading.get<TST::TableDataList>(list);
   add(archive.all(TST::TableDataList::entries));
+  std::set<std::uint64_t> read;
   for (const auto& segment :
-       archive.as<newer::TST_TableDataList>().all(newer::TST_TableDataList::segments))
-    add(reading.get<newer::TST_TableDataListSegment>(segment).all(
-        newer::TST_TableDataListSegment::entries));
+       archive.as<newer::TST_TableDataList>().all(newer::TST_TableDataList::segments)) {
+    if (!read.insert(segment.get(TSP::Reference::identifier)).second) continue;
+    const auto part = reading.get<newer::TST_TableDataListSegment>(segment);
+    add(part.all(newer::TST_TableDataListSegment::entries));
+  }
   indexKeys();
 }
 

@@ -259,6 +259,8 @@ void appendIsoDate(double seconds, std::string& out) {
 }
 
 DateFormat::DateFormat(std::string_view pattern) {
+  constexpr std::size_t kLongest = 4000;  // no cut within a character: callers cut before
+  pattern = pattern.substr(0, kLongest);
   while (!pattern.empty()) {
     const char c = pattern.front();
     if (c == '\'') {

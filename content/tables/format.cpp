@@ -93,6 +93,12 @@ Control controlOf(std::uint32_t type) {
   }
 }
 
+// What formats consist of; what is longer than this is damage.
+std::string shortText(std::string_view text) {
+  constexpr std::size_t kLongest = 900;
+  return plainText(text.substr(0, kLongest));
+}
+
 template <class... Visitors>
 struct Overloads : Visitors... {
   using Visitors::operator()...;
@@ -144,7 +150,7 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
     case kCurrency:
       shown_ = DecimalFormat::currency(archive, symbols);
       typeOfNumber_ = CellType::kCurrency;
-      currency_ = plainText(archive.get(Archive::currency_code));
+      currency_ = shortText(archive.get(Archive::currency_code));
       break;
     case kPercentage:
       shown_ = DecimalFormat::percentage(archive, symbols);
@@ -155,7 +161,7 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
       break;
     case kDate:
       if (const auto pattern = archive.find(Archive::date_time_format))
-        shown_ = DateFormat(plainText(*pattern));
+        shown_ = DateFormat(shortText(*pattern));
       break;
     case kFraction:
       shown_ = FractionFormat(archive);
@@ -174,7 +180,7 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
       break;
     case kCustomCurrency:
       typeOfNumber_ = CellType::kCurrency;
-      currency_ = plainText(archive.get(Archive::currency_code));
+      currency_ = shortText(archive.get(Archive::currency_code));
       [[fallthrough]];
     case kCustomNumber:
     case kCustomText:

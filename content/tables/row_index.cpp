@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <utility>
 
 #include "newer.h"
@@ -72,12 +73,14 @@ std::optional<StoredCell> StoredRow::next() {
 RowIndex::RowIndex(Reading& reading, const Message<TST::DataStore>& store) {
   const auto starts = tileStarts(store);
   const auto storage = store.get(TST::DataStore::tiles);
+  std::set<std::uint64_t> read;  // a tile that is referred to again has no other rows
   for (const auto& tile : storage.all(TST::TileStorage::tiles)) {
+    const auto reference = tile.get(TST::TileStorage_Tile::tile);
+    if (!read.insert(reference.get(TSP::Reference::identifier)).second) continue;
     const auto id = tile.get(TST::TileStorage_Tile::tileid);
     const auto start = std::ranges::lower_bound(starts, id, {}, [](auto& s) { return s.first; });
     const bool known = start != starts.end() && start->first == id;
-    addTile(known ? start->second : id * kRowsOfTile,
-            reading.get<TST::Tile>(tile.get(TST::TileStorage_Tile::tile)));
+    addTile(known ? start->second : id * kRowsOfTile, reading.get<TST::Tile>(reference));
   }
   std::ranges::stable_sort(rows_, {}, &Entry::row);
   const auto doubles = std::ranges::unique(rows_, {}, &Entry::row);

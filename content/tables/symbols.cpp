@@ -36,17 +36,21 @@ void assign(std::array<std::string, Count>& names, const icu::UnicodeString* fro
     names[static_cast<std::size_t>(i)] = utf8(from[i + first]);
 }
 
+// Longer names and signs are damage.
+bool isTooLong(std::string_view text) { return text.size() > 100; }
+
 // Takes the names of a document if it has all of them.
 template <std::size_t Count, typename Strings>
 void assign(std::array<std::string, Count>& names, const Strings& from) {
-  if (from.count() != Count) return;
+  if (from.count() != Count || std::ranges::any_of(from, isTooLong)) return;
   std::size_t i = 0;
   for (const std::string_view name : from) names[i++] = plainText(name);
 }
 
 template <typename F>
 void assign(std::string& text, const Message<Archive>& archive, F field) {
-  if (const auto stored = archive.find(field)) text = plainText(*stored);
+  const auto stored = archive.find(field);
+  if (stored && !isTooLong(*stored)) text = plainText(*stored);
 }
 
 std::string patternOf(icu::DateFormat* created) {
@@ -154,10 +158,12 @@ void Symbols::readDocument(const Message<Archive>& archive) {
   assign(percent, archive, Archive::percent_sign);
   assign(currencyPattern_, archive, Archive::currency_pattern);
   if (const auto pattern = archive.find(Archive::number_pattern)) readGroups(*pattern);
-  for (const auto& symbol : archive.all(Archive::currency_symbols))
-    currencies_.emplace_back(
-        plainText(symbol.get(newer::TSK_FormattingSymbolsArchive_CurrencySymbol::code)),
-        plainText(symbol.get(newer::TSK_FormattingSymbolsArchive_CurrencySymbol::symbol)));
+  using Currency = newer::TSK_FormattingSymbolsArchive_CurrencySymbol;
+  for (const auto& currency : archive.all(Archive::currency_symbols)) {
+    const std::string_view symbol = currency.get(Currency::symbol);
+    if (!isTooLong(symbol))
+      currencies_.emplace_back(currency.get(Currency::code), plainText(symbol));
+  }
 }
 
 // #,##,##0.### groups the last three digits, and those before by two.
@@ -175,6 +181,8 @@ void Symbols::readGroups(std::string_view pattern) {
 }
 
 std::string Symbols::currencySymbol(std::string_view code) const {
+  constexpr std::size_t kLongestCode = 40;
+  code = code.substr(0, kLongestCode);
   const auto known =
       std::ranges::find(currencies_, code, &std::pair<std::string, std::string>::first);
   if (known != currencies_.end()) return known->second;

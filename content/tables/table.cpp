@@ -7,6 +7,7 @@
 #include "newer.h"
 #include "tables/hidden_lines.h"
 #include "tables/merges.h"
+#include "tables/shown_lines.h"
 #include "tables/table_rows.h"
 #include "tables/uid_map.h"
 
@@ -20,10 +21,16 @@ using Info = TST::TableInfoArchive;
 constexpr std::size_t kMostRows = 65'535;
 constexpr std::size_t kMostColumns = 256;
 
+// What no table exceeds, whatever bears it out.
+constexpr std::size_t kLargest = 10'000'000;
+constexpr std::size_t kLargestWidth = 10'000;
+
 // The number of rows or columns. One that nothing else bears out is damage: a table
 // would come out as large as that.
-std::uint32_t boundedCount(std::uint32_t count, std::size_t known, std::size_t most) {
-  return static_cast<std::uint32_t>(std::min<std::size_t>(count, std::max(known, most)));
+std::uint32_t boundedCount(std::uint32_t count, std::size_t known, std::size_t most,
+                           std::size_t largest) {
+  return static_cast<std::uint32_t>(
+      std::min<std::size_t>(count, std::min(std::max(known, most), largest)));
 }
 
 }  // namespace
@@ -35,9 +42,10 @@ Table readTable(Reading& reading, const Message<Info>& info) {
   Table table;
   table.name = plainText(model.get(Model::table_name));
   table.nameShown = model.get(Model::table_name_enabled);
-  table.rows = boundedCount(model.get(Model::number_of_rows), uids.rows.size(), kMostRows);
-  table.columns =
-      boundedCount(model.get(Model::number_of_columns), uids.columns.size(), kMostColumns);
+  table.rows =
+      boundedCount(model.get(Model::number_of_rows), uids.rows.size(), kMostRows, kLargest);
+  table.columns = boundedCount(model.get(Model::number_of_columns), uids.columns.size(),
+                               kMostColumns, kLargestWidth);
   if (table.rows != model.get(Model::number_of_rows) ||
       table.columns != model.get(Model::number_of_columns))
     reading.addProblem("Table \"" + table.name + "\" has more rows or columns than can be");
@@ -57,6 +65,7 @@ Table readTable(Reading& reading, const Message<Info>& info) {
   table.cells =
       std::make_shared<StoredRows>(reading, model.get(Model::base_data_store), table,
                                    info.get(Info::tableModel).get(TSP::Reference::identifier));
+  readShownLines(reading, info, model, uids, table);
   return table;
 }
 

@@ -39,6 +39,8 @@ Uid::Uid(const Message<TSP::CFUUIDArchive>& uid) {
 }
 
 UidLine::UidLine(std::vector<Uid> uids, std::vector<std::uint32_t> uidOfPlace) {
+  // Each identifier has one place.
+  uidOfPlace.resize(std::min(uidOfPlace.size(), uids.size()));
   for (const std::uint32_t number : uidOfPlace)
     uids_.push_back(number < uids.size() ? uids[number] : Uid());
   sorted_.resize(uids_.size());

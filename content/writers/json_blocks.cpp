@@ -406,12 +406,12 @@ void JsonBlocks::shownLines(std::string_view key, const std::vector<ShownLine>& 
       continue;
     }
     json_.beginObject();
-    if (line.summary.empty()) {
+    // The line of a group may have sums as well.
+    if (line.summary.empty() || line.level > 0) {
       fields_.alwaysText("group", line.group);
       fields_.count("level", line.level);
-    } else {
-      fields_.alwaysTexts("summary", line.summary);
     }
+    if (!line.summary.empty()) fields_.alwaysTexts("summary", line.summary);
     json_.endObject();
   }
   json_.endArray();
