@@ -1,7 +1,10 @@
 // dorvex batch.
 #pragma once
 
+#include <optional>
 #include <string>
+
+#include "dorvex/rendering.h"
 
 #include "host_options.h"
 #include "output_options.h"
@@ -14,6 +17,7 @@ struct BatchOptions {
   bool ordered = false;
   bool quiet = false;
   bool tidy = false;
+  std::optional<RenderFormat> content = std::nullopt;  // instead of texts
   std::string shard = "0/1";
   std::string resume;
   std::string retry;  // statuses, with commas between

@@ -390,7 +390,15 @@ void addRecordOptions(CLI::App& command, BatchOptions& options) {
       ->type_name("STATUS,...")
       ->needs(resume);
   command.add_flag("--ordered", options.ordered, "Give the records in the order of the documents");
-  command.add_flag("--tidy", options.tidy, kTidyHelp);
+  auto* tidy = command.add_flag("--tidy", options.tidy, kTidyHelp);
+  static const Words<std::optional<RenderFormat>> kContents = {
+      {"markdown", RenderFormat::kMarkdown},
+      {"json", RenderFormat::kJson},
+      {"text", RenderFormat::kText}};
+  addChoice<std::optional<RenderFormat>>(
+      command, "--content", options.content, kContents,
+      "Give each record what dorvex convert makes of the document, instead of its texts")
+      ->excludes(tidy);
   command.add_flag("-q,--quiet", options.quiet, "Show no progress and no summary");
   addOutputOptions(command, options.output, "Write the records to this file");
 }

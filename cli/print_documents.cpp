@@ -160,8 +160,14 @@ Record readRecord(const Host& host, const ListedPath& listed, bool tidy) {
   }
   const auto start = Clock::now();
   Document document = host.open(inputOf(listed));
-  record.result =
-      readTexts(document, tidy, [&](std::string text) { record.texts.push_back(std::move(text)); });
+  if (host.options().rendering) {
+    record.content.emplace();
+    while (const auto piece = document.nextPiece()) *record.content += piece->bytes;
+    record.result = checked(document.result());
+  } else {
+    record.result = readTexts(document, tidy,
+                              [&](std::string text) { record.texts.push_back(std::move(text)); });
+  }
   record.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
   record.bytesIn = record.result.inputBytes;
   return record;

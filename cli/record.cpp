@@ -140,8 +140,9 @@ std::string toLine(const Record& record) {
   if (result.moduleResult) line["result"] = *result.moduleResult;
   line["kind"] = nameIn(kKinds, result.kind);
   addTexts(line, record.texts);
+  if (record.content) line["content"] = replaced(*record.content).value_or(*record.content);
   line["bytes_in"] = record.bytesIn;
-  line["bytes_out"] = bytesOf(record.texts);
+  line["bytes_out"] = record.content ? record.content->size() : bytesOf(record.texts);
   line["milliseconds"] = toMicroseconds(record.milliseconds);
   addSkipped(line, result.skipped);
   return printableJson(line.dump()) + "\n";

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,7 @@ constexpr int kRecordVersion = 1;
 struct Record {
   std::string path;  // as it was given
   std::vector<std::string> texts;
+  std::optional<std::string> content = {};  // what was rendered instead of texts
   Result result;
   std::uint64_t bytesIn = 0;
   double milliseconds = 0;

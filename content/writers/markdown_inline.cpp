@@ -163,6 +163,9 @@ class Inline {
 
   std::string write() {
     for (std::size_t i = 0; i < runs_.size(); ++i) put(i);
+    // A line break at the end breaks nothing, and its mark would be shown.
+    while (!out_.empty() && (isSpace(out_.back()) || out_.ends_with("\\\n")))
+      out_.resize(out_.size() - (out_.ends_with("\\\n") ? 2 : 1));
     return std::move(out_);
   }
 
@@ -263,7 +266,7 @@ std::string markdownTarget(std::string_view url) {
     if (isIn(byte, "<>\\|`\"{}") || value <= 0x20) {
       target += {'%', kHex[value >> 4U], kHex[value & 0xFU]};
     } else {
-      if (byte == '&' || byte == '*' || byte == '_' || byte == '~' || byte == '$') target += '\\';
+      if (byte == '&') target += '\\';
       target += byte;
     }
   }
