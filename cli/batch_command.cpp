@@ -192,8 +192,7 @@ bool isSkipped(const BatchOptions& options) {
 int runBatch(const HostArguments& host, const BatchOptions& options) {
   if (isSkipped(options)) return kAllRead;
   HostOptions settings = hostOptions(host);
-  if (options.content)
-    settings.rendering = Rendering{.format = *options.content, .oneLine = true};
+  if (options.content) settings.rendering = Rendering{.format = *options.content, .oneLine = true};
   const Host reader(std::move(settings));
   return BatchRun(reader, options).run();
 }
