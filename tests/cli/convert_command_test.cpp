@@ -36,7 +36,7 @@ TEST_F(ConvertCommand, RendersJson) {
 }
 
 TEST_F(ConvertCommand, RendersEveryFormatOfASample) {
-  const std::string sample = DORVEX_SOURCE_DIR "/samples/keynote-sample.key";
+  const std::string sample = DORVEX_SOURCE_DIR "/samples/tea-shop.key";
   for (const char* format : {"json", "markdown", "html", "text"}) {
     const Finished run = runTool({"convert", "--to", format, sample});
     EXPECT_EQ(run.status, 0) << format << ": " << run.errors;
