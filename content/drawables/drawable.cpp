@@ -138,7 +138,7 @@ const DrawableType* typeOf(const Reading& reading, const Object& object) {
   if (reading.application() == Application::kKeynote &&
       Types<KN::PlaceholderArchive>::hold(object.type))
     return &kPlaceholder;
-  const auto type = std::ranges::find(kTypes, object.type, &DrawableType::type);
+  const auto* const type = std::ranges::find(kTypes, object.type, &DrawableType::type);
   return type == kTypes.end() ? nullptr : type;
 }
 

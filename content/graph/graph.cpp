@@ -9,6 +9,7 @@
 #include "TSPMessages.h"
 #include "Tools/formats/vniwork13/snappy_utils.h"
 #include "graph/message.h"
+#include "graph/sorted.h"
 #include "graph/types.h"
 
 namespace dorvex::content {
@@ -69,9 +70,7 @@ Graph::Graph(Package& package, LeftOut& leftOut) {
     }
   }
   // The first object stored under an identifier is the one.
-  std::ranges::stable_sort(objects_, {}, &Object::identifier);
-  const auto later = std::ranges::unique(objects_, {}, &Object::identifier);
-  objects_.erase(later.begin(), later.end());
+  sortAndKeepFirst(objects_, &Object::identifier);
 }
 
 void Graph::addStream(std::string_view name, std::string_view member, LeftOut& leftOut) {

@@ -41,7 +41,7 @@ std::string plainText(std::string_view bytes) {
 void appendPlainText(std::string_view bytes, std::string& text) {
   text.reserve(text.size() + bytes.size());
   while (true) {
-    const auto special = std::ranges::find_if_not(bytes, isPrintableAscii);
+    const auto* const special = std::ranges::find_if_not(bytes, isPrintableAscii);
     text.append(bytes.begin(), special);
     bytes.remove_prefix(static_cast<std::size_t>(special - bytes.begin()));
     if (bytes.empty()) return;

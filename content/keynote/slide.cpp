@@ -39,8 +39,8 @@ bool isPlaceholder(const Block& block, PlaceholderKind kind) {
 
 // The title and the body are read first wherever they are drawn.
 void moveToFront(std::vector<Block>& blocks, PlaceholderKind kind) {
-  std::ranges::stable_partition(blocks,
-                                [&](const Block& block) { return isPlaceholder(block, kind); });
+  std::stable_partition(blocks.begin(), blocks.end(),
+                        [&](const Block& block) { return isPlaceholder(block, kind); });
 }
 
 std::optional<std::string> titleOf(const std::vector<Block>& blocks) {

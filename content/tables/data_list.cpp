@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "graph/sorted.h"
 #include "newer.h"
 
 namespace dorvex::content {
@@ -28,9 +29,7 @@ void DataList::add(const Entries& entries) {
 
 // Keys count up from 1 with few gaps, unless a document is damaged.
 void DataList::indexKeys() {
-  std::ranges::stable_sort(entries_, {}, &Keyed::key);
-  const auto doubles = std::ranges::unique(entries_, {}, &Keyed::key);
-  entries_.erase(doubles.begin(), doubles.end());
+  sortAndKeepFirst(entries_, &Keyed::key);
   if (entries_.empty() || entries_.back().key > 4 * entries_.size() + 64) return;
   indexOfKey_.resize(entries_.back().key + std::size_t{1});
   for (std::size_t i = 0; i < entries_.size(); ++i)

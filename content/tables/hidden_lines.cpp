@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "graph/sorted.h"
 #include "newer.h"
 
 namespace dorvex::content {
@@ -23,9 +24,7 @@ std::vector<std::uint32_t> hiddenOf(const Message<TST::HiddenStateExtentArchive>
     if (const auto place = line.placeOf(Uid(state.get(State::row_or_column_uid))))
       hidden.push_back(*place);
   }
-  std::ranges::sort(hidden);
-  const auto doubles = std::ranges::unique(hidden);
-  hidden.erase(doubles.begin(), doubles.end());
+  sortAndKeepFirst(hidden);
   return hidden;
 }
 

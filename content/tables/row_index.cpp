@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "graph/sorted.h"
 #include "newer.h"
 #include "tables/cell_fields.h"
 
@@ -82,9 +83,7 @@ RowIndex::RowIndex(Reading& reading, const Message<TST::DataStore>& store) {
     const bool known = start != starts.end() && start->first == id;
     addTile(known ? start->second : id * kRowsOfTile, reading.get<TST::Tile>(reference));
   }
-  std::ranges::stable_sort(rows_, {}, &Entry::row);
-  const auto doubles = std::ranges::unique(rows_, {}, &Entry::row);
-  rows_.erase(doubles.begin(), doubles.end());
+  sortAndKeepFirst(rows_, &Entry::row);
 }
 
 void RowIndex::addTile(std::uint64_t firstRow, const Message<TST::Tile>& tile) {

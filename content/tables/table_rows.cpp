@@ -71,10 +71,12 @@ void StoredRows::readStored(std::uint32_t row, const CellParts& parts, std::vect
 }
 
 void StoredRows::applyMerges(std::uint32_t row, std::vector<Cell>& cells) const {
-  for (const Covered& covered : std::ranges::equal_range(covered_, row, {}, &Covered::row))
-    std::for_each_n(cells.begin() + covered.column, covered.columns, clear);
-  for (const Merge& merge : std::ranges::equal_range(merges_, row, {}, &Merge::row)) {
-    Cell& cell = cells[merge.column];
+  for (auto covered = std::ranges::lower_bound(covered_, row, {}, &Covered::row);
+       covered != covered_.end() && covered->row == row; ++covered)
+    std::for_each_n(cells.begin() + covered->column, covered->columns, clear);
+  for (auto merge = std::ranges::lower_bound(merges_, row, {}, &Merge::row);
+       merge != merges_.end() && merge->row == row; ++merge) {
+    Cell& cell = cells[merge->column];
     if (cell.type == CellType::kNone) cell.type = CellType::kEmpty;
   }
 }
