@@ -205,6 +205,65 @@ void addTileCases(Seeds& seeds) {
   seeds.add("tile", word(0) + number);
 }
 
+// A row with a text, a number and a formula, and the lists that they refer to, in both
+// generations; see table_cells_fuzzer.cpp.
+void addTableCells(Seeds& seeds) {
+  using testing::encodeLittleEndian;
+  const auto key = encodeLittleEndian(7, 4);
+  const auto current = [&](char type, std::uint32_t mask, const std::string& fields) {
+    return std::string{5, type} + std::string(6, '\0') + encodeLittleEndian(mask, 4) + fields;
+  };
+  const std::string text = current(3, 0x8, key);
+  const std::string number =
+      current(2, 0x3201,
+              encodeLittleEndian(12345, 8) + encodeLittleEndian(0x303C000000000000, 8) + key +
+                  encodeLittleEndian(1, 4) + key);
+  const std::string older =
+      std::string("\4\3\0\0", 4) + encodeLittleEndian(0x10, 4) + std::string(4, '\0') + key;
+  TSCE::FormulaArchive formula;
+  auto& nodes = *formula.mutable_ast_node_array();
+  nodes.add_ast_node()->set_ast_node_type(TSCE::ASTNodeArrayArchive::NUMBER_NODE);
+  nodes.mutable_ast_node(0)->set_ast_number_node_number(2);
+  auto* sum = nodes.add_ast_node();
+  sum->set_ast_node_type(TSCE::ASTNodeArrayArchive::FUNCTION_NODE);
+  sum->set_ast_function_node_index(168);
+  sum->set_ast_function_node_numargs(1);
+  TST::TableDataList list;
+  auto* entry = list.add_entries();
+  entry->set_key(7);
+  entry->set_string("text");
+  *entry->mutable_formula() = formula;
+  entry->mutable_format()->set_format_type(256);
+  entry->mutable_format()->set_decimal_places(2);
+  for (const bool isOlder : {false, true}) {
+    TST::TileRowInfo row;
+    if (isOlder) {
+      row.set_cell_storage_buffer_pre_bnc(older);
+      row.set_cell_offsets_pre_bnc(word(0));
+    } else {
+      row.set_cell_storage_buffer(text + number);
+      row.set_cell_offsets(word(0) + word(text.size()));
+    }
+    const std::string bytes = row.SerializePartialAsString();
+    seeds.add("table_cells", word(bytes.size()) + bytes + list.SerializePartialAsString());
+  }
+  const std::string half = encodeLittleEndian(0x3FE0000000000000, 8);
+  for (const std::uint32_t type : {256, 257, 258, 259, 261, 262, 267, 268, 269}) {
+    TSK::FormatStructArchive format;
+    format.set_format_type(type);
+    format.set_decimal_places(253);
+    format.set_date_time_format("EEEE, d MMMM y 'at' h:mm a");
+    format.set_base(16);
+    const std::string bytes = format.SerializePartialAsString();
+    seeds.add("table_formats",
+              half + word(bytes.size()) + bytes + formula.SerializePartialAsString());
+  }
+  TSK::CustomFormatArchive custom;
+  custom.mutable_default_format()->set_custom_format_string("'a'#,##0.00##%");
+  const std::string bytes = custom.SerializePartialAsString();
+  seeds.add("table_formats", half + word(bytes.size()) + bytes);
+}
+
 void addStringCases(Seeds& seeds) {
   const std::string codePoint = testing::encodeLittleEndian(0x1F600, 4);
   for (const std::string text :
@@ -286,6 +345,7 @@ void makeSeeds(const fs::path& folder, const std::vector<fs::path>& descriptions
   addChunkCases(seeds);
   addStreamCases(seeds);
   addTileCases(seeds);
+  addTableCells(seeds);
   addStringCases(seeds);
   addZipCases(seeds);
   addDirectoryCases(seeds);

@@ -41,7 +41,7 @@ Decimal::Decimal(double value) {
   std::array<char, 32> text{};
   const auto end =
       std::to_chars(text.begin(), text.end(), std::abs(value), std::chars_format::scientific).ptr;
-  const auto mark = std::find(text.begin(), text.end(), 'e');
+  auto* const mark = std::find(text.begin(), text.end(), 'e');
   std::string digits(text.begin(), mark);
   std::erase(digits, '.');
   int exponent = 0;

@@ -293,7 +293,7 @@ bool Decoder::let(const Message<Node>& node, unsigned depth) {
 
 bool Decoder::step(const Message<Node>& node, unsigned depth) {
   const auto type = node.get(Node::AST_node_type);
-  const auto op = std::ranges::find(kOperators, type, &Operator::type);
+  const auto* op = std::ranges::find(kOperators, type, &Operator::type);
   if (op != std::end(kOperators)) return binary(*op);
   switch (type) {
     case Type::NEGATION_NODE:
