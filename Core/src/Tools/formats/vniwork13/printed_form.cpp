@@ -90,7 +90,7 @@ class Digits {
   }
 
  private:
-  std::array<char, 32> text_;
+  std::array<char, 32> text_{};
   char* end_;
 };
 

@@ -114,10 +114,15 @@ class NamePool {
     return entry->second;
   }
 
+  // By numbers: a string literal may not be as long in every compiler.
   void write(std::ostream& out) const {
-    out << "constexpr char kNames[] =";
-    for (const std::string& name : names_) out << "\n    \"" << name << "\\0\"";
-    out << ";\n\n";
+    out << "constexpr char kNames[] = {\n";
+    for (const std::string& name : names_) {
+      out << "    ";
+      for (const char letter : name) out << static_cast<int>(letter) << ", ";
+      out << "0,  // " << name << "\n";
+    }
+    out << "};\n\n";
   }
 
  private:
