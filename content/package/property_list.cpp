@@ -150,7 +150,7 @@ std::optional<std::uint32_t> numbered(std::string_view reference) {
 }
 
 bool appendReference(std::string& text, std::string_view reference) {
-  const auto entity = std::ranges::find(kEntities, reference, &Entity::name);
+  const auto* const entity = std::ranges::find(kEntities, reference, &Entity::name);
   if (entity != kEntities.end()) {
     text += entity->character;
     return true;
