@@ -97,7 +97,7 @@ class Escaper {
       case '_':
         return !(isLetterOrDigit(before()) && isLetterOrDigit(after()));
       case '&':
-        return after() == '#' || isLetterOrDigit(after());
+        return isEntity();
       case '!':
         return after() == '\0';
       case '-':
@@ -111,11 +111,20 @@ class Escaper {
     }
   }
 
+  bool isEntity() const {
+    std::size_t end = at_ + 1;
+    while (end < text_.size() && (isLetterOrDigit(text_[end]) || text_[end] == '#')) ++end;
+    return end > at_ + 1 && (end == text_.size() || text_[end] == ';');
+  }
+
   // ":smile:" is a picture on GitHub.
   bool isEmoji() const {
+    // A time of day has colons about digits.
+    bool name = false;
     std::size_t end = at_ + 1;
-    while (end < text_.size() && (isLetterOrDigit(text_[end]) || isIn(text_[end], "_+-"))) ++end;
-    return end > at_ + 1 && end < text_.size() && text_[end] == ':';
+    for (; end < text_.size() && (isLetterOrDigit(text_[end]) || isIn(text_[end], "_+-")); ++end)
+      name = name || std::isdigit(static_cast<unsigned char>(text_[end])) == 0;
+    return name && end < text_.size() && text_[end] == ':';
   }
 
   char before() const { return at_ > 0 ? text_[at_ - 1] : '\0'; }
