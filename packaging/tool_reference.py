@@ -102,16 +102,22 @@ def sections(lines: list[str]) -> list[tuple[str, list[str]]]:
     return parts
 
 
+_FIRST_COLUMN = 30
+
+
 def items(lines: list[str]) -> list[tuple[str, str]]:
-    """The two columns of a part; a long first column stands on its own line."""
+    """The two columns of a part; a long first column stands on its own line. One
+    that just fits has a single blank behind it."""
     found: list[tuple[str, str]] = []
-    for line in lines:
+    for line, after in zip(lines, [*lines[1:], ""]):
         if not line.strip():
             continue
         if line.startswith("   ") and found:
             found[-1] = (found[-1][0], found[-1][1] + " " + line.strip())
             continue
         head, _, text = line.strip().partition("  ")
+        if not text and not after.startswith("   "):
+            head, text = line[:_FIRST_COLUMN].strip(), line[_FIRST_COLUMN:]
         found.append((head, text))
     return found
 
