@@ -71,6 +71,7 @@ class Lister {
 
   void visit(const PackageMember& member, ByteStore* contents) {
     ListedMember& listed = listing_.members.emplace_back(ListedMember{member});
+    evidence_.noteName(member.name);
     if (contents != nullptr) visitStream(listed.member, *contents, listed.chunks);
     if (!listed.member.fault.empty()) listing_.faults.push_back(listed.member.fault);
   }
@@ -84,7 +85,8 @@ class Lister {
     chunks = countChunks(contents);
     ObjectStream stream;
     auto fault = findChunkFault(contents, &stream);
-    evidence_.noteObjects(member.name, stream.bytes);
+    // As for the host, which sees only what the reader opens.
+    if (member.selected) evidence_.noteObjects(member.name, stream.bytes);
     if (!fault && stream.bytes.size() < stream.size) fault = "it holds more than the reader reads";
     const bool read = member.selected && !fault;
     const auto objectFault = objects_.list(stream.bytes, listing_.members.size() - 1, read);
@@ -120,7 +122,8 @@ Listing listDocument(const std::string& path, const std::filesystem::path& modul
       isOpen);
   listing.directory = outcome.directory;
   listing.objects = lister.takeObjects();
-  listing.kind = guessKind(listing, lister.evidence());
+  listing.kind = lister.evidence().kind();
+  listing.classes = guessKind(listing, lister.evidence());
   if (outcome.result.status != Status::kOk) listing.faults.push_back(outcome.result.message);
   return listing;
 }

@@ -37,7 +37,8 @@ struct ListedMember {
 struct Listing {
   std::string path;
   bool directory = false;
-  Kind kind = Kind::kUnknown;
+  Kind kind = Kind::kUnknown;     // as far as the package tells, as for the host
+  Kind classes = Kind::kUnknown;  // whose classes the types are taken for
   std::vector<ListedMember> members;
   std::vector<ListedObject> objects;
   // Sentences about what the listing lacks; none for a sound package.
@@ -45,7 +46,7 @@ struct Listing {
 };
 
 // Goes through a document. wanted: the object whose payloads are kept. The
-// application is what the package tells, or else the end of the path. Throws what
+// classes are those of what the package tells, or else of the end of the path. Throws what
 // isOpen throws.
 Listing listDocument(
     const std::string& path, const std::filesystem::path& moduleFolder,

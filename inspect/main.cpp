@@ -95,7 +95,7 @@ int inspect(const Arguments& arguments) {
   const auto moduleFolder = std::filesystem::absolute(arguments.module).parent_path();
   Listing listing = listDocument(options.path, moduleFolder, options.object,
                                  [&](int directory) { confine(arguments, directory); });
-  if (options.application != "auto") listing.kind = kindNamed(options.application);
+  if (options.application != "auto") listing.classes = kindNamed(options.application);
   Output output;
   const auto printed = print(listing, options);
   output.write(printed.value_or(""));

@@ -110,7 +110,7 @@ std::string typeLabel(const std::optional<std::string>& name, const ListedMessag
 
 // Only the first message of an object shows its identifier and its member.
 std::string objectTable(const Listing& listing) {
-  TypeNames names(listing.kind);
+  TypeNames names(listing.classes);
   Table table({"OBJECT", "TYPE", "SIZE", "TEXTS", "NAME", "MEMBER"},
               {true, true, true, true, false, false});
   for (const ListedObject& object : listing.objects) {
@@ -207,7 +207,7 @@ std::string printListingAsJson(const Listing& listing) {
                {"texts", countTexts(listing)},
                {"members", Json::array()},
                {"objects", Json::array()}};
-  TypeNames names(listing.kind);
+  TypeNames names(listing.classes);
   for (const ListedMember& member : listing.members) json["members"].push_back(memberJson(member));
   for (const ListedObject& object : listing.objects)
     json["objects"].push_back(objectJson(listing, object, names));
@@ -216,12 +216,12 @@ std::string printListingAsJson(const Listing& listing) {
 
 std::optional<std::string> printObject(const Listing& listing, std::uint64_t identifier) {
   std::string text;
-  TypeNames names(listing.kind);
+  TypeNames names(listing.classes);
   const auto print = [&](const ListedObject& object, const ListedMessage& message) {
     text += "# object " + std::to_string(identifier) + " of " +
             printable(listing.members[object.member].member.name) + ": type " +
             std::to_string(message.type) + " " + typeLabel(names[message.type], message) + ", " +
-            plural(message.size, "byte") + "\n" + printPayload(listing.kind, message);
+            plural(message.size, "byte") + "\n" + printPayload(listing.classes, message);
   };
   if (!forEachMessage(listing, identifier, print)) return std::nullopt;
   return text;
@@ -229,11 +229,11 @@ std::optional<std::string> printObject(const Listing& listing, std::uint64_t ide
 
 std::optional<std::string> printObjectAsJson(const Listing& listing, std::uint64_t identifier) {
   Json messages = Json::array();
-  TypeNames names(listing.kind);
+  TypeNames names(listing.classes);
   const auto print = [&](const ListedObject& object, const ListedMessage& message) {
     Json json = messageJson(message, names);
     json["member"] = listing.members[object.member].member.name;
-    json["printed"] = printPayload(listing.kind, message);
+    json["printed"] = printPayload(listing.classes, message);
     messages.push_back(std::move(json));
   };
   if (!forEachMessage(listing, identifier, print)) return std::nullopt;

@@ -1,15 +1,20 @@
 #include "io_source.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "io_reader.h"
 
 namespace dorvex::unzip {
 namespace {
 
+constexpr unsigned char kUtf8Mark = 1U << 3;  // in the high byte of the flags
+
 struct IoSource {
   IoReader reader;
+  std::vector<std::uint64_t> flags;
   std::uint64_t position = 0;
   zip_error_t error{};
 };
@@ -19,9 +24,19 @@ zip_int64_t fail(IoSource& source, int code) {
   return -1;
 }
 
+void hideMarks(const IoSource& source, unsigned char* bytes, std::uint64_t count) {
+  const std::uint64_t start = source.position;
+  // The mark is in the second byte of the two.
+  auto at = std::ranges::lower_bound(source.flags, start == 0 ? 0 : start - 1);
+  for (; at != source.flags.end() && *at + 1 < start + count; ++at) {
+    if (*at + 1 >= start) bytes[*at + 1 - start] &= static_cast<unsigned char>(~kUtf8Mark);
+  }
+}
+
 zip_int64_t read(IoSource& source, void* data, zip_uint64_t wanted) {
   const std::int64_t got = source.reader.readSome(source.position, data, wanted);
   if (got < 0) return fail(source, ZIP_ER_READ);
+  hideMarks(source, static_cast<unsigned char*>(data), static_cast<std::uint64_t>(got));
   source.position += static_cast<std::uint64_t>(got);
   return got;
 }
@@ -85,10 +100,10 @@ zip_int64_t callback(void* state, void* data, zip_uint64_t length, zip_source_cm
 
 }  // namespace
 
-zip_source_t* makeIoSource(_VPTPIOobj* io) {
+zip_source_t* makeIoSource(_VPTPIOobj* io, std::vector<std::uint64_t> flags) {
   const auto reader = IoReader::over(io);
   if (!reader) return nullptr;
-  std::unique_ptr<IoSource> source(new (std::nothrow) IoSource{*reader});
+  std::unique_ptr<IoSource> source(new (std::nothrow) IoSource{*reader, std::move(flags)});
   if (!source) return nullptr;
   zip_error_init(&source->error);
   zip_source_t* result = zip_source_function_create(callback, source.get(), nullptr);

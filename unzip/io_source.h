@@ -3,6 +3,9 @@
 
 #include <zip.h>
 
+#include <cstdint>
+#include <vector>
+
 #include "Readers/hostapi/host_records.h"
 
 namespace dorvex::unzip {
@@ -11,6 +14,11 @@ namespace dorvex::unzip {
 // caller's; it is read in place, nothing is copied aside. Null when io lacks
 // Read, Seek or Tell, when it is empty, or when memory is out. The source is
 // owned by the caller until an archive takes it over.
-zip_source_t* makeIoSource(_VPTPIOobj* io);
+//
+// flags: where the flags of members lie, in ascending order. There the mark that the
+// name is UTF-8 reads as if it were not set: libzip refuses a whole zip for one name
+// that is marked so and is not, be it the name of a picture. Names are given as
+// bytes anyway.
+zip_source_t* makeIoSource(_VPTPIOobj* io, std::vector<std::uint64_t> flags = {});
 
 }  // namespace dorvex::unzip

@@ -2,15 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
 #include <new>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "io_source.h"
 
 namespace dorvex::unzip {
 namespace {
 
+constexpr std::uint16_t kUtf8Flag = 1U << 11;
 constexpr std::size_t kCopySize = 65536;
 constexpr zip_uint64_t kLargestSize = std::numeric_limits<std::uint32_t>::max();
 
@@ -69,6 +72,20 @@ bool isTheSame(const ZipEntry& entry, const zip_stat_t& stat) {
          stat.crc == entry.crc && stat.comp_method == entry.method;
 }
 
+// What cannot be shown whole is shown cut, but marked, so that it passes for no
+// other member. False where a reader might want the member for the end of its name.
+bool copyName(std::string_view name, char (&shown)[sizeof(ContainerEntryInfo::name)]) {
+  constexpr std::string_view kCut = "...";
+  std::size_t length = name.size();
+  const bool isCut = length >= sizeof shown;
+  if (isCut && (name.ends_with(".iwa") || name.ends_with("Index.zip"))) return false;
+  if (isCut) length = sizeof shown - 1 - kCut.size();
+  char* end = std::copy_n(name.data(), length, shown);
+  if (isCut) end = std::ranges::copy(kCut, end).out;
+  *end = '\0';
+  return true;
+}
+
 bool expandsBeyond(const ZipEntry& entry, std::uint32_t expansion) {
   const std::uint64_t least = entry.size / expansion + (entry.size % expansion != 0 ? 1 : 0);
   return entry.compressedSize < least;
@@ -90,7 +107,11 @@ bool ZipContainer::openArchive(_VPTPIOobj* io) {
   const ZipLayout::Outcome outcome = layout_.read(limits_.members);
   if (outcome == ZipLayout::Outcome::kTooManyMembers) limits_.passed = UNZIP_LIMIT_MEMBERS;
   if (outcome != ZipLayout::Outcome::kRead) return false;
-  zip_source_t* source = makeIoSource(io);
+  std::vector<std::uint64_t> flags;
+  for (const ZipEntry& entry : layout_.entries()) {
+    if ((entry.flags & kUtf8Flag) != 0) flags.push_back(entry.flagsOffset);
+  }
+  zip_source_t* source = makeIoSource(io, std::move(flags));
   if (source == nullptr) return false;
   archive_.reset(zip_open_from_source(source, ZIP_RDONLY, nullptr));
   if (!archive_) zip_source_free(source);
@@ -114,9 +135,7 @@ VNContainerStatus ZipContainer::entryInfo(std::int32_t index, ContainerEntryInfo
   if (name == nullptr || zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
     return statusOf(zip_get_error(archive_.get()));
   }
-  const std::size_t length = std::strlen(name);
-  if (length >= sizeof(entry.name)) return VN_CONTAINER_DAMAGED;
-  std::memcpy(entry.name, name, length + 1);
+  if (!copyName(name, entry.name)) return VN_CONTAINER_DAMAGED;
   entry.size = static_cast<std::uint32_t>(std::min<zip_uint64_t>(stat.size, kLargestSize));
   return VN_CONTAINER_OK;
 }

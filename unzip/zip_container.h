@@ -19,9 +19,10 @@ namespace dorvex::unzip {
 //    nobody takes them for paths of a file system.
 //  - A NUL within a name is shown as a blank (libzip's doing), so that it cannot
 //    cut the name short.
-//  - A name of 1048 bytes and more, which the record cannot hold, makes
-//    entryInfo fail as damaged: cut short it could pass for another member, or
-//    hide one that counts.
+//  - A name of 1048 bytes and more, which the record cannot hold, is cut to 1044
+//    bytes and "...". One that ends in ".iwa" or "Index.zip" makes entryInfo fail as
+//    damaged instead: cut short it would hide a member that may count.
+//  - A name that is marked as UTF-8 and is not is like any other.
 //  - Of members with the same name each is listed and extracted.
 //  - A member of 4 GiB or more has the size 0xFFFFFFFF in its record, so that a
 //    container can be listed past it; extracting it is a general failure.

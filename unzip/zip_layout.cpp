@@ -164,6 +164,7 @@ bool ZipLayout::readEntries(const Directory& directory) {
   if (directory.count > directory.size / kCentralSize) return false;
   entries_.reserve(static_cast<std::size_t>(directory.count));
   Window window(reader_, directory.offset, directory.size);
+  std::uint64_t offset = directory.offset;
   for (std::uint64_t i = 0; i < directory.count; ++i) {
     const Byte* header = window.take(kCentralSize);
     if (header == nullptr || u32(header) != kCentralSignature) return false;
@@ -173,12 +174,14 @@ bool ZipLayout::readEntries(const Directory& directory) {
                    .crc = u32(header + 16),
                    .method = u16(header + 10),
                    .flags = u16(header + 8),
+                   .flagsOffset = offset + 8,
                    .nameStart = names_.size(),
                    .nameLength = u16(header + 28)};
     const std::size_t extraLength = u16(header + 30);
     const std::size_t commentLength = u16(header + 32);
     const Byte* name = window.take(entry.nameLength + extraLength + commentLength);
     if (name == nullptr) return false;
+    offset += kCentralSize + entry.nameLength + extraLength + commentLength;
     names_.append(reinterpret_cast<const char*>(name), entry.nameLength);
     if (!takeZip64(name + entry.nameLength, extraLength,
                    {&entry.size, &entry.compressedSize, &entry.offset})) {

@@ -23,7 +23,8 @@ struct ZipEntry {
   std::uint32_t crc = 0;
   std::uint16_t method = 0;
   std::uint16_t flags = 0;
-  std::uint64_t room = 0;  // the offset of what follows it in the file
+  std::uint64_t flagsOffset = 0;  // of its flags in the central directory
+  std::uint64_t room = 0;         // the offset of what follows it in the file
   std::size_t nameStart = 0;
   std::uint16_t nameLength = 0;
   bool overlaps = false;  // with another member, or with the central directory

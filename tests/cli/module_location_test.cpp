@@ -94,5 +94,13 @@ TEST_F(WithoutProc, NothingInTheWorkingDirectoryIsLoadedOrRun) {
   EXPECT_NE(inspected.errors.find("without /proc"), std::string::npos) << inspected.errors;
 }
 
+TEST_F(WithoutProc, APackageDirectoryIsRead) {
+  const TemporaryDirectory folder;
+  writeDirectory(folder.path() / "a.pages", {{"Index/Document.iwa", iwa({storage(1, {"found"})})}});
+  const Finished run = runWithoutProc(folder.path(), std::string(DORVEX_PROGRAM) + " --module " +
+                                                         DORVEX_READER_MODULE + " text a.pages");
+  EXPECT_EQ(run.output, "found\n") << run.errors;
+}
+
 }  // namespace
 }  // namespace dorvex

@@ -10,6 +10,7 @@
 //   hang          sleeps for ever
 //   nap           sleeps for half a second
 //   spin          computes for ever
+//   grow N PATH   adds a byte to a file of fewer than N
 //   starve        allocates until there is no more
 //   overrun       reports more bytes than its buffer has
 //   never-done    answers with nothing for ever
@@ -183,6 +184,17 @@ void plan(Context& context) {
   for (;;) std::memset(new char[1 << 24], 1, 1 << 24);
 }
 
+// "N PATH"
+void grow(const std::string& argument) {
+  const auto space = argument.find(' ');
+  struct stat status {};
+  const std::string path = argument.substr(space + 1);
+  const int fd = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  if (fd < 0 || ::fstat(fd, &status) != 0) std::abort();
+  if (status.st_size < std::stol(argument)) static_cast<void>(!::write(fd, "x", 1));
+  ::close(fd);
+}
+
 int openMember(Context& context, const std::string& path, bool readOn) {
   _VPTPIOobj* io = context.services->OpenFile(context.services, path.c_str(), "rb");
   if (io == nullptr) return 2;
@@ -206,6 +218,7 @@ int carryOut(Context& context, const std::string& command) {
   if (verb == "crash") crash();
   if (verb == "exit") ::_exit(0);
   if (verb == "hang") ::sleep(3600);
+  if (verb == "grow") grow(argument);
   if (verb == "nap") ::usleep(500'000);
   if (verb == "spin") spin();
   if (verb == "starve") starve();

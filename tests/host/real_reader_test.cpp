@@ -66,6 +66,67 @@ std::string good() { return iwa({storage(2, {"second"})}); }
 
 std::string goodDocument() { return zip({{"Index/Document.iwa", iwa({storage(1, {"text"})})}}); }
 
+TEST_P(RealReader, DoesNotPassAnEmptyMemberOffAsRead) {
+  for (const std::string& empty : {std::string(), chunk(literalBlock(""))}) {
+    const Reading reading = readBytes(documentWith(empty));
+    EXPECT_EQ(reading.texts, (Texts{"first", "third"}));
+    EXPECT_EQ(reading.result.status, Status::kPartial);
+    EXPECT_EQ(reading.result.skipped,
+              (std::vector<SkippedMember>{{"Index/Tables/Tile.iwa", "it is empty"}}));
+  }
+}
+
+TEST_P(RealReader, CostsAMemberWithStrayBytesItsOwnTextsOnly) {
+  const Reading reading = readBytes(documentWith(good() + "stray bytes"));
+  EXPECT_EQ(reading.texts, (Texts{"first", "third"}));
+  EXPECT_EQ(reading.result.status, Status::kPartial);
+  ASSERT_EQ(reading.result.skipped.size(), 1u);
+  EXPECT_EQ(reading.result.skipped.front().name, "Index/Tables/Tile.iwa");
+}
+
+TEST_P(RealReader, NamesTheMemberThatWasRefusedAndTellsOfTheOthers) {
+  std::string bytes = documentWith(good());
+  const auto at = bytes.find("second");
+  ASSERT_NE(at, std::string::npos);
+  bytes[at] = 'S';
+  const Reading reading = readBytes(bytes);
+  EXPECT_EQ(reading.result.status, Status::kFailed);
+  EXPECT_EQ(reading.result.failure, Failure::kDamaged);
+  EXPECT_EQ(reading.result.moduleResult, 6);
+  EXPECT_EQ(reading.result.message,
+            "the zip member Index/Tables/Tile.iwa is damaged; the other 2 streams are sound");
+  EXPECT_EQ(reading.result.skipped,
+            (std::vector<SkippedMember>{{"Index/Tables/Tile.iwa", "is damaged"}}));
+}
+
+TEST_P(RealReader, NamesOtherMembersThatAreNotSoundEither) {
+  std::string bytes = zip({{"Index/Document.iwa", iwa({storage(1, {"first"})})},
+                           {"Index/Slide.iwa", damagedChunk()},
+                           {"Index/Slide-2.iwa", good()}});
+  bytes[bytes.find("first")] = 'F';
+  const Reading reading = readBytes(bytes);
+  EXPECT_EQ(reading.result.message,
+            "the zip member Index/Document.iwa is damaged; of the other streams 1 are sound and 1 "
+            "not");
+  ASSERT_EQ(reading.result.skipped.size(), 2u);
+  EXPECT_EQ(reading.result.skipped[1].name, "Index/Slide.iwa");
+}
+
+TEST_P(RealReader, MeasuresWhatItReads) {
+  const std::string bytes = goodDocument();
+  EXPECT_EQ(readBytes(bytes).result.inputBytes, bytes.size());
+  writeDirectory(folder.path(), {{"Index/Document.iwa", iwa({storage(1, {"text"})})},
+                                 {"Data/a/b/picture", "12345"}});
+  EXPECT_EQ(read(Input::path(folder.path())).result.inputBytes,
+            iwa({storage(1, {"text"})}).size() + 5);
+}
+
+TEST_P(RealReader, TellsTheKindByMembersThatTheReaderPassesOver) {
+  const std::string bytes = zip({{"Index/Document.iwa", iwa({storage(1, {"first"})})},
+                                 {"Index/MasterSlide-1.iwa", iwa({storage(2, {"master"})})}});
+  EXPECT_EQ(readBytes(bytes).result.kind, Kind::kKeynote);
+}
+
 TEST_P(RealReader, ReadsADocumentFromMemoryFileAndStream) {
   const std::string bytes = documentWith(good());
   const Texts expected{"first", "second", "third"};
@@ -224,7 +285,7 @@ TEST_P(RealReader, SaysWhatADocumentIsThatItCannotRead) {
       {zip({{"index.apxl", "<x/>"}}), Failure::kIwork09, 4},
       {zip({{"Index.zip", "encrypted"}, {".iwpv2", ""}}), Failure::kPasswordProtected, 6},
       {zip({{"Index/Document.iwa", "encrypted"}, {".iwph", ""}}), Failure::kPasswordProtected, 4},
-      {zip({{"Index/Document.iwa", ""}}), Failure::kNothingRecognised, 4},
+      {zip({{"Index/Document.iwa", ""}}), Failure::kDamaged, 4},
       {zip({{"word/document.xml", "<x/>"}}), Failure::kNothingRecognised, 4},
   };
   for (const Outcome& outcome : outcomes) {

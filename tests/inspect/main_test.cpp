@@ -102,14 +102,26 @@ TEST_F(InspectTest, NamesTypesByTheApplicationOfThePackage) {
   EXPECT_EQ(nameOfType1(sheets, "auto"), "TN.DocumentArchive");
 }
 
-TEST_F(InspectTest, GoesByTheNameWhereThePackageTellsNothing) {
-  const std::string bytes = zip({{"Index/Document.iwa", iwa({storage(5, {"a"})})}});
-  const auto application = [&](const std::string& name) {
-    return json::parse(runTool({"inspect", "--json", document(bytes, name)}).output)["application"];
+// The package does not tell, and is not said to; but its types have better names.
+TEST_F(InspectTest, NamesTypesByTheEndOfThePathWhereThePackageTellsNothing) {
+  const std::string bytes = zip({{"Index/Other.iwa", iwa({object(1, 1, "")})}});
+  const auto listing = [&](const std::string& name) {
+    return json::parse(runTool({"inspect", "--json", document(bytes, name)}).output);
   };
-  EXPECT_EQ(application("a.key"), "keynote");
-  EXPECT_EQ(application("a.numbers"), "numbers");
-  EXPECT_EQ(application("a.zip"), "unknown");
+  EXPECT_EQ(listing("a.key")["objects"][0]["messages"][0]["name"], "KN.DocumentArchive");
+  EXPECT_EQ(listing("a.numbers")["objects"][0]["messages"][0]["name"], "TN.DocumentArchive");
+  EXPECT_EQ(listing("a.key")["application"], "unknown");
+}
+
+TEST_F(InspectTest, TellsTheKindThatARecordTells) {
+  const std::string root = iwa({object(1, 1, "")});
+  for (const char* other : {"Index/Slide.iwa", "Index/MasterSlide-1.iwa", "Data/Document.iwa"}) {
+    const std::string path =
+        document(zip({{"Index/Document.iwa", root}, {other, iwa({object(1, 10000, "")})}}));
+    const json record = json::parse(runTool({"text", "--format", "json", path}).output);
+    EXPECT_EQ(json::parse(runTool({"inspect", "--json", path}).output)["application"],
+              record["kind"]);
+  }
 }
 
 TEST_F(InspectTest, ListsWhatADamagedDocumentStillHolds) {

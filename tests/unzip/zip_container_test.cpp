@@ -168,12 +168,33 @@ TEST_F(ZipContainerTest, TakesANameThatJustFitsTheRecord) {
   EXPECT_EQ(entry.name, name);
 }
 
-TEST_F(ZipContainerTest, RefusesANameThatTheRecordCannotHold) {
+TEST_F(ZipContainerTest, ShowsANameThatTheRecordCannotHoldCutAndMarked) {
   ASSERT_TRUE(open(rawZip({{std::string(1048, 'n'), "1"}, {"b", "2"}})));
-  EXPECT_EQ(info(0), VN_CONTAINER_DAMAGED);
-  EXPECT_STREQ(entry.name, "");
-  EXPECT_EQ(entry.size, 0u);
+  EXPECT_EQ(info(0), VN_CONTAINER_OK);
+  EXPECT_EQ(entry.name, std::string(1044, 'n') + "...");
   EXPECT_EQ(info(1), VN_CONTAINER_OK);
+}
+
+TEST_F(ZipContainerTest, RefusesSuchANameWhereItsEndCounts) {
+  for (const char* end : {".iwa", "Index.zip"}) {
+    ASSERT_TRUE(open(rawZip({{std::string(1048, 'n') + end, "1"}, {"b", "2"}})));
+    EXPECT_EQ(info(0), VN_CONTAINER_DAMAGED);
+    EXPECT_STREQ(entry.name, "");
+    EXPECT_EQ(entry.size, 0u);
+    EXPECT_EQ(info(1), VN_CONTAINER_OK);
+  }
+}
+
+TEST_F(ZipContainerTest, TakesNamesThatAreMarkedAsUtf8AndAreNot) {
+  constexpr std::uint16_t kUtf8 = 1U << 11;
+  for (const std::string& name : {"Data/\xFF\xFE.jpg"s, "Data/\x01.jpg"s, "Data/\xC3.jpg"s}) {
+    ASSERT_TRUE(open(rawZip({{.name = name, .contents = "picture", .flags = kUtf8},
+                             {.name = "Index/Document.iwa", .contents = "text", .flags = kUtf8}})));
+    EXPECT_EQ(info(0), VN_CONTAINER_OK);
+    EXPECT_EQ(entry.name, name);
+    EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+    EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+  }
 }
 
 TEST_F(ZipContainerTest, ShowsANulInANameAsABlankSoThatItCutsNothing) {

@@ -20,6 +20,8 @@ class UniqueFd {
 
   int get() const { return fd_; }
   explicit operator bool() const { return fd_ >= 0; }
+  // Gives it away.
+  int release() { return std::exchange(fd_, -1); }
   void reset() {
     // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): it always has a value
     if (fd_ >= 0) ::close(std::exchange(fd_, -1));

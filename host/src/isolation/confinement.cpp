@@ -4,17 +4,20 @@
 
 #include "isolation/confinement.h"
 
+#include <fcntl.h>
 #include <linux/landlock.h>
 #include <seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <span>
 
@@ -30,6 +33,8 @@ constexpr const char kNoPrivileges[] = "the kernel cannot forbid new privileges"
 constexpr const char kNoFilter[] = "the kernel does not filter system calls (seccomp)";
 constexpr const char kNoLandlock[] =
     "the kernel does not confine a process to a directory (Landlock)";
+constexpr const char kNoLimits[] = "the kernel does not limit a process (prlimit)";
+constexpr const char kCannotTry[] = "the kernel lets no process be confined for a trial";
 
 // --- The list of system calls ---
 
@@ -194,11 +199,50 @@ Phrases confineToDirectory(int directory) {
   return missing;
 }
 
-Phrases missingConfinement() {
+// What a child sends back: a letter for each phrase.
+constexpr std::array kTold = {kNoPrivileges, kNoFilter, kNoLandlock, kNoLimits};
+
+bool canLimit() {
+  rlimit limit{};
+  return ::getrlimit(RLIMIT_AS, &limit) == 0 && ::setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+[[noreturn]] void confineAndTell(int out) {
+  const UniqueFd directory(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   Phrases missing;
-  note(::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) >= 0, kNoPrivileges, missing);
-  note(::prctl(PR_GET_SECCOMP, 0, 0, 0, 0) >= 0, kNoFilter, missing);
-  note(landlockVersion() >= 1, kNoLandlock, missing);
+  note(canLimit(), kNoLimits, missing);
+  for (const std::string& phrase : confineToDirectory(directory.get())) missing.push_back(phrase);
+  std::string told;
+  for (std::size_t i = 0; i < kTold.size(); ++i) {
+    if (std::ranges::find(missing, kTold[i]) != missing.end()) told += static_cast<char>('0' + i);
+  }
+  ::_exit(::write(out, told.data(), told.size()) < 0 ? EXIT_FAILURE : EXIT_SUCCESS);
+}
+
+// A kernel may have something and refuse it all the same, so it is tried, in a
+// process of its own.
+Phrases missingConfinement() {
+  std::array<int, 2> ends{-1, -1};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return {kCannotTry};
+  const UniqueFd in(ends[0]);
+  UniqueFd out(ends[1]);
+  const pid_t child = ::fork();
+  if (child == 0) confineAndTell(out.get());
+  out.reset();
+  if (child < 0) return {kCannotTry};
+  std::array<char, kTold.size()> told{};
+  ssize_t got = 0;
+  do got = ::read(in.get(), told.data(), told.size());
+  while (got < 0 && errno == EINTR);
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (got < 0 || !WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) return {kCannotTry};
+  Phrases missing;
+  for (ssize_t i = 0; i < got; ++i) {
+    missing.emplace_back(
+        kTold.at(static_cast<std::size_t>(told[static_cast<std::size_t>(i)] - '0')));
+  }
   return missing;
 }
 

@@ -29,6 +29,9 @@ constexpr std::array<unsigned char, 22> kEmptyZip = {'P', 'K', 5, 6};
 // A worker that once needed so much keeps most of it.
 constexpr long kLargestKeptKiB = 512L * 1024;
 
+// The address space of a worker, where the system does not tell (no /proc).
+constexpr std::uint64_t kUsualSize = std::uint64_t{256} << 20;
+
 int channelOfThisProcess = -1;
 
 // Without this the reader would take a failed allocation for a member that is
@@ -127,6 +130,8 @@ class WorkerLoop {
   // Once and for all documents of this worker: they are all files, or this is
   // the one directory.
   std::vector<std::string> confine(const OpenInput& input) {
+    // Files are opened relative to it, which needs no /proc.
+    if (input.directory()) static_cast<void>(!::fchdir(input.directory().get()));
     if (options_.sandbox != Sandbox::kOff && !missing_) {
       missing_ =
           input.directory() ? confineToDirectory(input.directory().get()) : confineToHeldFiles();
@@ -159,7 +164,7 @@ class WorkerLoop {
   // still allowed.
   std::uint64_t addressSpace() const {
     std::array<char, 64> text{};
-    if (::pread(ownSize_.get(), text.data(), text.size() - 1, 0) <= 0) return 0;
+    if (::pread(ownSize_.get(), text.data(), text.size() - 1, 0) <= 0) return kUsualSize;
     return std::strtoull(text.data(), nullptr, 10) *
            static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
   }

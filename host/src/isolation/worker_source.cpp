@@ -161,6 +161,9 @@ class WorkerSource final : public Document::Source {
   void takeResult() {
     result_ = decodeResult(frames_.payload());
     if (result_) {
+      if (result_->failure == Failure::kOutOfMemory && limits_.memory > 0) {
+        result_->limit = Limit::kMemory;
+      }
       pool_->giveBack(std::move(worker_), order_);
     } else {
       result_ = nonsense();

@@ -29,6 +29,13 @@ constexpr RefusalText kRefusals[] = {
      "has a compression that is not supported"},
 };
 
+Failure failureOfRefusal(int status) {
+  for (const RefusalText& row : kRefusals) {
+    if (row.status == status) return row.failure;
+  }
+  return Failure::kOther;
+}
+
 struct ErrnoFailure {
   int error;
   Failure failure;
@@ -60,14 +67,24 @@ Cause systemCause(const char* what, const SystemFailure& seen) {
   return {memberFailureOf(seen.error), what + name + ": " + std::strerror(seen.error)};
 }
 
-Cause refusalCause(const RefusedMember& refused) {
-  for (const RefusalText& row : kRefusals) {
-    if (row.status == refused.status) {
-      return {row.failure, "the zip member " + refused.name + " " + row.text};
-    }
+// What the reader would have read besides a refused member.
+std::string othersText(const Observations& seen) {
+  if (!seen.soundBesides) return "";
+  const std::size_t others = *seen.soundBesides + seen.unsound.size();
+  if (others == 0) return "";
+  if (seen.unsound.empty()) {
+    return others == 1 ? "; the other stream is sound"
+                       : "; the other " + std::to_string(others) + " streams are sound";
   }
-  return {Failure::kOther, "the zip member " + refused.name + " cannot be extracted (status " +
-                               std::to_string(refused.status) + ")"};
+  return "; of the other streams " + std::to_string(*seen.soundBesides) + " are sound and " +
+         std::to_string(seen.unsound.size()) + " not";
+}
+
+Cause refusalCause(const Observations& seen) {
+  const RefusedMember& refused = *seen.refused;
+  const Failure failure = failureOfRefusal(refused.status);
+  return {failure,
+          "the zip member " + refused.name + " " + refusalText(refused.status) + othersText(seen)};
 }
 
 std::string memberOrDocument(const std::string& name) {
@@ -122,9 +139,11 @@ std::optional<Cause> troubleOfTheSystem(const Observations& seen) {
     return Cause{Failure::kModuleMissing,
                  "the container module cannot be loaded: " + *seen.missingModule};
   }
+  if (seen.outOfMemory) return Cause{Failure::kOutOfMemory, "memory is out"};
   if (seen.scratchFailure)
     return systemCause("cannot write scratch space for", *seen.scratchFailure);
   if (seen.readFailure) return systemCause("cannot read", *seen.readFailure);
+  if (seen.listFailure) return systemCause("cannot list", *seen.listFailure);
   if (seen.openFailure) return systemCause("cannot open", *seen.openFailure);
   return std::nullopt;
 }
@@ -138,7 +157,7 @@ std::optional<Cause> troubleOfThePackage(const Observations& seen, const Package
     return Cause{Failure::kIwork09,
                  "an iWork '09 package: save it again with a later version of the application"};
   }
-  if (seen.refused) return refusalCause(*seen.refused);
+  if (seen.refused) return refusalCause(seen);
   if (seen.notAContainer) return noContainerCause(*seen.notAContainer, look);
   if (seen.endlessRead) {
     const std::string name = seen.endlessRead->empty() ? "a member" : *seen.endlessRead;
@@ -164,7 +183,7 @@ Cause troubleByNumber(int moduleResult, const PackageLook& look) {
 bool sawNothingWrong(const Observations& seen) {
   return seen.unsound.empty() && !seen.refused && !seen.notAContainer && !seen.openFailure &&
          !seen.readFailure && !seen.scratchFailure && !seen.endlessRead && !seen.limitPassed &&
-         !seen.missingModule;
+         !seen.missingModule && !seen.listFailure && !seen.outOfMemory;
 }
 
 Cause causeOf(int moduleResult, const Observations& seen, const PackageLook& look) {
@@ -174,6 +193,13 @@ Cause causeOf(int moduleResult, const Observations& seen, const PackageLook& loo
 }
 
 }  // namespace
+
+std::string refusalText(int status) {
+  for (const RefusalText& row : kRefusals) {
+    if (row.status == status) return row.text;
+  }
+  return "cannot be extracted (status " + std::to_string(status) + ")";
+}
 
 std::string describe(const Result& result) {
   if (!result.moduleResult) return result.message;
@@ -199,7 +225,9 @@ Result diagnose(int moduleResult, const Observations& seen,
                 const std::function<PackageLook()>& look) {
   Result result;
   result.moduleResult = moduleResult;
-  result.skipped = seen.unsound;
+  if (seen.refused)
+    result.skipped.push_back({seen.refused->name, refusalText(seen.refused->status)});
+  result.skipped.insert(result.skipped.end(), seen.unsound.begin(), seen.unsound.end());
   if (moduleResult == 0 && sawNothingWrong(seen)) return result;
   if (seen.limitPassed) result.limit = seen.limitPassed->limit;
   Cause cause = seen.limitPassed

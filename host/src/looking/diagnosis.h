@@ -14,6 +14,9 @@ namespace dorvex {
 // A document that gave nothing, and why.
 Result failedResult(Failure failure, std::string message, Limit limit = Limit::kNone);
 
+// Why the container module refused a member, as a phrase for people.
+std::string refusalText(int status);
+
 // The result for an error of the operating system at the document itself.
 Result systemFailure(int error);
 

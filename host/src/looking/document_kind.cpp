@@ -37,6 +37,12 @@ void KindEvidence::noteObjects(std::string_view name, std::string_view objectStr
   hasOtherRoot_ = hasOtherRoot_ || type == kOtherRoot;
 }
 
+void KindEvidence::add(const KindEvidence& other) {
+  hasSlides_ = hasSlides_ || other.hasSlides_;
+  hasPagesRoot_ = hasPagesRoot_ || other.hasPagesRoot_;
+  hasOtherRoot_ = hasOtherRoot_ || other.hasOtherRoot_;
+}
+
 Kind KindEvidence::kind() const {
   if (hasPagesRoot_) return Kind::kPages;
   if (hasSlides_) return Kind::kKeynote;

@@ -15,6 +15,9 @@ class KindEvidence {
   // A member together with what it holds once decompressed.
   void noteObjects(std::string_view name, std::string_view objectStream);
 
+  // What another look has found.
+  void add(const KindEvidence& other);
+
   Kind kind() const;
 
  private:

@@ -42,10 +42,15 @@ struct Observations {
   std::vector<SkippedMember> unsound;        // streams that the reader drops or cuts
   std::optional<RefusedMember> refused;      // the last member refused
   std::optional<std::string> notAContainer;  // what the container module would not open
+  // What the refusal cost: how many other streams there are, and that one of them is
+  // not sound either is among the unsound. Nothing where nobody looked.
+  std::optional<std::size_t> soundBesides;
+  std::optional<SystemFailure> listFailure;  // a folder of a package directory
   std::optional<SystemFailure> openFailure;
   std::optional<SystemFailure> readFailure;
   std::optional<SystemFailure> scratchFailure;
   std::optional<std::string> endlessRead;  // the stream read behind its end for ever
+  bool outOfMemory = false;                // an allocation failed that the reader cannot report
   std::optional<PassedLimit> limitPassed;
   std::optional<std::string> missingModule;  // a module that LoadDll could not load, and why
 };

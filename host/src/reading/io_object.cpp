@@ -78,6 +78,7 @@ void IoObject::lookThroughChunks() {
   const bool endless = !fault && objects.size > kMostReadableObjects;
   if (endless) fault = "it holds more than 64 MiB of objects";
   if (!fault) fault = findObjectFault(objects.bytes);
+  if (!fault && objects.size == 0) fault = "it is empty";
   if (!fault) return;
   observations_.unsound.push_back({settings_.name, std::move(*fault)});
   if (!endless) return;

@@ -11,17 +11,23 @@
 #include <string_view>
 
 #include "Readers/hostapi/container_status.h"
+#include "looking/chunk_stream.h"
+#include "looking/diagnosis.h"
+#include "looking/object_stream.h"
 
 namespace dorvex {
 namespace {
 
 constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
 
-void* allocate(VNAllocator*, std::size_t size) { return std::malloc(size); }
-
 void release(VNAllocator*, void* pointer) { std::free(pointer); }
 
 HostServices& host(tag_TPVAPIServices* services) { return *static_cast<HostServices*>(services); }
+
+tag_TPVAPIServices* servicesOf(VNAllocator* allocator) {
+  auto* bytes = reinterpret_cast<unsigned char*>(allocator);
+  return reinterpret_cast<tag_TPVAPIServices*>(bytes - offsetof(tag_TPVAPIServices, allocator));
+}
 
 // Never waits for a writer at a pipe that poses as a member.
 UniqueFd openRegular(const char* path) {
@@ -126,6 +132,13 @@ HostServices::HostServices(Settings settings, Observations& observations)
 
 HostServices::~HostServices() {
   for (const auto& [name, handle] : modules_) ::dlclose(handle);
+}
+
+// The reader has no number for it.
+void* HostServices::allocate(VNAllocator* allocator, std::size_t size) {
+  void* memory = std::malloc(size);
+  if (memory == nullptr) host(servicesOf(allocator)).observations_.outOfMemory = true;
+  return memory;
 }
 
 // --- Modules ---
@@ -254,7 +267,10 @@ void* HostServices::openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, 
     if (limits.depth != 0 && depth > limits.depth) self.stop(Limit::kDepth, limits.depth, name);
     auto container = std::make_unique<Container>(
         Container{self, self.containerModule_.interface, nullptr, name, depth});
+    errno = 0;
     container->handle = self.containerModule_.open(io, services, self.unzipLimits_);
+    // A container module has no number for that, either.
+    if (container->handle == nullptr && errno == ENOMEM) self.observations_.outOfMemory = true;
     self.stopIfPassed(name);
     if (container->handle != nullptr) return container.release();
     self.observations_.notAContainer = name;
@@ -272,8 +288,9 @@ int HostServices::closeContainer(void* container) {
 int HostServices::getEntryInfo(void* container, std::int32_t index, ContainerEntryInfo* entry) {
   const auto& self = *static_cast<Container*>(container);
   const int status = self.module.GetEntryInfo(self.handle, index, entry);
-  if (status == VN_CONTAINER_OK) return status;
   try {
+    if (status == VN_CONTAINER_OK) self.host.observations_.kind.noteName(entry->name);
+    if (status == VN_CONTAINER_OK) return status;
     self.host.observations_.refused = {self.memberName(index), status};
   } catch (const std::bad_alloc&) {
     return VN_CONTAINER_OUT_OF_MEMORY;
@@ -316,28 +333,64 @@ int HostServices::getEntryCount(void* container) {
   return count;
 }
 
-std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io) {
+template <typename Visit>
+bool HostServices::visitMembers(_VPTPIOobj& io, Visit visit) {
   void* module = load(kContainerModule);
-  if (module == nullptr) return std::nullopt;
+  if (module == nullptr) return false;
   const auto closeModule = [](void* handle) { ::dlclose(handle); };
   const std::unique_ptr<void, decltype(closeModule)> guard(module, closeModule);
   void* const entryPoint = ::dlsym(module, kContainerEntryPoint);
-  if (entryPoint == nullptr) return std::nullopt;
+  if (entryPoint == nullptr) return false;
   const ContainerModule functions = ContainerModule::of(module, entryPoint);
   const ContainerReaderInterface& container = functions.interface;
   UnzipLimits limits = toUnzipLimits(settings_.containers);
   void* handle = functions.open(&io, this, limits);
-  if (handle == nullptr) return std::nullopt;
-  std::vector<std::string> names;
+  if (handle == nullptr) return false;
+  const std::unique_ptr<void, int (*)(void*)> close(handle, container.CloseContainer);
   const int count = container.GetEntryCount(handle);
   for (std::int32_t index = 0; index < count; ++index) {
     ContainerEntryInfo entry;
     if (container.GetEntryInfo(handle, index, &entry) == VN_CONTAINER_OK) {
-      names.emplace_back(entry.name);
+      visit(container, handle, index, entry);
     }
   }
-  container.CloseContainer(handle);
-  return names;
+  return true;
+}
+
+std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io) {
+  std::vector<std::string> names;
+  const bool listed = visitMembers(io, [&](const auto&, void*, std::int32_t, const auto& entry) {
+    names.emplace_back(entry.name);
+  });
+  return listed ? std::optional(std::move(names)) : std::nullopt;
+}
+
+std::vector<SkippedMember> HostServices::findUnsoundStreams(_VPTPIOobj& io, std::size_t& sound) {
+  std::vector<SkippedMember> unsound;
+  visitMembers(io, [&](const ContainerReaderInterface& container, void* handle, std::int32_t index,
+                       const ContainerEntryInfo& entry) {
+    if (contentOf(entry.name) != IoObject::Content::kChunks) return;
+    if (auto fault = findFault(container, handle, index)) {
+      unsound.push_back({entry.name, std::move(*fault)});
+    } else {
+      ++sound;
+    }
+  });
+  return unsound;
+}
+
+std::optional<std::string> HostServices::findFault(const ContainerReaderInterface& container,
+                                                   void* handle, std::int32_t index) {
+  Observations unnoted;
+  IoObject::Settings settings;
+  settings.quota = &quota_;
+  IoObject stream(makeScratchStore(settings_.scratchMemory, settings_.openScratchFile),
+                  std::move(settings), unnoted);
+  const int status = container.ExtractEntry(handle, index, &stream);
+  if (status != VN_CONTAINER_OK) return refusalText(status);
+  ObjectStream objects;
+  auto fault = findChunkFault(stream.store(), &objects);
+  return fault ? fault : findObjectFault(objects.bytes);
 }
 
 }  // namespace dorvex

@@ -55,6 +55,10 @@ class HostServices : public tag_TPVAPIServices {
   // when it cannot be loaded or cannot open io. Not noted in the observations.
   std::optional<std::vector<std::string>> listMembers(_VPTPIOobj& io);
 
+  // Looks through every member stream of a zip. Gives those that are not sound,
+  // and counts the others. Not noted in the observations.
+  std::vector<SkippedMember> findUnsoundStreams(_VPTPIOobj& io, std::size_t& sound);
+
  private:
   struct OwnedObject;
   struct Container;
@@ -68,6 +72,7 @@ class HostServices : public tag_TPVAPIServices {
     void* open(_VPTPIOobj* io, tag_TPVAPIServices* services, UnzipLimits& limits) const;
   };
 
+  static void* allocate(VNAllocator* allocator, std::size_t size);
   static int loadDll(tag_TPVAPIServices* services, const char* name, void** handle);
   static void* getDllSymbol(tag_TPVAPIServices* services, void* handle, const char* symbol);
   static void freeDll(tag_TPVAPIServices* services, void* handle);
@@ -81,6 +86,10 @@ class HostServices : public tag_TPVAPIServices {
   static int extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream);
   static int getEntryCount(void* container);
 
+  template <typename Visit>
+  bool visitMembers(_VPTPIOobj& io, Visit visit);
+  std::optional<std::string> findFault(const ContainerReaderInterface& container, void* handle,
+                                       std::int32_t index);
   void* load(const std::string& name);
   _VPTPIOobj* openPath(const char* path);
   _VPTPIOobj* openScratch();

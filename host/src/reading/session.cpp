@@ -1,10 +1,17 @@
 // Driving the reader through one document.
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "looking/diagnosis.h"
 #include "looking/package.h"
+#include "looking/package_folder.h"
 #include "reading/document_source.h"
 #include "reading/io_object.h"
 #include "reading/reader_module.h"
@@ -22,11 +29,22 @@ constexpr int kOutOfMemory = 2;
 constexpr std::size_t kTokenOverhang = 14;
 constexpr std::size_t kSmallestBuffer = 4110;
 
+bool isWorkingDirectory(int directory) {
+  struct stat here {};
+  struct stat there {};
+  return ::stat(".", &here) == 0 && ::fstat(directory, &there) == 0 &&
+         here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
 // The path of a directory package as the reader gets it. It looks for marker
 // names anywhere in the path and cuts long ones, so the true path, which may
 // hold such a name by chance, never reaches it.
+//
+// A worker works in the directory, and so needs no /proc.
 std::string neutralRoot(const UniqueFd& directory) {
-  return directory ? "/proc/self/fd/" + std::to_string(directory.get()) : "";
+  if (!directory) return "";
+  return isWorkingDirectory(directory.get()) ? "."
+                                             : "/proc/self/fd/" + std::to_string(directory.get());
 }
 
 IoObject::Settings documentSettings(const std::string& root) {
@@ -58,6 +76,41 @@ class Session final : public Document::Source {
         io_(storeOf(input_), documentSettings(root_), seen_),
         declaredSize_(options.bufferSize),
         buffer_(ownedBufferSize(options.bufferSize)) {
+    begin();
+  }
+
+  ~Session() override { end(); }
+
+  std::optional<std::span<const unsigned char>> next() override {
+    for (int empty = 0; empty < kMostEmptyAnswers; ++empty) {
+      if (context_ == nullptr || returned_ != 0 || percent_ == 100) return std::nullopt;
+      const unsigned int length = fill();
+      if (returned_ != 0) return std::nullopt;
+      if (length > buffer_.size()) return fail("the module wrote beyond its buffer");
+      if (length > 0) return std::span(buffer_).first(length);
+    }
+    return fail("the module never reports its end");
+  }
+
+  Result result() override {
+    if (!fault_.empty()) return moduleFailure(fault_);
+    if (input_.directory()) {
+      lookAgain();
+    } else if (seen_.refused) {
+      lookAtTheOthers();
+    }
+    Result result = diagnose(returned_, seen_, [this] { return look(); });
+    if (hasChanged_) noteChange(result);
+    result.kind = seen_.kind.kind();
+    result.inputBytes = input_.directory() ? folder_.bytes : io_.size();
+    return result;
+  }
+
+ private:
+  const ReaderInterface& reader() const { return module_->reader(); }
+
+  void begin() {
+    io_.Seek(&io_, 0, VN_SEEK_START);
     std::uint32_t allocated = 0;
     context_ = reader().AllocateContext(nullptr, nullptr, &allocated, &services_, 0);
     if (context_ == nullptr) {
@@ -67,32 +120,75 @@ class Session final : public Document::Source {
     }
   }
 
-  ~Session() override {
+  void end() {
     if (context_ != nullptr) reader().FreeContext(context_);
+    context_ = nullptr;
   }
 
-  std::optional<std::span<const unsigned char>> next() override {
-    for (int empty = 0; empty < kMostEmptyAnswers; ++empty) {
-      if (context_ == nullptr || returned_ != 0 || percent_ == 100) return std::nullopt;
-      unsigned int length = 0;
-      returned_ = reader().FillBuffer(context_, buffer_.data(), &length, &percent_, declaredSize_);
-      if (returned_ != 0) return std::nullopt;
-      if (length > buffer_.size()) return fail("the module wrote beyond its buffer");
-      if (length > 0) return std::span(buffer_).first(length);
+  // The reader reads the whole document in the first call, before it hands anything
+  // out: if the document has changed meanwhile, it is read again, once.
+  unsigned int fill() {
+    if (isRead_) return fillOnce();
+    isRead_ = true;
+    const std::uint64_t before = state();
+    unsigned int length = fillOnce();
+    const std::uint64_t after = state();
+    if (before == after) return length;
+    end();
+    seen_ = {};
+    percent_ = 0;
+    returned_ = 0;
+    begin();
+    if (context_ == nullptr) return 0;
+    length = fillOnce();
+    hasChanged_ = state() != after;
+    return length;
+  }
+
+  unsigned int fillOnce() {
+    unsigned int length = 0;
+    returned_ = reader().FillBuffer(context_, buffer_.data(), &length, &percent_, declaredSize_);
+    return length;
+  }
+
+  std::uint64_t state() {
+    if (!input_.directory()) {
+      const int file = io_.store().file();
+      return file >= 0 ? stateOfFile(file) : 0;
     }
-    return fail("the module never reports its end");
+    folder_ = lookAtFolder(input_.directory().get());
+    return folder_.streams;
   }
 
-  Result result() override {
-    Result result = fault_.empty() ? diagnose(returned_, seen_, [this] { return look(); })
-                                   : moduleFailure(fault_);
-    result.kind = seen_.kind.kind();
-    result.inputBytes = io_.size();
-    return result;
+  void noteChange(Result& result) const {
+    const char* text = "it was written to while it was read";
+    result.failure = Failure::kChanged;
+    result.status = returned_ == 0 ? Status::kPartial : Status::kFailed;
+    result.message = returned_ == 0 ? std::string("partial text: ") + text : text;
   }
 
- private:
-  const ReaderInterface& reader() const { return module_->reader(); }
+  void lookAgain() {
+    if (!isRead_) folder_ = lookAtFolder(input_.directory().get());
+    seen_.kind.add(folder_.kind);
+    seen_.listFailure = folder_.failure;
+    struct stat status {};
+    if (folder_.failure || returned_ == 0 || ::stat(root_.c_str(), &status) == 0) return;
+    if (errno == ENOENT) {
+      seen_.listFailure = SystemFailure{"a package directory without /proc", ENOENT};
+    }
+  }
+
+  // The member that the container module refused ended the document, whatever else
+  // there is.
+  void lookAtTheOthers() {
+    std::size_t sound = 0;
+    auto unsound = services_.findUnsoundStreams(io_, sound);
+    std::erase_if(unsound,
+                  [&](const SkippedMember& member) { return member.name == seen_.refused->name; });
+    if (unsound.empty() && sound == 0) return;
+    seen_.unsound = std::move(unsound);
+    seen_.soundBesides = sound;
+  }
 
   std::nullopt_t fail(const char* fault) {
     fault_ = fault;
@@ -101,14 +197,10 @@ class Session final : public Document::Source {
   }
 
   PackageLook look() {
+    if (input_.directory()) return folder_.package;
     PackageLook look;
-    if (input_.directory()) {
-      look.directory = true;
-      lookAtNames(listDirectory(input_.directory().get()), look);
-    } else {
-      lookAtStart(io_.store(), look);
-      if (const auto names = services_.listMembers(io_)) lookAtNames(*names, look);
-    }
+    lookAtStart(io_.store(), look);
+    if (const auto names = services_.listMembers(io_)) lookAtNames(*names, look);
     return look;
   }
 
@@ -122,7 +214,10 @@ class Session final : public Document::Source {
   std::vector<unsigned char> buffer_;
   void* context_ = nullptr;
   int returned_ = 0;
-  int percent_ = 0;  // the reader adds to it from call to call
+  bool isRead_ = false;
+  bool hasChanged_ = false;  // in the second reading, too
+  FolderLook folder_;        // into a package directory
+  int percent_ = 0;          // the reader adds to it from call to call
   std::string fault_;
 };
 

@@ -1,8 +1,15 @@
 // What a reader can do from inside a worker. The reader is a module that tries.
 
 #include <gtest/gtest.h>
+#include <seccomp.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "dorvex/sandbox.h"
@@ -93,6 +100,43 @@ TEST_F(Confinement, StaysFromOneDocumentToTheNext) {
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(readTexts(host, script("attempt open /etc/passwd\n")).texts, Texts{denied("open")});
   }
+}
+
+// What it says where a system call fails though the kernel has it.
+std::vector<std::string> missingWithout(int call) {
+  int ends[2];
+  EXPECT_EQ(::pipe(ends), 0);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
+    seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), call, 0);
+    if (seccomp_load(filter) != 0) ::_exit(1);
+    std::string told;
+    for (const std::string& phrase : missingConfinement()) told += phrase + "\n";
+    ::_exit(::write(ends[1], told.data(), told.size()) < 0 ? 1 : 0);
+  }
+  ::close(ends[1]);
+  std::string told(4096, '\0');
+  const ssize_t got = ::read(ends[0], told.data(), told.size());
+  told.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+  ::close(ends[0]);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  std::vector<std::string> phrases;
+  std::istringstream lines(told);
+  for (std::string line; std::getline(lines, line);) phrases.push_back(line);
+  return phrases;
+}
+
+TEST_F(Confinement, IsToldToBeMissingWhereItsSystemCallsFail) {
+  const auto lacks = [](int call, const std::string& word) {
+    const auto missing = missingWithout(call);
+    return missing.size() == 1 && missing.front().find(word) != std::string::npos;
+  };
+  EXPECT_TRUE(lacks(SCMP_SYS(seccomp), "seccomp"));
+  EXPECT_TRUE(lacks(SCMP_SYS(landlock_restrict_self), "Landlock"));
+  EXPECT_TRUE(lacks(SCMP_SYS(prlimit64), "prlimit"));
 }
 
 }  // namespace

@@ -115,6 +115,54 @@ TEST_P(Session, CallsTextsPartialWhenAMemberThatWasReadIsUnsound) {
   EXPECT_EQ(reading.result.skipped.front().name, member);
 }
 
+class ChangingPackage {
+ public:
+  // Grows while it is read, until it has so many bytes.
+  explicit ChangingPackage(const std::string& size, const std::string& name = "Index/other.iwa") {
+    const std::string other = (folder_.path() / name).string();
+    testing::writeDirectory(
+        folder_.path(),
+        {{name, ""}, {"Index/Document.iwa", "grow " + size + " " + other + "\ntext one\n"}});
+  }
+  Reading read(Isolation isolation) const {
+    HostOptions options = fakeReader(isolation);
+    options.sandbox = Sandbox::kOff;
+    return readTexts(Host(options), Input::path(folder_.path()));
+  }
+
+ private:
+  testing::TemporaryDirectory folder_;
+};
+
+TEST_P(Session, ReadsAPackageAgainThatChangesMeanwhile) {
+  const Reading reading = ChangingPackage("1").read(GetParam());
+  EXPECT_EQ(reading.texts, Texts{"one"});
+  EXPECT_NE(reading.result.failure, Failure::kChanged) << describe(reading.result);
+}
+
+TEST_P(Session, DoesNotTakeAPackageForWholeThatKeepsChanging) {
+  const Reading reading = ChangingPackage("100").read(GetParam());
+  EXPECT_EQ(reading.texts, Texts{"one"});
+  EXPECT_EQ(reading.result.status, Status::kPartial);
+  EXPECT_EQ(reading.result.failure, Failure::kChanged);
+  EXPECT_EQ(reading.result.message, "partial text: it was written to while it was read");
+}
+
+TEST_P(Session, DoesNotMindAChangeOfWhatItNeverReads) {
+  const Reading reading = ChangingPackage("100", "Data/picture").read(GetParam());
+  EXPECT_EQ(reading.texts, Texts{"one"});
+  EXPECT_NE(reading.result.failure, Failure::kChanged) << describe(reading.result);
+}
+
+TEST_P(Session, TellsOfAFileThatKeepsChanging) {
+  const testing::TemporaryDirectory folder;
+  const std::string path = folder.path() / "a.pages";
+  testing::writeFile(path, "grow 1000 " + path + "\ntext one\n");
+  HostOptions options = fakeReader(GetParam());
+  options.sandbox = Sandbox::kOff;
+  EXPECT_EQ(readTexts(Host(options), Input::path(path)).result.failure, Failure::kChanged);
+}
+
 TEST_P(Session, ReportsAModuleThatCannotBeLoaded) {
   HostOptions options = fakeReader(GetParam());
   options.module = "/no/such/module.so";
