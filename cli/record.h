@@ -17,10 +17,10 @@ constexpr int kRecordVersion = 1;
 struct Record {
   std::string path;  // as it was given
   std::vector<std::string> texts;
-  std::optional<std::string> content = {};  // what was rendered instead of texts
   Result result;
   std::uint64_t bytesIn = 0;
   double milliseconds = 0;
+  std::optional<std::string> content = {};  // what was rendered instead of texts
 };
 
 // The word that a record has for a result: ok, unsupported, encrypted, corrupt,
