@@ -24,7 +24,7 @@ struct ListLevel {
 using ListStyle = std::vector<ListLevel>;
 
 // The style of that object; one without levels where that is null.
-ListStyle readListStyle(Reading& reading, const Object* style);
+ListStyle readListStyle(Reading& reading, const Object* object);
 
 // The mark of an item, whose numbers are those of all levels down to its own.
 ListMark listMark(const ListStyle& style, const std::vector<std::uint32_t>& numbers);

@@ -34,7 +34,7 @@ std::string utf8(std::u32string_view characters) {
 std::string decimal(std::uint32_t number, char32_t zero = U'0') {
   std::u32string digits;
   do {
-    digits += zero + number % 10;
+    digits.push_back(zero + number % 10);
     number /= 10;
   } while (number != 0);
   std::ranges::reverse(digits);

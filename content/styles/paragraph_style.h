@@ -19,6 +19,6 @@ struct ParagraphStyle {
 };
 
 // The style of that object; one without name where that is null.
-ParagraphStyle readParagraphStyle(Reading& reading, const Object* style);
+ParagraphStyle readParagraphStyle(Reading& reading, const Object* object);
 
 }  // namespace dorvex::content
