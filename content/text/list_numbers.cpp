@@ -1,14 +1,14 @@
 #include "text/list_numbers.h"
 
 #include <algorithm>
+#include <span>
 
 namespace dorvex::content {
 
 // A counter counts on unless an item above its level came after the last that it counted.
 std::uint32_t ListNumbers::current(const Counter& counter, std::size_t level) const {
-  const auto above = lastAt_.begin() + static_cast<std::ptrdiff_t>(level);
-  const bool over =
-      std::any_of(lastAt_.begin(), above, [&](std::uint64_t item) { return item > counter.item; });
+  const bool over = std::ranges::any_of(std::span(lastAt_).first(level),
+                                        [&](std::uint64_t item) { return item > counter.item; });
   return over ? 0 : counter.number;
 }
 
