@@ -1,6 +1,6 @@
 # What is installed, in four components:
 #
-#   module       the reader and the container module, side by side
+#   module       the reader, the container and the content module, side by side
 #   tool         the dorvex tool and what it starts
 #   library      the C interface of the host library
 #   development  the host library, all headers, the schema, and the files by
@@ -16,7 +16,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/dorvex)
 
 install(TARGETS dorvexsr EXPORT dorvexTargets
   LIBRARY DESTINATION ${module_dir} COMPONENT module)
-install(TARGETS unzip LIBRARY DESTINATION ${module_dir} COMPONENT module)
+install(TARGETS unzip dorvexcontent LIBRARY DESTINATION ${module_dir} COMPONENT module)
 
 install(TARGETS dorvex RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 install(TARGETS dorvex-inspect
