@@ -5,7 +5,6 @@
 #include <string>
 
 #include "dorvex/rendering.h"
-
 #include "host_options.h"
 #include "output_options.h"
 #include "path_list.h"

@@ -150,8 +150,7 @@ std::vector<fs::path> documents() {
       paths.push_back(entry.path());
   }
   std::ranges::sort(paths);
-  for (const std::string& name : corpusDocuments())
-    paths.push_back(corpusPath(name));
+  for (const std::string& name : corpusDocuments()) paths.push_back(corpusPath(name));
   return paths;
 }
 
