@@ -43,11 +43,14 @@ endif()
 # Warnings, sanitizers and coverage concern our own code. The generated classes
 # and protobuf are compiled alike in every preset, so that the compiler cache
 # serves them; what they allocate and free is checked all the same.
-add_library(dorvex_options INTERFACE)
-target_compile_options(dorvex_options INTERFACE
+add_library(dorvex_warnings INTERFACE)
+target_include_directories(dorvex_warnings INTERFACE ${PROJECT_SOURCE_DIR}/Core/src)
+target_compile_options(dorvex_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion
   $<$<BOOL:${DORVEX_WARNINGS_AS_ERRORS}>:-Werror>
   "$<$<BOOL:${DORVEX_COVERAGE}>:--coverage;-O0>")
+add_library(dorvex_options INTERFACE)
+target_link_libraries(dorvex_options INTERFACE dorvex_warnings)
 # Not a generator expression: a comma in the list would end its argument. gcc's
 # own instrumentation makes it see uninitialized variables where there are none,
 # and takes minutes to optimise the tests further than -O1.
@@ -60,4 +63,3 @@ if(DORVEX_FUZZERS)
   target_compile_options(dorvex_options INTERFACE
     -fsanitize=fuzzer-no-link -fno-sanitize-recover=all)
 endif()
-target_include_directories(dorvex_options INTERFACE ${PROJECT_SOURCE_DIR}/Core/src)

@@ -35,10 +35,12 @@ if [ "$SLURM_ARRAY_TASK_ID" -ge "$shards" ]; then
   exit 2
 fi
 
-# The lock keeps a requeued task from writing beside what is left of the first.
+# A requeued task waits for what is left of the first: two runs at a time never write to
+# one file, and the second would be refused.
 records=$folder/part-$SLURM_ARRAY_TASK_ID-of-$shards.jsonl
 status=0
-flock "$records" "${DORVEX:-dorvex}" batch --files-from - --quiet \
+flock "$records" true
+"${DORVEX:-dorvex}" batch --files-from - --quiet \
   --jobs "${SLURM_CPUS_PER_TASK:-1}" --shard "$SLURM_ARRAY_TASK_ID/$shards" \
   --resume "$records" -o "$records" "$@" < "$manifest" || status=$?
 
