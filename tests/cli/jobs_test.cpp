@@ -78,8 +78,8 @@ TEST(AffordableJobs, AreOneAtLeast) { EXPECT_EQ(affordableJobs(1000, {0, 0, 0, 0
 // A limit of address space for a thread's stack cannot be lifted again, hence
 // the process of its own.
 TEST(RunJobsDeathTest, WorksWithoutThreadsWhereNoneCanBeMade) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "AddressSanitizer needs address space for itself";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer needs address space for itself";
 #endif
   const auto workWithoutAddressSpace = [] {
     const rlimit none{1 << 20, 1 << 20};
