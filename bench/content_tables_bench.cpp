@@ -1,13 +1,17 @@
 // How many cells of a table are read in a second, with what they show: by type, and for
-// tables of more and more rows.
+// tables of more and more rows. --write_documents=FOLDER writes documents of such tables
+// there instead, for bench/tables.py.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <memory>
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "TNArchives.h"
 #include "TSKArchives.h"
 #include "TSTArchives.h"
 #include "content/support/objects.h"
@@ -25,30 +29,81 @@ using testing::reference;
 using testing::Wire;
 namespace TST = content::schema::TST;
 namespace TSK = content::schema::TSK;
+namespace TN = content::schema::TN;
 
-constexpr std::uint64_t kInfo = 1, kModel = 2, kStrings = 3, kFormats = 4, kFirstTile = 100;
+constexpr std::uint64_t kDocument = 1, kSheet = 2, kInfo = 3, kModel = 4, kStrings = 5,
+                        kFormats = 6, kUids = 7, kFirstTile = 100;
 constexpr std::uint32_t kRowsOfTile = 256;
 
+// A kind of cell: how the cell of a number is stored, and what that of 0 shows.
 struct Sample {
   std::string_view name;
-  std::string cell;
+  std::function<std::string(std::uint64_t)> cell;
   std::string_view shown;
 };
 
-// A cell of each type, with its format, and what it shows.
+constexpr std::uint64_t kTexts = 1'000;
+
+// Cells of each type, with their formats; no two that follow each other show the same.
 std::vector<Sample> samples() {
   const auto kind = [](unsigned kind, unsigned key) { return little32(kind) + little32(key); };
-  const std::string number = testing::decimal128(123'456, -2);
-  return {
-      {"text", testing::currentCell(3, 0x8, little32(1)), "Groceries"},
-      {"number", testing::currentCell(2, 0x3001, number + kind(1, 1)), "1,234.56"},
-      {"automatic", testing::currentCell(2, 0x1, number), "1234.56"},
-      {"currency", testing::currentCell(10, 0x5001, number + kind(2, 2)), "$1,234.56"},
-      {"date", testing::currentCell(5, 0x9004, little64(800'721'312) + kind(3, 3)),
-       "Sun, 17 May 2026"},
-      {"duration", testing::currentCell(7, 0x11002, little64(5'400) + kind(4, 4)), "1h 30m"},
-      {"boolean", testing::currentCell(6, 0x2, little64(1)), "TRUE"},
+  const auto cents = [](std::uint64_t n) {
+    return testing::decimal128(123'456 + n * 7'919 % 10'000'000, -2);
   };
+  const auto text = [](std::uint64_t n) {
+    return testing::currentCell(3, 0x8, little32(n % kTexts + 1));
+  };
+  const auto number = [=](std::uint64_t n) {
+    return testing::currentCell(2, 0x3001, cents(n) + kind(1, 1));
+  };
+  const auto automatic = [=](std::uint64_t n) { return testing::currentCell(2, 0x1, cents(n)); };
+  const auto currency = [=](std::uint64_t n) {
+    return testing::currentCell(10, 0x5001, cents(n) + kind(2, 2));
+  };
+  const auto date = [=](std::uint64_t n) {
+    const double seconds = 800'721'312 + static_cast<double>(n % 10'000) * 86'411;
+    return testing::currentCell(5, 0x9004, little64(seconds) + kind(3, 3));
+  };
+  const auto duration = [=](std::uint64_t n) {
+    const double seconds = 5'400 + static_cast<double>(n % 100'000);
+    return testing::currentCell(7, 0x11002, little64(seconds) + kind(4, 4));
+  };
+  const auto boolean = [](std::uint64_t n) {
+    return testing::currentCell(6, 0x2, little64(n % 2 == 0 ? 1 : 0));
+  };
+  const auto percentage = [=](std::uint64_t n) {
+    return testing::currentCell(2, 0x3001, cents(n) + kind(1, 5));
+  };
+  const auto custom = [=](std::uint64_t n) {
+    return testing::currentCell(2, 0x3001, cents(n) + kind(1, 6));
+  };
+  using Make = std::function<std::string(std::uint64_t)>;
+  const std::vector<Make> all{text,     number,  automatic,  currency, date,
+                              duration, boolean, percentage, custom,   text};
+  const auto mixed = [all](std::uint64_t n) { return all[n % all.size()](n); };
+  return {
+      {"text", text, "Groceries 1"},
+      {"number", number, "1,234.56"},
+      {"automatic", automatic, "1234.56"},
+      {"currency", currency, "$1,234.56"},
+      {"percentage", percentage, "123,456.00%"},
+      {"custom", custom, "1,234.56 kg"},
+      {"date", date, "Sun, 17 May 2026"},
+      {"duration", duration, "1h 30m"},
+      {"boolean", boolean, "TRUE"},
+      {"mixed", mixed, "Groceries 1"},
+  };
+}
+
+Wire customFormat() {
+  using Format = TSK::FormatStructArchive;
+  return Wire().message(TSK::CustomFormatArchive::default_format.number,
+                        Wire()
+                            .varint(Format::format_type.number, 270)
+                            .bytes(Format::custom_format_string.number, "#,##0.00' kg'")
+                            .varint(Format::show_thousands_separator.number, 1)
+                            .varint(Format::num_nonspace_integer_digits.number, 1)
+                            .varint(Format::num_nonspace_decimal_digits.number, 2));
 }
 
 Wire formats() {
@@ -70,28 +125,42 @@ Wire formats() {
       .message(kList, entry(3, format(261).bytes(Format::date_time_format.number, "EEE, d MMM y")))
       .message(kList, entry(4, format(268)
                                    .varint(Format::duration_style.number, 1)
-                                   .varint(Format::use_automatic_duration_units.number, 1)));
+                                   .varint(Format::use_automatic_duration_units.number, 1)))
+      .message(kList, entry(5, grouped(258)))
+      .message(kList, entry(6, format(270).message(Format::custom_format.number, customFormat())));
 }
 
-// A document of one table, whose cells are all alike.
-std::unique_ptr<testing::Objects> documentOf(const std::string& cell, std::uint32_t rows,
-                                             std::uint32_t columns) {
+// The cells of a row, and where each of them begins.
+Wire rowOf(const Sample& sample, std::uint32_t row, std::uint32_t columns) {
   std::string buffer;
   std::string offsets;
   for (std::uint32_t column = 0; column < columns; ++column) {
     offsets += testing::encodeLittleEndian(buffer.size(), 2);
-    buffer += cell;
+    buffer += sample.cell(std::uint64_t{row} * columns + column);
   }
+  return Wire()
+      .varint(TST::TileRowInfo::tile_row_index.number, row % kRowsOfTile)
+      .bytes(TST::TileRowInfo::cell_storage_buffer.number, buffer)
+      .bytes(TST::TileRowInfo::cell_offsets.number, offsets);
+}
+
+Wire stringList() {
+  Wire strings;
+  for (std::uint64_t i = 1; i <= kTexts; ++i)
+    strings.message(TST::TableDataList::entries.number,
+                    Wire().varint(1, i).bytes(3, "Groceries " + std::to_string(i)));
+  return strings;
+}
+
+// A sheet with one table of such cells; the tiles come first.
+std::vector<testing::Archive> archivesOf(const Sample& sample, std::uint32_t rows,
+                                         std::uint32_t columns) {
   std::vector<testing::Archive> archives;
   Wire tiles;
   for (std::uint32_t first = 0; first < rows; first += kRowsOfTile) {
     Wire tile;
-    for (std::uint32_t row = 0; row < kRowsOfTile && first + row < rows; ++row)
-      tile.message(TST::Tile::rowInfos.number,
-                   Wire()
-                       .varint(TST::TileRowInfo::tile_row_index.number, row)
-                       .bytes(TST::TileRowInfo::cell_storage_buffer.number, buffer)
-                       .bytes(TST::TileRowInfo::cell_offsets.number, offsets));
+    for (std::uint32_t row = first; row < std::min(rows, first + kRowsOfTile); ++row)
+      tile.message(TST::Tile::rowInfos.number, rowOf(sample, row, columns));
     const std::uint32_t id = first / kRowsOfTile;
     archives.push_back(testing::object(kFirstTile + id, 6002, tile));
     tiles.message(TST::TileStorage::tiles.number,
@@ -106,33 +175,36 @@ std::unique_ptr<testing::Objects> documentOf(const std::string& cell, std::uint3
                          .message(TST::DataStore::tiles.number, tiles)
                          .message(TST::DataStore::stringTable.number, reference(kStrings))
                          .message(TST::DataStore::format_table.number, reference(kFormats));
-  const Wire model = Wire()
-                         .message(TST::TableModelArchive::base_data_store.number, store)
-                         .message(TST::TableModelArchive::base_column_row_uids.number, reference(5))
-                         .varint(TST::TableModelArchive::number_of_rows.number, rows)
-                         .varint(TST::TableModelArchive::number_of_columns.number, columns);
-  const Wire strings =
-      Wire().message(TST::TableDataList::entries.number, Wire().varint(1, 1).bytes(3, "Groceries"));
+  const Wire model =
+      Wire()
+          .message(TST::TableModelArchive::base_data_store.number, store)
+          .message(TST::TableModelArchive::base_column_row_uids.number, reference(kUids))
+          .varint(TST::TableModelArchive::number_of_rows.number, rows)
+          .varint(TST::TableModelArchive::number_of_columns.number, columns);
   archives.push_back(testing::object(
       kInfo, 6000, Wire().message(TST::TableInfoArchive::tableModel.number, reference(kModel))));
   archives.push_back(testing::object(kModel, 6001, model));
-  archives.push_back(testing::object(kStrings, 6005, strings));
+  archives.push_back(testing::object(kStrings, 6005, stringList()));
   archives.push_back(testing::object(kFormats, 6005, formats()));
-  archives.push_back(testing::object(5, 6267, uids));
-  return std::make_unique<testing::Objects>(archives, content::Application::kNumbers);
+  archives.push_back(testing::object(kUids, 6267, uids));
+  archives.push_back(testing::object(
+      kSheet, 2, Wire().message(TN::SheetArchive::drawable_infos.number, reference(kInfo))));
+  archives.push_back(testing::object(
+      kDocument, 1, Wire().message(TN::DocumentArchive::sheets.number, reference(kSheet))));
+  return archives;
 }
 
 // Reads all cells; the answer is compared before it is timed.
 void readCells(benchmark::State& state, const Sample& sample, std::uint32_t rows,
                std::uint32_t columns) {
-  const auto objects = documentOf(sample.cell, rows, columns);
-  const auto info = objects->message<TST::TableInfoArchive>(kInfo);
+  testing::Objects objects(archivesOf(sample, rows, columns), content::Application::kNumbers);
+  const auto info = objects.message<TST::TableInfoArchive>(kInfo);
   std::vector<Cell> cells;
-  readTable(objects->reading(), info).cells->read(rows - 1, {}, cells);
-  if (cells.size() != columns || cells.back().text != sample.shown)
-    return state.SkipWithError(("wrong: " + (cells.empty() ? "" : cells.back().text)).c_str());
+  readTable(objects.reading(), info).cells->read(0, {}, cells);
+  if (cells.size() != columns || cells.front().text != sample.shown)
+    return state.SkipWithError(("wrong: " + (cells.empty() ? "" : cells.front().text)).c_str());
   for (auto _ : state) {
-    const Table table = readTable(objects->reading(), info);
+    const Table table = readTable(objects.reading(), info);
     for (std::uint32_t row = 0; row < table.rows; ++row) {
       table.cells->read(row, {}, cells);
       benchmark::DoNotOptimize(cells.data());
@@ -143,8 +215,7 @@ void readCells(benchmark::State& state, const Sample& sample, std::uint32_t rows
       benchmark::Counter::kIsRate);
 }
 
-const bool registered = [] {
-  static const std::vector<Sample> all = samples();
+void registerBenchmarks(const std::vector<Sample>& all) {
   for (const Sample& sample : all) {
     benchmark::RegisterBenchmark(
         ("table/" + std::string(sample.name)).c_str(),
@@ -152,7 +223,7 @@ const bool registered = [] {
         ->Unit(benchmark::kMillisecond);
   }
   benchmark::RegisterBenchmark("table/rows",
-                               [](benchmark::State& state) {
+                               [&all](benchmark::State& state) {
                                  readCells(state, all[1],
                                            static_cast<std::uint32_t>(state.range(0)), 2);
                                })
@@ -160,10 +231,48 @@ const bool registered = [] {
       ->Arg(100'000)
       ->Arg(1'000'000)
       ->Unit(benchmark::kMillisecond);
-  return true;
-}();
+}
+
+// Documents of tables of ten columns: a hundred thousand rows of each kind of cell, and
+// all kinds in more and fewer rows. The names say kind, rows, and bytes of object streams.
+void writeDocuments(const std::filesystem::path& folder, const std::vector<Sample>& all) {
+  std::filesystem::create_directories(folder);
+  const auto write = [&](const Sample& sample, std::uint32_t rows) {
+    // As the application does it, each tile has a member of its own.
+    auto rest = archivesOf(sample, rows, 10);
+    const std::size_t tiles = (rows + kRowsOfTile - 1) / kRowsOfTile;
+    std::vector<testing::Member> members;
+    std::size_t bytes = 0;
+    const auto add = [&](std::string name, const std::vector<testing::Archive>& archives) {
+      const std::string stream = testing::objectStream(archives);
+      bytes += stream.size();
+      members.push_back({std::move(name), testing::iwa(stream)});
+    };
+    for (std::size_t i = 0; i < tiles; ++i)
+      add("Index/Tables/Tile-" + std::to_string(i) + ".iwa", {std::move(rest[i])});
+    rest.erase(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(tiles));
+    add("Index/Document.iwa", rest);
+    const std::string name = std::string(sample.name) + '-' + std::to_string(rows) + '-' +
+                             std::to_string(bytes) + ".numbers";
+    testing::writeFile(folder / name, testing::zip(members));
+  };
+  for (const Sample& sample : all) write(sample, 100'000);
+  write(all.back(), 10'000);
+  write(all.back(), 1'000'000);
+}
 
 }  // namespace
 }  // namespace dorvex
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  constexpr std::string_view kWrite = "--write_documents=";
+  const auto all = dorvex::samples();
+  if (argc == 2 && std::string_view(argv[1]).starts_with(kWrite)) {
+    dorvex::writeDocuments(std::string_view(argv[1]).substr(kWrite.size()), all);
+    return 0;
+  }
+  dorvex::registerBenchmarks(all);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+}

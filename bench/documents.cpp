@@ -13,13 +13,17 @@ namespace {
 namespace fs = std::filesystem;
 using testing::Member;
 
-bool isSelected(const std::string& name) {
+}  // namespace
+
+bool isSelected(std::string_view name) {
   static const char* const kPrefixes[] = {
       "Index/Document", "Document", "Index/CalculationEngine", "CalculationEngine",
       "Index/Slide",    "Slide",    "Index/Tables/",           "Tables/"};
   return name.ends_with(".iwa") &&
          std::ranges::any_of(kPrefixes, [&](auto prefix) { return name.starts_with(prefix); });
 }
+
+namespace {
 
 void addMembers(const std::string& zip, Document& document) {
   for (Member& member : testing::unzip(zip)) {
@@ -34,15 +38,25 @@ void measure(Document& document) {
   for (const auto& stream : objectStreams(document)) document.streamBytes += stream.size();
 }
 
-Document load(const fs::path& path) {
+}  // namespace
+
+Document openDocument(const fs::path& path) {
   Document document{path.filename(), {}, {}, {}};
   if (fs::is_directory(path)) {
     document.memberPath = path / "Index" / "Document.iwa";
-    if (fs::exists(path / "Index.zip")) addMembers(testing::readFile(path / "Index.zip"), document);
   } else {
     document.bytes = testing::readFile(path);
-    addMembers(document.bytes, document);
   }
+  return document;
+}
+
+namespace {
+
+Document loadDocument(const fs::path& path) {
+  Document document = openDocument(path);
+  const fs::path zip = path / "Index.zip";
+  if (!document.bytes.empty()) addMembers(document.bytes, document);
+  if (fs::exists(zip)) addMembers(testing::readFile(zip), document);
   measure(document);
   return document;
 }
@@ -138,7 +152,7 @@ const std::vector<Document>& corpus() {
     std::vector<Document> found;
     for (const std::string& name : testing::corpusDocuments()) {
       try {
-        Document document = load(testing::corpusPath(name));
+        Document document = loadDocument(testing::corpusPath(name));
         if (document.streamBytes > 0) found.push_back(std::move(document));
       } catch (const std::exception&) {
         // The folder holds a few files that are no packages.

@@ -1,7 +1,9 @@
 // The documents that the benchmarks read.
 #pragma once
 
+#include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Tools/formats/vniwork13/iwa_utils.h"
@@ -15,6 +17,12 @@ struct Document {
   std::vector<std::string> members;  // the selected .iwa members, compressed
   std::size_t streamBytes = 0;       // their size, decompressed
 };
+
+// Whether the reader takes a member of that name.
+bool isSelected(std::string_view name);
+
+// A document of the file system, ready to be read; its members are not looked for.
+Document openDocument(const std::filesystem::path& path);
 
 // The real documents that the reader accepts; none where their folder is absent.
 const std::vector<Document>& corpus();

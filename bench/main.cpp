@@ -1,5 +1,7 @@
-// dorvex_bench: the benchmarks; --write_documents=FOLDER writes the generated
-// documents there instead, for what is measured by whole processes.
+// dorvex_bench: the benchmarks. For what is measured by whole processes,
+// --write_documents=FOLDER writes the generated documents there instead, and
+// --read=FILE reads the documents that the lines of a file name, which is the bare
+// reader's part of what the tool does with them.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
@@ -22,6 +24,11 @@ void writeDocuments(const std::filesystem::path& folder) {
 
 int main(int argc, char** argv) {
   constexpr std::string_view kWrite = "--write_documents=";
+  constexpr std::string_view kRead = "--read=";
+  if (argc == 2 && std::string_view(argv[1]).starts_with(kRead)) {
+    dorvex::bench::readDocuments(std::string_view(argv[1]).substr(kRead.size()));
+    return 0;
+  }
   if (argc == 2 && std::string_view(argv[1]).starts_with(kWrite)) {
     writeDocuments(std::string_view(argv[1]).substr(kWrite.size()));
     return 0;

@@ -48,12 +48,13 @@ def print_ratios(figures, processes, out):
         print(text)
         out.write(text + "\n")
 
-    line(f"{'document':34} {'stream':>10} {'whole':>9} {'/floor':>7} {'plain/':>7}")
+    line(f"{'document':34} {'stream':>10} {'whole':>9} {'/limit':>7} {'/floor':>7} {'plain/':>7}")
     for name in documents(figures):
-        whole, plain, floor = (figures[f"{way}/{name}"]["ms"] for way in ("whole", "plain", "floor"))
+        ways = ("whole", "plain", "floor", "limit")
+        whole, plain, floor, limit = (figures[f"{way}/{name}"]["ms"] for way in ways)
         line(
             f"{name:34} {figures[f'whole/{name}']['bytes'] / 1e6:7.2f} MB {whole:6.2f} ms"
-            f" {whole / floor:7.2f} {plain / whole:7.1f}"
+            f" {whole / limit:7.2f} {whole / floor:7.2f} {plain / whole:7.1f}"
         )
     for small, large in PAIRS:
         ratio = figures[f"whole/{large}"]["ms"] / figures[f"whole/{small}"]["ms"]
@@ -66,11 +67,20 @@ def print_ratios(figures, processes, out):
             f" plain {plain / streams[name]:.1f} times"
         )
     if "throughput" in processes:
-        one, two = (processes["throughput"][f"{jobs} jobs"]["seconds"] for jobs in (1, 2))
+        taken = processes["throughput"]
+        one, two = (taken[f"{jobs} jobs"]["seconds"] for jobs in (1, 2))
         line(f"2,000 real documents: {2000 / one:.0f} a second with one job, {one / two:.2f} times with two")
+        for key in ("seconds", "processor_seconds"):
+            ratio = taken["bare reader"][key] / taken["1 jobs"][key]
+            line(f"one job / bare reader: {ratio:.2f} of its documents, by {key.replace('_', ' ')}")
     base = processes["load and unload"]["seconds"]
     small = processes["read a small document"]["seconds"]
     line(f"small document, process to exit / load and unload: {small / base:.2f}")
+    if "start to exit" in processes:
+        ways = processes["start to exit"]
+        for key in ("seconds", "processor_seconds"):
+            text, unzip = ways["text"][key], ways["unzip"][key]
+            line(f"text of a small document: {text * 1e3:.1f} ms, {text / unzip:.1f} times unzip -p, by {key.replace('_', ' ')}")
     line(f"module: {processes['module bytes'] / 1e6:.1f} MB")
 
 

@@ -5,13 +5,16 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
+#include <map>
 #include <memory>
 
 #include "Readers/hostapi/reader_interface.h"
 #include "Tools/formats/vniwork13/object_walk.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "documents.h"
+#include "limit.h"
 #include "support/bare_host.h"
 
 namespace dorvex::bench {
@@ -99,6 +102,20 @@ void addBenchmark(const std::string& name, const std::vector<const Document*>& d
 
 }  // namespace
 
+void readDocuments(const std::filesystem::path& listing) {
+  loadModule(DORVEX_CONTAINER_MODULE);
+  const ReaderInterface reader = loadReader(DORVEX_READER_MODULE);
+  std::map<std::string, Document> documents;
+  std::vector<const Document*> lines;
+  std::ifstream file(listing);
+  for (std::string line; std::getline(file, line);) {
+    auto found = documents.find(line);
+    if (found == documents.end()) found = documents.emplace(line, openDocument(line)).first;
+    lines.push_back(&found->second);
+  }
+  for (const Document* document : lines) fill(reader, *document);
+}
+
 void registerWholeBenchmarks() {
   // Held, as a host does that reads more than one document: otherwise each
   // document would load and unload the container module's libraries.
@@ -107,6 +124,9 @@ void registerWholeBenchmarks() {
   const ReaderInterface plain = loadReader(DORVEX_PLAIN_READER_MODULE);
   const Read fillOnce = [](const ReaderInterface& module, const Document& document) {
     fill(module, document);
+  };
+  const Read limitOnce = [](const ReaderInterface&, const Document& document) {
+    benchmark::DoNotOptimize(readLimit(document));
   };
   const Read floorOnce = [](const ReaderInterface&, const Document& document) {
     readFloor(document);
@@ -128,10 +148,12 @@ void registerWholeBenchmarks() {
       if (answer != tokens(plain, *document)) fail(document->name + ": the two ways differ");
       // A chunk header at the end of a read makes the reader lose a whole member.
       if (answer.empty()) fail(document->name + ": gives nothing");
+      if (readLimit(*document) != document->streamBytes) fail(document->name + ": not all is read");
     }
     addBenchmark("whole/" + name, documents, reader, fillOnce);
     addBenchmark("plain/" + name, documents, plain, fillOnce);
     addBenchmark("floor/" + name, documents, reader, floorOnce);
+    addBenchmark("limit/" + name, documents, reader, limitOnce);
   }
 }
 

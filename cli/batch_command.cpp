@@ -5,11 +5,15 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <thread>
+#include <utility>
 
 #include "document_id.h"
 #include "exit_status.h"
@@ -27,19 +31,29 @@ namespace {
 
 constexpr std::uint64_t kAheadForEachJob = 64;
 
+constexpr int kAttempts = 50;
+constexpr std::chrono::milliseconds kBetweenAttempts(100);
+
 // Where the records go: each whole line is written at once.
 class RecordOutput {
  public:
-  RecordOutput(int fd, bool ordered, std::uint64_t window)
-      : output_(fd), inOrder_(output_, window), ordered_(ordered) {}
+  RecordOutput(int fd, bool ordered, std::uint64_t ahead)
+      : output_(fd), inOrder_(output_, {.parts = ahead}), ordered_(ordered) {}
 
-  void begin(std::uint64_t number) {
-    if (ordered_) inOrder_.begin(number);
+  // Does the work on the record of that number.
+  template <typename Work>
+  void during(std::uint64_t number, Work work) {
+    if (!ordered_) return work();
+    inOrder_.during([&] {
+      inOrder_.begin(number);
+      work();
+    });
   }
 
-  void put(std::uint64_t number, const std::string& line) {
+  // Puts the line out whole, or throws and puts out nothing of it.
+  void put(std::uint64_t number, Blocks line) {
     if (ordered_) {
-      inOrder_.write(number, line);
+      inOrder_.write(number, std::move(line));
       inOrder_.end(number);
       return;
     }
@@ -129,11 +143,11 @@ class BatchRun {
     Progress progress(showsProgress(), showsSummary(), total_);
     const auto next = [&] { return nextOf(*list); };
     const auto work = [&](const Job& job) {
-      records_.begin(job.number);
-      const Record record = readRecord(host_, job.item, options_.tidy);
-      records_.put(job.number, toLine(record));
-      if (record.result.status != Status::kOk) allRead_ = false;
-      progress.count(statusOf(record.result));
+      records_.during(job.number, [&] {
+        const Result result = recordOf(job);
+        if (result.status != Status::kOk) allRead_ = false;
+        progress.count(statusOf(result));
+      });
     };
     const bool ended = runJobs(options_.jobs, next, work, [this] {
       records_.seal();
@@ -144,6 +158,42 @@ class BatchRun {
   }
 
  private:
+  // A record that does not fit into memory costs the run no other.
+  Result recordOf(const Job& job) {
+    try {
+      Record record = readRecord(host_, job.item, options_.tidy);
+      Result result = record.result;
+      records_.put(job.number, toLine(std::move(record)));
+      return result;
+    } catch (const std::bad_alloc&) {
+      return recordOfShortage(job);
+    }
+  }
+
+  static Result shortage() {
+    Result result;
+    result.status = Status::kFailed;
+    result.failure = Failure::kOutOfResources;
+    result.message = "there is not enough memory for its record";
+    return result;
+  }
+
+  // What the other records hold is given back after a while.
+  Result recordOfShortage(const Job& job) {
+    for (int tried = 1;; ++tried) {
+      try {
+        Record record;
+        record.path = job.item.path;
+        record.result = shortage();
+        records_.put(job.number, toLine(std::move(record)));
+        return shortage();
+      } catch (const std::bad_alloc&) {
+        if (tried == kAttempts) throw;
+        std::this_thread::sleep_for(kBetweenAttempts);
+      }
+    }
+  }
+
   std::unique_ptr<PathList> documents() {
     if (options_.input.filesFrom.empty() && showsProgress()) total_ = countDocuments();
     return listOf(options_.input);

@@ -282,7 +282,7 @@ std::string delimiterFault(const std::string& value) {
 
 void addMarkdownOptions(CLI::App& command, Rendering& rendering) {
   addChoice<bool>(command, "--skipped", rendering.dropSkipped, {{"keep", false}, {"drop", true}},
-                  "What to do with skipped slides (keep)");
+                  "What to do with skipped slides and hidden sheets (keep)");
   addChoice<bool>(command, "--tables", rendering.htmlTables, {{"pipe", false}, {"html", true}},
                   "Markdown: tables with pipes, or as HTML with spans (pipe)");
   addChoice<RenderComments>(command, "--comments", rendering.comments,

@@ -65,9 +65,9 @@ class Run {
  private:
   bool printInto(Output& output, bool isTerminal) {
     const bool headings = options_.headings && isTerminal && mayBeSeveral(options_.input);
-    OrderedOutput ordered(output, kAheadForEachJob * options_.jobs);
+    OrderedOutput ordered(output, {.parts = kAheadForEachJob * options_.jobs});
     const auto list = listOf(options_.input);
-    const auto work = [&](const Job& job) {
+    const auto print = [&](const Job& job) {
       ordered.begin(job.number);
       bool begun = !headings;
       const Result result = options_.print(host_, job.item, [&](std::string_view bytes) {
@@ -76,6 +76,7 @@ class Run {
       });
       ordered.end(job.number, complaintOf(job.item, result));
     };
+    const auto work = [&](const Job& job) { ordered.during([&] { print(job); }); };
     return runJobs(
         options_.jobs, [&] { return list->next(); }, work,
         [&] {

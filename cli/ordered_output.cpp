@@ -1,25 +1,42 @@
 #include "ordered_output.h"
 
 #include <iostream>
+#include <utility>
 
 namespace dorvex::cli {
 
+// The part has its place from here on, so that ending it needs no memory.
 void OrderedOutput::begin(std::uint64_t number) {
   std::unique_lock lock(mutex_);
-  turned_.wait(lock, [&] { return broken_ || number <= turn_ + window_; });
+  turned_.wait(lock, [&] { return broken_ || number <= turn_ + bounds_.parts; });
+  waiting_.try_emplace(number);
+}
+
+template <typename Bytes>
+void OrderedOutput::add(std::uint64_t number, Bytes bytes) {
+  const std::uint64_t size = bytes.size();
+  std::unique_lock lock(mutex_);
+  turned_.wait(lock, [&] {
+    return broken_ || number == turn_ || (held_ <= bounds_.bytes && size <= bounds_.bytes - held_);
+  });
+  if (broken_) return;
+  if (number == turn_) {
+    output_.write(bytes);
+  } else {
+    waiting_[number].bytes.append(std::move(bytes));
+    held_ += size;
+  }
 }
 
 void OrderedOutput::write(std::uint64_t number, std::string_view bytes) {
-  const std::lock_guard lock(mutex_);
-  if (number != turn_) {
-    waiting_[number].bytes += bytes;
-    return;
-  }
+  during([&] { add(number, bytes); });
+}
+
+void OrderedOutput::write(std::uint64_t number, Blocks bytes) {
   try {
-    output_.write(bytes);
+    add(number, std::move(bytes));
   } catch (const OutputError&) {
-    broken_ = true;
-    turned_.notify_all();
+    giveUp();
     throw;
   }
 }
@@ -32,28 +49,33 @@ void OrderedOutput::put(const Part& part) {
 }
 
 void OrderedOutput::end(std::uint64_t number, std::string_view errorLine) {
+  during([&] { endLocked(number, errorLine); });
+}
+
+void OrderedOutput::endLocked(std::uint64_t number, std::string_view errorLine) {
   const std::lock_guard lock(mutex_);
   Part& ended = waiting_[number];
   ended.errorLine = errorLine;
   ended.ended = true;
-  try {
-    while (!waiting_.empty() && waiting_.begin()->first == turn_) {
-      Part& part = waiting_.begin()->second;
-      if (!part.ended) {
-        // It is under way, and goes out directly from here on.
-        output_.write(part.bytes);
-        part.bytes.clear();
-        break;
-      }
-      put(part);
-      waiting_.erase(waiting_.begin());
-      ++turn_;
+  while (!waiting_.empty() && waiting_.begin()->first == turn_) {
+    Part& part = waiting_.begin()->second;
+    held_ -= part.bytes.size();
+    if (!part.ended) {
+      // It is under way, and goes out directly from here on.
+      output_.write(part.bytes);
+      part.bytes = {};
+      break;
     }
-  } catch (const OutputError&) {
-    broken_ = true;
-    turned_.notify_all();
-    throw;
+    put(part);
+    waiting_.erase(waiting_.begin());
+    ++turn_;
   }
+  turned_.notify_all();
+}
+
+void OrderedOutput::giveUp() {
+  const std::lock_guard lock(mutex_);
+  broken_ = true;
   turned_.notify_all();
 }
 

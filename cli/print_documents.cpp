@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <utility>
+#include <variant>
 
 #include "exit_status.h"
 #include "printable.h"
@@ -29,6 +30,20 @@ const Result& readTexts(Document& document, bool tidy, Take take) {
   Tidier tidier;
   while (auto text = document.nextText()) {
     if (!tidy || tidier.take(*text)) take(std::move(*text));
+  }
+  return checked(document.result());
+}
+
+// From the tokens, so that no text is in memory for itself. The buffers have been
+// checked, so reading them again cannot fail.
+const Result& readPieces(Document& document, JsonStrings& texts) {
+  TokenStreamReader reader;
+  while (const auto buffer = document.nextBuffer()) {
+    reader.start(*buffer);
+    while (const auto token = reader.next()) {
+      if (const auto* text = std::get_if<TextToken>(&*token)) texts.add(text->text);
+      if (std::holds_alternative<BreakToken>(*token)) texts.end();
+    }
   }
   return checked(document.result());
 }
@@ -97,7 +112,6 @@ PrintDocument printTexts(TextForm form) {
   });
 }
 
-// The buffers have been checked, so reading them again cannot fail.
 PrintDocument printTokens() {
   return unlessAtFault(
       [](const Host& host, const ListedPath& listed, const Write& write) -> Result {
@@ -145,9 +159,11 @@ PrintDocument printRendering(SideFilesOf sideFilesOf) {
 
 PrintDocument printRecord(bool tidy) {
   return [tidy](const Host& host, const ListedPath& listed, const Write& write) -> Result {
-    const Record record = readRecord(host, listed, tidy);
-    write(toLine(record));
-    return record.result;
+    Record record = readRecord(host, listed, tidy);
+    Result result = record.result;
+    const Blocks line = toLine(std::move(record));
+    for (const std::string& part : line.parts()) write(part);
+    return result;
   };
 }
 
@@ -162,11 +178,16 @@ Record readRecord(const Host& host, const ListedPath& listed, bool tidy) {
   Document document = host.open(inputOf(listed));
   if (host.options().rendering) {
     record.content.emplace();
-    while (const auto piece = document.nextPiece()) *record.content += piece->bytes;
+    while (const auto piece = document.nextPiece()) record.content->add(piece->bytes);
+    record.content->end();
     record.result = checked(document.result());
+  } else if (tidy) {
+    record.result = readTexts(document, tidy, [&](const std::string& text) {
+      record.texts.add(text);
+      record.texts.end();
+    });
   } else {
-    record.result = readTexts(document, tidy,
-                              [&](std::string text) { record.texts.push_back(std::move(text)); });
+    record.result = readPieces(document, record.texts);
   }
   record.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
   record.bytesIn = record.result.inputBytes;

@@ -2,29 +2,15 @@
 
 #include <cstddef>
 
+#include "utf8.h"
+
 namespace dorvex::cli {
 namespace {
 
-bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
-
-// The bytes of the character at the beginning of a text that is not empty; 0 for
-// what is not UTF-8.
-std::size_t lengthOfFirst(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text.front());
-  if (first < 0x80) return 1;
-  const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-  if (first < 0xC2 || first > 0xF4 || text.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if (!isContinuation(static_cast<unsigned char>(text[i]))) return 0;
-  }
-  return length;
-}
-
-// C0, DEL, and C1, which is U+0080 to U+009F.
+// C0, DEL and C1.
 bool isControl(std::string_view character) {
   const auto first = static_cast<unsigned char>(character.front());
-  if (character.size() == 1) return first < 0x20 || first == 0x7F;
-  return first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
+  return first < 0x20 || first == 0x7F || isC1Control(character);
 }
 
 }  // namespace
@@ -32,10 +18,11 @@ bool isControl(std::string_view character) {
 std::string printable(std::string_view text) {
   std::string shown;
   while (!text.empty()) {
-    const std::size_t length = lengthOfFirst(text);
-    const bool plain = length > 0 && !isControl(text.substr(0, length));
+    const auto [form, length] = firstCharacterOf(text);
+    const bool isCharacter = form == FirstCharacter::Form::kWhole;
+    const bool plain = isCharacter && !isControl(text.substr(0, length));
     shown += plain ? text.substr(0, length) : "?";
-    text.remove_prefix(length > 0 ? length : 1);
+    text.remove_prefix(isCharacter ? length : 1);
   }
   return shown;
 }

@@ -4,12 +4,13 @@
 #include <array>
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <numeric>
 #include <optional>
+#include <utility>
 
 #include "base64.h"
 #include "document_id.h"
 #include "printable.h"
+#include "utf8.h"
 
 namespace dorvex::cli {
 namespace {
@@ -58,15 +59,17 @@ std::string_view nameIn(const auto& names, Enum value) {
 
 // The text with U+FFFD in place of what is not UTF-8; nothing for one that is
 // UTF-8 throughout.
-std::optional<std::string> replaced(const std::string& text) {
-  try {
-    static_cast<void>(ordered_json(text).dump());
-    return std::nullopt;
-  } catch (const ordered_json::type_error&) {
-    const auto replacing = ordered_json::error_handler_t::replace;
-    return ordered_json::parse(ordered_json(text).dump(-1, ' ', false, replacing))
-        .get<std::string>();
+std::optional<std::string> replaced(std::string_view text) {
+  std::string shown;
+  bool isReplaced = false;
+  while (!text.empty()) {
+    const auto [form, length] = firstCharacterOf(text);
+    const bool isCharacter = form == FirstCharacter::Form::kWhole;
+    shown += isCharacter ? text.substr(0, length) : kReplacement;
+    isReplaced = isReplaced || !isCharacter;
+    text.remove_prefix(length);
   }
+  return isReplaced ? std::optional(std::move(shown)) : std::nullopt;
 }
 
 void addPath(ordered_json& line, const std::string& path) {
@@ -74,20 +77,6 @@ void addPath(ordered_json& line, const std::string& path) {
   line["path"] = shown.value_or(path);
   line["path_is_utf8"] = !shown;
   if (shown) line["path_base64"] = base64(path);
-}
-
-void addTexts(ordered_json& line, const std::vector<std::string>& texts) {
-  auto& shown = line["texts"] = ordered_json::array();
-  auto marked = ordered_json::array();
-  for (const std::string& text : texts) {
-    if (auto repaired = replaced(text)) {
-      marked.push_back(shown.size());
-      shown.push_back(std::move(*repaired));
-    } else {
-      shown.push_back(text);
-    }
-  }
-  line["texts_not_utf8"] = std::move(marked);
 }
 
 void addSkipped(ordered_json& line, const std::vector<SkippedMember>& skipped) {
@@ -98,12 +87,18 @@ void addSkipped(ordered_json& line, const std::vector<SkippedMember>& skipped) {
   }
 }
 
-std::uint64_t bytesOf(const std::vector<std::string>& texts) {
-  return std::accumulate(texts.begin(), texts.end(), std::uint64_t{0},
-                         [](std::uint64_t sum, const auto& text) { return sum + text.size(); });
-}
-
 double toMicroseconds(double milliseconds) { return std::round(milliseconds * 1000) / 1000; }
+
+// The fields of an object that has more behind them, and those that end one: what is
+// large comes between, and is in memory once.
+std::string opened(const ordered_json& fields) {
+  std::string text = printableJson(fields.dump());
+  text.back() = ',';
+  return text;
+}
+std::string closing(const ordered_json& fields) {
+  return printableJson(fields.dump()).substr(1) + "\n";
+}
 
 }  // namespace
 
@@ -123,29 +118,40 @@ std::vector<std::string> failedStatuses() {
   return words;
 }
 
-std::string toLine(const Record& record) {
+Blocks toLine(Record record) {
   const Result& result = record.result;
-  ordered_json line;
-  line["version"] = kRecordVersion;
-  line["id"] = documentId(record.path);
-  addPath(line, record.path);
-  line["status"] = statusOf(result);
-  line["complete"] = result.status == Status::kOk;
-  line["message"] = replaced(result.message).value_or(result.message);
-  line["limit"] = nullptr;
-  if (result.limit != Limit::kNone) line["limit"] = nameIn(kLimits, result.limit);
-  line["signal"] = nullptr;
-  if (result.signal != 0) line["signal"] = result.signal;
-  line["result"] = nullptr;
-  if (result.moduleResult) line["result"] = *result.moduleResult;
-  line["kind"] = nameIn(kKinds, result.kind);
-  addTexts(line, record.texts);
-  if (record.content) line["content"] = replaced(*record.content).value_or(*record.content);
-  line["bytes_in"] = record.bytesIn;
-  line["bytes_out"] = record.content ? record.content->size() : bytesOf(record.texts);
-  line["milliseconds"] = toMicroseconds(record.milliseconds);
-  addSkipped(line, result.skipped);
-  return printableJson(line.dump()) + "\n";
+  ordered_json before;
+  before["version"] = kRecordVersion;
+  before["id"] = documentId(record.path);
+  addPath(before, record.path);
+  before["status"] = statusOf(result);
+  before["complete"] = result.status == Status::kOk;
+  before["message"] = replaced(result.message).value_or(result.message);
+  before["limit"] = nullptr;
+  if (result.limit != Limit::kNone) before["limit"] = nameIn(kLimits, result.limit);
+  before["signal"] = nullptr;
+  if (result.signal != 0) before["signal"] = result.signal;
+  before["result"] = nullptr;
+  if (result.moduleResult) before["result"] = *result.moduleResult;
+  before["kind"] = nameIn(kKinds, result.kind);
+  ordered_json behind;
+  behind["bytes_in"] = record.bytesIn;
+  behind["bytes_out"] = record.content ? record.content->bytesIn() : record.texts.bytesIn();
+  behind["milliseconds"] = toMicroseconds(record.milliseconds);
+  addSkipped(behind, result.skipped);
+
+  Blocks line;
+  line.append(opened(before));
+  line.append("\"texts\":[");
+  line.append(record.texts.take());
+  line.append("],\"texts_not_utf8\":" + ordered_json(record.texts.replaced()).dump() + ",");
+  if (record.content) {
+    line.append("\"content\":");
+    line.append(record.content->take());
+    line.append(",");
+  }
+  line.append(closing(behind));
+  return line;
 }
 
 }  // namespace dorvex::cli

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -114,15 +115,29 @@ void addPayloads(Seeds& seeds, const std::string& stream) {
   }
 }
 
+std::string streamOf(const Member& member) {
+  const std::vector<char> stream = vn::iwork13::uncompressIwaBuffer(
+      member.contents.data(), static_cast<std::uint32_t>(member.contents.size()));
+  return {stream.begin(), stream.end()};
+}
+
+// All objects of a document, of which a walk takes what it needs.
+void addContent(Seeds& seeds, const std::vector<Member>& members) {
+  std::string stream;
+  for (const Member& member : members)
+    if (member.name.ends_with(".iwa")) stream += streamOf(member);
+  seeds.add("content_walk", '\1' + stream);
+}
+
 void addAllOf(Seeds& seeds, const std::vector<Member>& members) {
   addPackage(seeds, testing::zip(members));
+  addContent(seeds, members);
   for (const Member& member : members) {
     if (!member.name.ends_with(".iwa")) continue;
     addMember(seeds, member.contents);
-    const std::vector<char> stream = vn::iwork13::uncompressIwaBuffer(
-        member.contents.data(), static_cast<std::uint32_t>(member.contents.size()));
-    addStream(seeds, {stream.begin(), stream.end()});
-    addPayloads(seeds, {stream.begin(), stream.end()});
+    const std::string stream = streamOf(member);
+    addStream(seeds, stream);
+    addPayloads(seeds, stream);
   }
 }
 
@@ -248,7 +263,7 @@ void addTableCells(Seeds& seeds) {
     seeds.add("table_cells", word(bytes.size()) + bytes + list.SerializePartialAsString());
   }
   const std::string half = encodeLittleEndian(0x3FE0000000000000, 8);
-  for (const std::uint32_t type : {256, 257, 258, 259, 261, 262, 267, 268, 269}) {
+  for (const std::uint32_t type : {256U, 257U, 258U, 259U, 261U, 262U, 267U, 268U, 269U}) {
     TSK::FormatStructArchive format;
     format.set_format_type(type);
     format.set_decimal_places(253);
@@ -335,6 +350,19 @@ std::vector<std::string> typeWords() {
   return words;
 }
 
+// Choices for documents of the content view, from few to many.
+void addDocuments(Seeds& seeds) {
+  std::mt19937 random(16);
+  for (const char* writer :
+       {"csv_writer", "html_writer", "json_writer", "markdown_writer", "text_writer"}) {
+    for (const std::size_t size : {0U, 20U, 200U, 1000U, 4000U}) {
+      std::string choices;
+      while (choices.size() < size) choices += static_cast<char>(random());
+      seeds.add(writer, choices);
+    }
+  }
+}
+
 void makeSeeds(const fs::path& folder, const std::vector<fs::path>& descriptions) {
   fs::remove_all(folder);
   fs::create_directories(folder);
@@ -350,6 +378,7 @@ void makeSeeds(const fs::path& folder, const std::vector<fs::path>& descriptions
   addZipCases(seeds);
   addDirectoryCases(seeds);
   addMessageCases(seeds);
+  addDocuments(seeds);
   seeds.addDictionary("printed_form", typeWords());
 }
 

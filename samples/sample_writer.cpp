@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "TSKArchives.pb.h"
 #include "TSTArchives.pb.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "samples/cell_buffer.h"
@@ -44,6 +45,18 @@ void addExtension(Message& message, const std::string& name, const json& value) 
   }
 }
 
+// Messages that documents hold and the registries leave out.
+std::unique_ptr<Message> unlistedMessage(int type) {
+  switch (type) {
+    case 222:
+      return std::make_unique<TSK::CustomFormatListArchive>();
+    case 6267:
+      return std::make_unique<TST::ColumnRowUIDMapArchive>();
+    default:
+      throw std::runtime_error("no message of type " + std::to_string(type));
+  }
+}
+
 // Sets the rows of a tile.
 void addCells(TST::Tile& tile, const json& rows) {
   unsigned index = 0;
@@ -64,8 +77,8 @@ void addCells(TST::Tile& tile, const json& rows) {
 std::string makeMessage(const json& description, MessageFunction messages) {
   const int type = description.at("type");
   if (description.contains("raw")) return rawMessage(description.at("raw"));
-  const std::unique_ptr<Message> message(messages(type));
-  if (message == nullptr) throw std::runtime_error("no message of type " + std::to_string(type));
+  std::unique_ptr<Message> message(messages(type));
+  if (message == nullptr) message = unlistedMessage(type);
   parse(description.at("message"), *message);
   const json extensions = description.value("extensions", json::object());
   for (const auto& [name, value] : extensions.items()) addExtension(*message, name, value);

@@ -65,7 +65,8 @@ class ZipContainer {
   ZipContainer(ZipLayout layout, UnzipLimits* limits);
   bool openArchive(_VPTPIOobj* io);
   bool has(std::int32_t index) const;
-  VNContainerStatus check(const ZipEntry& entry, const zip_stat_t& stat);
+  VNContainerStatus check(const ZipEntry& entry, const zip_stat_t& stat, std::uint64_t& data);
+  VNContainerStatus copyStored(const ZipEntry& entry, std::uint64_t data, _VPTPIOobj* stream);
   UnzipLimit limitPassedBy(const ZipEntry& entry) const;
 
   ZipLayout layout_;

@@ -216,10 +216,10 @@ std::string_view ZipLayout::nameOf(const ZipEntry& entry) const {
   return std::string_view(names_).substr(entry.nameStart, entry.nameLength);
 }
 
-bool ZipLayout::agrees(const ZipEntry& entry) {
+std::optional<std::uint64_t> ZipLayout::findData(const ZipEntry& entry) {
   std::vector<Byte> header(static_cast<std::size_t>(std::min<std::uint64_t>(
       kLocalSize + entry.nameLength + kUsualExtra, reader_.size() - entry.offset)));
-  if (!reader_.readAll(entry.offset, header.data(), header.size())) return false;
+  if (!reader_.readAll(entry.offset, header.data(), header.size())) return std::nullopt;
   const Byte* local = header.data();
   const std::uint16_t flags = u16(local + 6);
   if (u32(local) != kLocalSignature || u16(local + 8) != entry.method ||
@@ -227,33 +227,34 @@ bool ZipLayout::agrees(const ZipEntry& entry) {
       u16(local + 26) != entry.nameLength ||
       nameOf(entry) !=
           std::string_view(reinterpret_cast<const char*>(local) + kLocalSize, entry.nameLength)) {
-    return false;
+    return std::nullopt;
   }
   const std::uint32_t crc = u32(local + 14);
   std::uint64_t compressedSize = u32(local + 18);
   std::uint64_t size = u32(local + 22);
   const std::size_t extraLength = u16(local + 28);
   const std::uint64_t data = entry.offset + kLocalSize + entry.nameLength + extraLength;
-  if (!fits(data, entry.compressedSize, entry.room)) return false;
+  if (!fits(data, entry.compressedSize, entry.room)) return std::nullopt;
 
   const std::size_t needed = kLocalSize + entry.nameLength + extraLength;
   if (needed > header.size()) {
     header.resize(needed);
-    if (!reader_.readAll(entry.offset, header.data(), needed)) return false;
+    if (!reader_.readAll(entry.offset, header.data(), needed)) return std::nullopt;
   }
   if (!takeZip64(header.data() + kLocalSize + entry.nameLength, extraLength,
                  {&size, &compressedSize})) {
-    return false;
+    return std::nullopt;
   }
-  if (crc == entry.crc && size == entry.size && compressedSize == entry.compressedSize) return true;
-  if ((flags & kDescriptorFlag) == 0) return false;
+  if (crc == entry.crc && size == entry.size && compressedSize == entry.compressedSize) return data;
+  if ((flags & kDescriptorFlag) == 0) return std::nullopt;
   // What a local header does not know yet is 0 there, and follows the data.
   const auto isOpen = [](std::uint64_t local, std::uint64_t central) {
     return local == 0 || local == central;
   };
-  return isOpen(crc, entry.crc) && isOpen(size, entry.size) &&
-         isOpen(compressedSize, entry.compressedSize) &&
-         hasDescriptor(entry, data + entry.compressedSize);
+  const bool agrees = isOpen(crc, entry.crc) && isOpen(size, entry.size) &&
+                      isOpen(compressedSize, entry.compressedSize) &&
+                      hasDescriptor(entry, data + entry.compressedSize);
+  return agrees ? std::optional(data) : std::nullopt;
 }
 
 // A descriptor may have a signature or not, and sizes of four bytes or of eight.

@@ -48,8 +48,12 @@ class ZipLayout {
   // Reads the local header of a member, and the data descriptor where there is
   // one: whether they say what the central directory says (method, encryption,
   // name, checksum, both sizes) and the member ends before what follows it. One
-  // read for most members. Not asked of a member that overlaps.
-  bool agrees(const ZipEntry& entry);
+  // read for most members. Not asked of a member that overlaps. Gives where the data
+  // of the member begin; nothing where the two disagree.
+  std::optional<std::uint64_t> findData(const ZipEntry& entry);
+
+  // Of the file that the layout is of.
+  IoReader& reader() { return reader_; }
 
  private:
   // Where the central directory lies.

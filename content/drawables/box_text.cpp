@@ -17,9 +17,8 @@ const Object* storageAt(Reading& reading, const Message<TSP::Reference>& referen
 }
 
 bool isEmpty(const Object& storage) {
-  for (const std::string_view piece : Message<Storage>(storage.payload).all(Storage::text))
-    if (!piece.empty()) return false;
-  return true;
+  return std::ranges::all_of(Message<Storage>(storage.payload).all(Storage::text),
+                             [](std::string_view piece) { return piece.empty(); });
 }
 
 // The text that flows through linked boxes, this one among them.

@@ -8,12 +8,14 @@
 #include <utility>
 
 #include "KNArchives.h"
+#include "TPArchives.h"
 #include "TSDArchives.h"
 #include "TSTArchives.h"
 #include "TSWPArchives.h"
 #include "charts/chart.h"
 #include "drawables/attributes.h"
 #include "drawables/box_text.h"
+#include "drawables/nesting.h"
 #include "drawables/pictures.h"
 #include "tables/table.h"
 #include "text/comment.h"
@@ -22,12 +24,37 @@
 namespace dorvex::content {
 namespace {
 
+// The role of a paragraph on a slide. It is the place that makes a title: styles of titles
+// stand anywhere, for their looks.
+Role roleOnSlide(PlaceholderKind kind, const Paragraph& paragraph) {
+  const Role role = paragraph.role;
+  if (kind == PlaceholderKind::kTitle) return Role::kTitle;
+  if (kind == PlaceholderKind::kBody && role == Role::kSubtitle) return role;
+  const bool saysNothing = role == Role::kTitle || role == Role::kSubtitle ||
+                           role == Role::kHeading || role == Role::kOther;
+  if (!saysNothing) return role;
+  if (paragraph.list) return Role::kList;
+  return kind == PlaceholderKind::kBody ? Role::kBody : Role::kOther;
+}
+
+void setRolesOnSlide(PlaceholderKind kind, std::vector<Block>& blocks) {
+  for (Block& block : blocks) {
+    auto* paragraph = std::get_if<Paragraph>(&block.what);
+    if (paragraph == nullptr) continue;
+    paragraph->role = roleOnSlide(kind, *paragraph);
+    paragraph->level = 0;
+  }
+}
+
 void readShape(Reading& reading, const Object& object, Block& block) {
   using Info = TSWP::ShapeInfoArchive;
   const Message<Info> shape(object.payload);
   const bool isTextBox = shape.get(Info::is_text_box);
-  block.what = Box{isTextBox ? BoxKind::kTextBox : BoxKind::kShape, PlaceholderKind::kOther,
-                   readBoxText(reading, shape)};
+  Box box{isTextBox ? BoxKind::kTextBox : BoxKind::kShape, PlaceholderKind::kOther,
+          readBoxText(reading, shape)};
+  if (reading.application() == Application::kKeynote)
+    setRolesOnSlide(PlaceholderKind::kOther, box.blocks);
+  block.what = std::move(box);
 }
 
 // A shape without text, or a line between shapes.
@@ -72,7 +99,17 @@ PlaceholderKind kindOf(KN::PlaceholderArchive_Kind kind) {
 void readPlaceholder(Reading& reading, const Object& object, Block& block) {
   using Archive = KN::PlaceholderArchive;
   const Message<Archive> placeholder(object.payload);
-  block.what = Box{BoxKind::kPlaceholder, kindOf(placeholder.get(Archive::kind)),
+  Box box{BoxKind::kPlaceholder, kindOf(placeholder.get(Archive::kind)),
+          readBoxText(reading, placeholder.get(Archive::super))};
+  setRolesOnSlide(box.placeholder, box.blocks);
+  block.what = std::move(box);
+}
+
+// The other applications have placeholders as well, which are boxes for text.
+void readPlainPlaceholder(Reading& reading, const Object& object, Block& block) {
+  using Archive = TP::PlaceholderArchive;
+  const Message<Archive> placeholder(object.payload);
+  block.what = Box{BoxKind::kTextBox, PlaceholderKind::kOther,
                    readBoxText(reading, placeholder.get(Archive::super))};
 }
 
@@ -132,20 +169,67 @@ constexpr std::array<DrawableType, 11> kTypes = {{
     {6007, 2, readWrappedTable},
 }};
 constexpr DrawableType kPlaceholder = {7, 3, readPlaceholder};
+constexpr DrawableType kPlainPlaceholder = {7, 3, readPlainPlaceholder};
 
 const DrawableType* typeOf(const Reading& reading, const Object& object) {
-  // The other applications give these ids to something else.
-  if (reading.application() == Application::kKeynote &&
-      Types<KN::PlaceholderArchive>::hold(object.type))
-    return &kPlaceholder;
+  // The other applications give the other ids of Keynote's to something else.
+  if (reading.application() == Application::kKeynote) {
+    if (Types<KN::PlaceholderArchive>::hold(object.type)) return &kPlaceholder;
+  } else if (object.type == kPlainPlaceholder.type) {
+    return &kPlainPlaceholder;
+  }
   const auto* const type = std::ranges::find(kTypes, object.type, &DrawableType::type);
   return type == kTypes.end() ? nullptr : type;
 }
 
-Message<TSD::DrawableArchive> drawableIn(std::string_view payload, unsigned depth) {
-  using Nesting = TSD::GroupArchive;  // any message whose field 1 is the one that it extends
-  for (; depth > 0; --depth) payload = Message<Nesting>(payload).get(Nesting::super).bytes();
-  return Message<TSD::DrawableArchive>(payload);
+Message<TSD::DrawableArchive> drawableIn(const Object& object, unsigned depth) {
+  return Message<TSD::DrawableArchive>(nested(object.payload, depth));
+}
+
+// Whether a reference is to a drawable that says itself that it lies in that one.
+bool isChild(const Reading& reading, const Message<TSP::Reference>& reference,
+             const Object& parent) {
+  const Object* child = reading.graph().find(reference.get(TSP::Reference::identifier));
+  const DrawableType* type = child == nullptr ? nullptr : typeOf(reading, *child);
+  if (type == nullptr) return false;
+  const auto named = drawableIn(*child, type->depth).get(TSD::DrawableArchive::parent);
+  return named.get(TSP::Reference::identifier) == parent.identifier;
+}
+
+// A drawable that only later versions know: if it extends a shape or a group, it has its
+// text or its drawables where those have theirs.
+void readUnknown(Reading& reading, const Object& object, unsigned depth, Block& block) {
+  using Group = TSD::GroupArchive;
+  using Shape = TSWP::ShapeInfoArchive;
+  constexpr unsigned kOfGroup = 1;
+  constexpr unsigned kOfShape = 2;
+  Box box{BoxKind::kShape, PlaceholderKind::kOther, {}};
+  if (depth >= kOfShape)
+    box.blocks = readBoxText(reading, Message<Shape>(nested(object.payload, depth - kOfShape)));
+  if (depth >= kOfGroup) {
+    const Message<Group> group(nested(object.payload, depth - kOfGroup));
+    for (const auto& reference : group.all(Group::children)) {
+      if (!isChild(reading, reference, object)) continue;
+      box.kind = BoxKind::kGroup;
+      appendDrawable(reading, reference, box.blocks);
+    }
+  }
+  block.what = std::move(box);
+}
+
+// Sets the block of a drawable; whether the object is one.
+bool readByType(Reading& reading, const Object& object, Block& block) {
+  if (const DrawableType* type = typeOf(reading, object)) {
+    readAttributes(reading, drawableIn(object, type->depth), block);
+    type->read(reading, object, block);
+    return true;
+  }
+  reading.countUnknown(object);
+  const auto depth = depthOfDrawable(object.payload);
+  if (!depth) return false;
+  readAttributes(reading, drawableIn(object, *depth), block);
+  readUnknown(reading, object, *depth, block);
+  return true;
 }
 
 // Whether a block shows something, or somebody said something about it. The
@@ -159,21 +243,15 @@ bool isWorthShowing(const Object& object, const Block& block) {
 }  // namespace
 
 std::optional<Block> readDrawable(Reading& reading, const Object& drawable) {
-  const DrawableType* type = typeOf(reading, drawable);
   if (!reading.claim(drawable)) return std::nullopt;
-  if (type == nullptr) {
-    reading.countUnknown(drawable);
-    return std::nullopt;
-  }
   const Descent descent(reading);
   if (descent.tooDeep()) {
     reading.addProblem("Drawable " + std::to_string(drawable.identifier) + " lies too deep");
     return std::nullopt;
   }
   Block block;
-  readAttributes(reading, drawableIn(drawable.payload, type->depth), block);
-  type->read(reading, drawable, block);
-  if (!isWorthShowing(drawable, block)) return std::nullopt;
+  if (!readByType(reading, drawable, block) || !isWorthShowing(drawable, block))
+    return std::nullopt;
   return block;
 }
 

@@ -10,8 +10,8 @@
 namespace dorvex::content {
 
 // The block of a drawable; nothing for what shows nothing of its own (a line, an empty
-// shape without a description), has been read before, or is of an unknown type, which
-// is counted.
+// shape without a description) or has been read before. One of an unknown type is counted,
+// and a shape or a group with what can be made out of it.
 std::optional<Block> readDrawable(Reading& reading, const Object& drawable);
 
 // Appends the block of the drawable that is referred to, if it has one.

@@ -1,5 +1,7 @@
 #include "graph/graph.h"
 
+#include <snappy.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -25,8 +27,27 @@ bool isResourceFork(std::string_view name) {
   return name.substr(slash == std::string_view::npos ? 0 : slash + 1).starts_with("._");
 }
 
-// The chunks of a member, decompressed up to the first one that cannot be; whether
-// that was all.
+// How long the chunks of a member say that they are decompressed. What states more than
+// the compression can give is a lie, and ends the sum.
+std::size_t statedLength(std::string_view member) {
+  constexpr std::size_t kMostExpansion = 22;  // three bytes copy 64 at most
+  std::size_t sum = 0;
+  while (member.size() >= vn::iwork13::kChunkHeaderSize && member.front() == 0) {
+    const auto length =
+        vn::iwork13::getChunkLength(reinterpret_cast<const unsigned char*>(member.data()));
+    member.remove_prefix(vn::iwork13::kChunkHeaderSize);
+    std::size_t stated = 0;
+    if (length > member.size() || !snappy::GetUncompressedLength(member.data(), length, &stated) ||
+        stated > kMostExpansion * length)
+      break;
+    sum += stated;
+    member.remove_prefix(length);
+  }
+  return sum;
+}
+
+// Appends the chunks of a member, decompressed up to the first one that cannot be, as far
+// as there is room; whether that was all.
 bool decompress(std::string_view member, std::string& stream) {
   using namespace vn::iwork13;
   try {
@@ -37,6 +58,7 @@ bool decompress(std::string_view member, std::string& stream) {
       if (length > member.size()) return false;
       block.clear();
       appendUncompressedChunk(member.data(), length, block);
+      if (block.size() > stream.capacity() - stream.size()) return false;
       stream.append(block.data(), block.size());
       member.remove_prefix(length);
     }
@@ -74,17 +96,28 @@ Graph::Graph(Package& package, LeftOut& leftOut) {
 }
 
 void Graph::addStream(std::string_view name, std::string_view member, LeftOut& leftOut) {
-  std::string& stream = streams_.emplace_back();
-  const bool whole = decompress(member, stream);
-  if (stream.empty() && !whole) {
-    streams_.pop_back();
+  std::string& streams = streamsWithRoom(statedLength(member));
+  const std::size_t start = streams.size();
+  const bool whole = decompress(member, streams);
+  std::string_view rest = std::string_view(streams).substr(start);
+  if (rest.empty() && !whole) {
     ++leftOut.passedOver;
     return;
   }
-  std::string_view rest = stream;
-  while (!rest.empty() && addArchive(rest)) {
-  }
+  do {
+    // Archives without a header hold nothing: a bomb of them is not gone through singly.
+    rest.remove_prefix(std::min(rest.find_first_not_of('\0'), rest.size()));
+  } while (!rest.empty() && addArchive(rest));
   if (!whole || !rest.empty()) addDamage(name, "is damaged", leftOut);
+}
+
+// Streams that lay one by one among what is only needed to read them would leave gaps of
+// that size, and one that grew would be there twice.
+std::string& Graph::streamsWithRoom(std::size_t bytes) {
+  constexpr std::size_t kTogether = std::size_t{1} << 20;
+  if (streams_.empty() || streams_.back().capacity() - streams_.back().size() < bytes)
+    streams_.emplace_back().reserve(std::max(bytes, kTogether));
+  return streams_.back();
 }
 
 // Adds the object of the archive that stream begins with, and takes it off.

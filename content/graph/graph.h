@@ -40,8 +40,9 @@ class Graph {
  private:
   void addStream(std::string_view name, std::string_view member, LeftOut& leftOut);
   bool addArchive(std::string_view& stream);
+  std::string& streamsWithRoom(std::size_t bytes);
 
-  std::deque<std::string> streams_;
+  std::deque<std::string> streams_;  // each of several members; never reallocated
   std::vector<Object> objects_;
 };
 

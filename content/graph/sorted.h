@@ -11,7 +11,8 @@ namespace dorvex::content {
 // algorithm: clang 14 cannot compile those of the ranges that give a subrange.)
 template <typename T, typename Key = std::identity>
 void sortAndKeepFirst(std::vector<T>& values, Key key = {}) {
-  std::ranges::stable_sort(values, {}, key);
+  // What is in order already, as most lists are, needs no memory to be sorted in.
+  if (!std::ranges::is_sorted(values, {}, key)) std::ranges::stable_sort(values, {}, key);
   const auto same = [&](const T& left, const T& right) {
     return std::invoke(key, left) == std::invoke(key, right);
   };

@@ -79,6 +79,7 @@ template <> struct Types<KN::SlideNodeArchive> : TypeIds<4> {};
 template <> struct Types<KN::SlideArchive> : TypeIds<5, 6> {};
 template <> struct Types<KN::PlaceholderArchive> : TypeIds<7, 12> {};
 template <> struct Types<KN::NoteArchive> : TypeIds<15> {};
+template <> struct Types<KN::SlideNumberAttachmentArchive> : TypeIds<22> {};
 template <> struct Types<TN::SheetArchive> : TypeIds<2> {};
 template <> struct Types<TN::FormBasedSheetArchive> : TypeIds<3> {};
 template <> struct Types<TST::Tile> : TypeIds<6002> {};

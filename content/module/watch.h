@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "dorvex/content.h"
@@ -13,8 +14,8 @@ namespace dorvex::content {
 class Watch final : public Sink {
  public:
   // damaged is what is known to be damaged before the document is read.
-  Watch(Sink& writer, const std::vector<DamagedMember>& damaged)
-      : writer_(writer), damaged_(damaged) {}
+  Watch(Sink& writer, std::vector<DamagedMember> damaged)
+      : writer_(writer), damaged_(std::move(damaged)) {}
 
   void document(Application application, const Metadata& metadata) override;
   void slide(const Slide& slide) override;

@@ -1,9 +1,12 @@
 #include "pages/floating.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <map>
+#include <unordered_map>
 #include <vector>
 
 #include "drawables/drawable.h"
@@ -14,28 +17,51 @@ namespace {
 using Archive = TP::FloatingDrawablesArchive;
 using Group = TP::FloatingDrawablesArchive_PageGroup;
 using Entry = TP::FloatingDrawablesArchive_DrawableEntry;
+using ZOrder = TP::DrawablesZOrderArchive;
 
-std::vector<Block> readGroup(Reading& reading, const Message<Group>& group) {
-  std::vector<Block> blocks;
+// Places in the order of drawing. The pages list their drawables in any order.
+class Layers {
+ public:
+  explicit Layers(const Message<ZOrder>& order) {
+    for (const auto& reference : order.all(ZOrder::drawables))
+      places_.emplace(reference.get(TSP::Reference::identifier), places_.size());
+  }
+
+  // What has no place stands in front.
+  std::size_t operator()(const Message<TSP::Reference>& drawable) const {
+    const auto place = places_.find(drawable.get(TSP::Reference::identifier));
+    return place == places_.end() ? places_.size() : place->second;
+  }
+
+ private:
+  std::unordered_map<std::uint64_t, std::size_t> places_;
+};
+
+std::vector<Block> readGroup(Reading& reading, const Message<Group>& group, const Layers& layers) {
+  std::vector<Message<TSP::Reference>> drawables;
   for (const auto layer :
        {Group::background_drawables, Group::drawables, Group::foreground_drawables}) {
-    for (const auto& entry : group.all(layer))
-      appendDrawable(reading, entry.get(Entry::drawable), blocks);
+    for (const auto& entry : group.all(layer)) drawables.push_back(entry.get(Entry::drawable));
   }
+  std::ranges::stable_sort(drawables, {}, std::cref(layers));
+  std::vector<Block> blocks;
+  for (const auto& drawable : drawables) appendDrawable(reading, drawable, blocks);
   return blocks;
 }
 
 }  // namespace
 
-void readFloating(Reading& reading, const Message<Archive>& floating, Sink& sink) {
+void readFloating(Reading& reading, const Message<Archive>& floating, const Message<ZOrder>& order,
+                  Sink& sink) {
   constexpr std::uint32_t kLastPage = std::numeric_limits<std::uint32_t>::max() - 1;
+  const Layers layers(order);
   std::multimap<std::uint32_t, Message<Group>> groups;
   for (const auto& group : floating.all(Archive::page_groups))
     groups.emplace(std::min(group.get(Group::page_index), kLastPage), group);
   for (const auto& [index, group] : groups) {
     FloatingPage page;
     page.page = index + 1;
-    page.blocks = readGroup(reading, group);
+    page.blocks = readGroup(reading, group, layers);
     if (!page.blocks.empty()) sink.floating(page);
   }
 }

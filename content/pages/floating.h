@@ -8,8 +8,8 @@
 namespace dorvex::content {
 
 // Hands the drawables of each page to the sink. Which of them a person reads first the
-// document does not say: they come as they are drawn, from back to front.
+// document does not say: they come in the order in which they are drawn, from back to front.
 void readFloating(Reading& reading, const Message<TP::FloatingDrawablesArchive>& floating,
-                  Sink& sink);
+                  const Message<TP::DrawablesZOrderArchive>& order, Sink& sink);
 
 }  // namespace dorvex::content

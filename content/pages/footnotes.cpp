@@ -39,13 +39,13 @@ Footnotes::Footnotes(Reading& reading, const Message<Settings>& settings)
       format_(settings.get(Settings::footnote_format)),
       numbering_(settings.get(Settings::footnote_numbering)) {}
 
-std::string Footnotes::add(const Object& attachment, bool deleted) {
+NoteMark Footnotes::add(const Object& attachment, bool deleted) {
   if (!reading_.claim(attachment)) return {};
   std::string mark =
       plainText(Message<Attachment>(attachment.payload).get(Attachment::custom_mark_string));
   if (mark.empty() && !deleted) mark = nextMark();
-  entries_.push_back({&attachment, std::move(mark)});
-  return std::to_string(entries_.size());
+  entries_.push_back({&attachment, mark});
+  return {std::to_string(entries_.size()), std::move(mark)};
 }
 
 // Where each page begins anew, it is the layout that knows the pages, and the numbers

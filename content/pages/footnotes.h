@@ -9,6 +9,7 @@
 #include "TPArchives.h"
 #include "dorvex/content.h"
 #include "graph/reading.h"
+#include "text/paragraphs.h"
 
 namespace dorvex::content {
 
@@ -16,9 +17,9 @@ class Footnotes {
  public:
   Footnotes(Reading& reading, const Message<TP::SettingsArchive>& settings);
 
-  // Adds the footnote of a mark and gives its id; an empty one where that is none. One
-  // whose mark is deleted is not counted.
-  std::string add(const Object& attachment, bool deleted);
+  // Adds the footnote of a mark and gives its id and what is shown; no id where that is
+  // none. One whose mark is deleted is not counted.
+  NoteMark add(const Object& attachment, bool deleted);
   // A section of the text begins.
   void beginSection();
 

@@ -19,15 +19,30 @@ using Document = TP::DocumentArchive;
 using Settings = TP::SettingsArchive;
 using Storage = TSWP::StorageArchive;
 
-// The text that flows through the pages, and what hangs on it.
+// The text that flows through the pages, and what hangs on it. A document for the layout
+// of pages has one like any other, which it does not show. The pages have the headers and
+// footers of its sections all the same.
 class Body : public StorageSink {
  public:
   Body(Reading& reading, const Message<Settings>& settings, Sink& sink)
-      : sections_(reading, settings), footnotes_(reading, settings), sink_(sink) {}
+      : isShown_(settings.get(Settings::body, true)),
+        sections_(reading, settings),
+        footnotes_(reading, settings),
+        reading_(reading),
+        sink_(sink) {}
+
+  void read(const Message<Storage>& storage) {
+    readStorage(reading_, storage, *this);
+    if (hides_) ++reading_.leftOut().hiddenTexts;
+  }
 
   void block(Block&& block) override {
-    sink_.body(block);
-    ++blocks_;
+    if (isShown_) {
+      sink_.body(block);
+      ++blocks_;
+    } else {
+      hides_ = hides_ || !textOf({std::move(block)}).empty();
+    }
   }
 
   void section(const Object& object) override {
@@ -35,7 +50,8 @@ class Body : public StorageSink {
     footnotes_.beginSection();
   }
 
-  std::string footnote(const Object& attachment, bool deleted) override {
+  NoteMark footnote(const Object& attachment, bool deleted) override {
+    if (!isShown_) return {};
     return footnotes_.add(attachment, deleted);
   }
 
@@ -46,8 +62,11 @@ class Body : public StorageSink {
   void writeFootnotes() { footnotes_.write(sink_); }
 
  private:
+  bool isShown_;
+  bool hides_ = false;  // a text
   Sections sections_;
   Footnotes footnotes_;
+  Reading& reading_;
   Sink& sink_;
   std::size_t blocks_ = 0;
   std::vector<Section> read_;
@@ -60,16 +79,12 @@ void readPages(Reading& reading, Sink& sink) {
   const auto settings = reading.get<Settings>(document.get(Document::settings));
   const auto storage = reading.get<Storage>(document.get(Document::body_storage));
   Body body(reading, settings, sink);
-  // A document for the layout of pages has a body like any other, which it does not show.
-  if (settings.get(Settings::body, true)) {
-    readStorage(reading, storage, body);
-  } else if (!textOf(readStorage(reading, storage)).empty()) {
-    ++reading.leftOut().hiddenTexts;
-  }
+  body.read(storage);
   body.writeSections();
   readFloating(
       reading,
-      reading.get<TP::FloatingDrawablesArchive>(document.get(Document::floating_drawables)), sink);
+      reading.get<TP::FloatingDrawablesArchive>(document.get(Document::floating_drawables)),
+      reading.get<TP::DrawablesZOrderArchive>(document.get(Document::drawables_zorder)), sink);
   body.writeFootnotes();
 }
 

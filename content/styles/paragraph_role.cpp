@@ -8,7 +8,7 @@ namespace dorvex::content {
 namespace {
 
 // A kind of style by the first word of its name. Level is that of a heading of number
-// 1, or without number.
+// 1, or without number; of a title it says that it is one without number only.
 struct Kind {
   std::string_view name;
   Role role;
@@ -20,9 +20,11 @@ constexpr Kind kKinds[] = {
     {"Title", Role::kTitle},
     {"Title Alt", Role::kTitle},
     {"Title Small", Role::kTitle},
+    {"Masthead", Role::kTitle},
     {"Subtitle", Role::kSubtitle},
     {"Subtitle Alt", Role::kSubtitle},
     {"Heading", Role::kHeading, 1},
+    {"Heading Red", Role::kHeading, 1},
     {"Subheading", Role::kHeading, 2},
     {"Chapter", Role::kHeading, 1},
     {"Section", Role::kHeading, 1},
@@ -32,15 +34,21 @@ constexpr Kind kKinds[] = {
     {"Bullets Small", Role::kBody},
     {"Introduction", Role::kBody},
     {"Caption", Role::kCaption},
+    {"Caption Alt", Role::kCaption},
+    {"Caption Bold", Role::kCaption},
+    {"Caption Red", Role::kCaption},
     {"Caption Small", Role::kCaption},
     {"Caption Text", Role::kCaption},
     {"Caption Title", Role::kCaption},
     {"Object Caption", Role::kCaption},
     {"Label", Role::kLabel},
     {"Label Alt", Role::kLabel},
+    {"Label Dark", Role::kLabel},
+    {"Shape Caption", Role::kLabel},
     {"Shape Caption White", Role::kLabel},
     {"Header & Footer", Role::kHeader},
     {"Footnote Text", Role::kFootnote},
+    {"Footnote", Role::kFootnote},
     {"TOC Heading", Role::kToc},
 };
 
@@ -50,12 +58,13 @@ constexpr Kind kNames[] = {
     {"Normal", Role::kBody},
     {"Body Text", Role::kBody},
     {"Text", Role::kBody},
-    {"Footnote", Role::kFootnote},
+    {"Sub-heading", Role::kHeading, 2},
     {"Figure Caption", Role::kCaption},
     {"Table Caption", Role::kCaption},
     {"Chapter Title", Role::kHeading, 1},
     {"TOC", Role::kToc},
     // German
+    {"Standard", Role::kBody},
     {"Titel", Role::kTitle},
     {"Untertitel", Role::kSubtitle},
     {"Überschrift", Role::kHeading, 1},
@@ -63,18 +72,18 @@ constexpr Kind kNames[] = {
     {"Kopf- und Fußzeilen", Role::kHeader},
     {"Fußnote", Role::kFootnote},
     // French
-    {"Titre", Role::kTitle},
+    {"Titre", Role::kTitle, 1},
     {"Sous-titre", Role::kSubtitle},
     {"Corps", Role::kBody},
     {"Légende", Role::kCaption},
     {"En-tête et pied de page", Role::kHeader},
     // Spanish, Portuguese
-    {"Título", Role::kTitle},
+    {"Título", Role::kTitle, 1},
     {"Subtítulo", Role::kSubtitle},
     {"Cuerpo", Role::kBody},
     {"Corpo", Role::kBody},
     // Italian
-    {"Titolo", Role::kTitle},
+    {"Titolo", Role::kTitle, 1},
     {"Sottotitolo", Role::kSubtitle},
     {"Didascalia", Role::kCaption},
     // Dutch
@@ -90,7 +99,22 @@ constexpr Kind kNames[] = {
     {"Brødtekst", Role::kBody},
     {"Brödtext", Role::kBody},
     {"Sidehoved og sidefod", Role::kHeader},
+    // Finnish
+    {"Otsikko", Role::kTitle, 1},
+    {"Alaotsikko", Role::kSubtitle},
+    // Russian, Ukrainian
+    {"Заголовок", Role::kHeading, 1},
+    {"Название", Role::kTitle},
+    {"Подзаголовок", Role::kSubtitle},
+    {"Обычный", Role::kBody},
+    {"Основной текст", Role::kBody},
+    // Hungarian, Turkish
+    {"Címsor", Role::kHeading, 1},
+    {"Cím", Role::kTitle},
+    {"Alcím", Role::kSubtitle},
+    {"Başlık", Role::kHeading, 1},
     // Czech, Polish
+    {"Nadpis", Role::kHeading, 1},
     {"Název", Role::kTitle},
     {"Podtitul", Role::kSubtitle},
     {"Tytuł", Role::kTitle},
@@ -113,7 +137,7 @@ constexpr Kind kNames[] = {
     {"サブタイトル", Role::kSubtitle},
     {"見出し", Role::kHeading, 1},
     {"本文", Role::kBody},
-    {"제목", Role::kTitle},
+    {"제목", Role::kTitle, 1},
     {"부제", Role::kSubtitle},
     {"본문", Role::kBody},
 };
@@ -156,7 +180,8 @@ std::optional<ParagraphRole> roleIn(const Kind (&kinds)[Size], std::string_view 
   const unsigned number = takeNumber(name);
   for (const Kind& kind : kinds) {
     if (!areEqual(kind.name, name)) continue;
-    if (kind.role != Role::kHeading) return ParagraphRole{kind.role, 0};
+    const bool isHeading = kind.role == Role::kHeading || (kind.level > 0 && number > 0);
+    if (!isHeading) return ParagraphRole{kind.role, 0};
     const unsigned below = number > 0 && number <= kDeepestHeading ? number - 1 : 0;
     return ParagraphRole{Role::kHeading, kind.level + below};
   }

@@ -15,6 +15,8 @@ constexpr std::int64_t kSecondsOfDay = 86'400;
 constexpr std::int64_t kEpochDay = 730'791;  // 2001-01-01, counted from 0000-03-01 as 0
 // Years of more digits nobody writes; a double has no seconds for them either.
 constexpr double kMostSeconds = 3e12;
+constexpr int kMicroseconds = 1'000'000;  // of a second
+constexpr unsigned kMicrosecondDigits = 6;
 // Longer runs of a letter are damage.
 constexpr unsigned kLongestField = 32;
 
@@ -123,13 +125,12 @@ void appendQuarter(const CivilTime& time, unsigned count, const Symbols& symbols
   appendName(count == 3 ? symbols.shortQuarters : symbols.quarters, index, out);
 }
 
-void appendFraction(double fraction, unsigned count, std::string& out) {
-  for (unsigned i = 0; i < count; ++i) {
-    fraction *= 10;
-    const int digit = std::min(static_cast<int>(fraction), 9);
-    out += static_cast<char>('0' + digit);
-    fraction -= digit;
-  }
+// Cut off behind count digits.
+void appendFraction(int microsecond, unsigned count, std::string& out) {
+  std::string digits;
+  appendNumber(microsecond, kMicrosecondDigits, digits);
+  digits.resize(count, '0');
+  out += digits;
 }
 
 // Dates have no zone; they are shown as if they had this one.
@@ -207,11 +208,11 @@ void appendField(char letter, unsigned count, const CivilTime& time, const Symbo
     case 's':
       return appendNumber(time.second, count, out);
     case 'S':
-      return appendFraction(time.fraction, count, out);
+      return appendFraction(time.microsecond, count, out);
     case 'A':
-      return appendNumber(((time.hour * 60LL + time.minute) * 60 + time.second) * 1000 +
-                              static_cast<std::int64_t>(time.fraction * 1000),
-                          count, out);
+      return appendNumber(
+          ((time.hour * 60LL + time.minute) * 60 + time.second) * 1000 + time.microsecond / 1000,
+          count, out);
     case 'z':
     case 'Z':
     case 'O':
@@ -233,8 +234,14 @@ bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 bool civilTime(double seconds, CivilTime& time) {
   if (!(std::abs(seconds) < kMostSeconds)) return false;
   const double whole = std::floor(seconds);
-  time.fraction = seconds - whole;
-  const auto count = static_cast<std::int64_t>(whole);
+  auto count = static_cast<std::int64_t>(whole);
+  // A double of today's dates tells microseconds: noon that was calculated may lie that
+  // little before noon.
+  time.microsecond = static_cast<int>(std::lround((seconds - whole) * kMicroseconds));
+  if (time.microsecond == kMicroseconds) {
+    time.microsecond = 0;
+    ++count;
+  }
   const std::int64_t day = floorDivide(count, kSecondsOfDay);
   const auto second = static_cast<int>(count - day * kSecondsOfDay);
   setDate(day + kEpochDay, time);

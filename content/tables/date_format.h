@@ -17,7 +17,7 @@ struct CivilTime {
   int weekday = 1;         // 0 is Sunday
   int dayOfYear = 1;       // from 1
   int hour = 0, minute = 0, second = 0;
-  double fraction = 0;  // of a second
+  int microsecond = 0;
 };
 
 // The civil time of a number of seconds since the beginning of 2001; whether it is one

@@ -39,7 +39,7 @@ char* writeDigits(Wide value, char* first, char* last) {
 
 Decimal::Decimal(double value) {
   std::array<char, 32> text{};
-  const auto end =
+  const auto* const end =
       std::to_chars(text.begin(), text.end(), std::abs(value), std::chars_format::scientific).ptr;
   auto* const mark = std::find(text.begin(), text.end(), 'e');
   std::string digits(text.begin(), mark);

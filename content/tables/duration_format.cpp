@@ -61,9 +61,8 @@ icu::MeasureUnit* measureUnit(std::size_t unit, UErrorCode& error) {
 }
 
 // "2 heures", as ICU says it; nothing where it does not.
-std::string localized(std::uint64_t count, std::size_t unit, const std::string& locale) {
+std::string localized(std::uint64_t count, std::size_t unit, const icu::MeasureFormat& format) {
   UErrorCode error = U_ZERO_ERROR;
-  const icu::MeasureFormat format(icu::Locale(locale.c_str()), UMEASFMT_WIDTH_WIDE, error);
   std::unique_ptr<icu::MeasureUnit> measured(measureUnit(unit, error));
   if (U_FAILURE(error)) return {};
   const icu::Measure measure(icu::Formattable(static_cast<std::int64_t>(count)), measured.release(),
@@ -73,6 +72,15 @@ std::string localized(std::uint64_t count, std::size_t unit, const std::string& 
   format.formatMeasures(&measure, 1, text, position, error);
   std::string bytes;
   return U_SUCCESS(error) ? text.toUTF8String(bytes) : bytes;
+}
+
+// What says the units of a language; nothing for English, whose names stand above.
+std::shared_ptr<const icu::MeasureFormat> namesOf(const std::string& locale) {
+  if (locale.starts_with("en")) return nullptr;
+  UErrorCode error = U_ZERO_ERROR;
+  auto names = std::make_shared<const icu::MeasureFormat>(icu::Locale(locale.c_str()),
+                                                          UMEASFMT_WIDTH_WIDE, error);
+  return U_SUCCESS(error) ? names : nullptr;
 }
 
 }  // namespace
@@ -88,7 +96,7 @@ DurationFormat::DurationFormat(DurationStyle style, std::uint32_t largest, std::
     : style_(style),
       units_{unitOfBit(largest, 0), unitOfBit(smallest, kMilliseconds)},
       automatic_(automatic || largest == 0 || smallest == 0),
-      locale_(symbols.locale) {
+      names_(style == DurationStyle::kLong ? namesOf(symbols.locale) : nullptr) {
   units_.smallest = std::max(units_.largest, units_.smallest);
 }
 
@@ -135,8 +143,8 @@ void DurationFormat::appendWords(std::uint64_t count, std::size_t unit, std::str
     out.append(std::to_string(count)).append(kUnits[unit].letters);
     return;
   }
-  if (!locale_.starts_with("en")) {
-    const std::string text = localized(count, unit, locale_);
+  if (names_) {
+    const std::string text = localized(count, unit, *names_);
     if (!text.empty()) {
       out += text;
       return;

@@ -1,11 +1,18 @@
 // Durations in units from weeks to milliseconds.
 #pragma once
 
+#include <unicode/uversion.h>
+
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "tables/number_format.h"
 #include "tables/symbols.h"
+
+U_NAMESPACE_BEGIN
+class MeasureFormat;
+U_NAMESPACE_END
 
 namespace dorvex::content {
 
@@ -35,7 +42,7 @@ class DurationFormat {
   DurationStyle style_ = DurationStyle::kShort;
   Units units_{0, 0};
   bool automatic_ = true;
-  std::string locale_ = "en";
+  std::shared_ptr<const icu::MeasureFormat> names_;  // of units; null for English
 };
 
 }  // namespace dorvex::content

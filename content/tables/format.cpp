@@ -93,6 +93,11 @@ Control controlOf(std::uint32_t type) {
   }
 }
 
+CustomKind customKind(std::uint32_t type) {
+  if (type == kCustomText) return CustomKind::kText;
+  return type == kCustomDate ? CustomKind::kDate : CustomKind::kNumber;
+}
+
 // What formats consist of; what is longer than this is damage.
 std::string shortText(std::string_view text) {
   constexpr std::size_t kLongest = 900;
@@ -122,7 +127,14 @@ Formatting::Formatting(Reading& reading) : symbols_(reading) {
   std::ranges::stable_sort(customs_, {}, [](auto& c) { return std::tuple(c.upper, c.lower); });
 }
 
-const CustomFormat* Formatting::custom(const Message<TSP::UUID>& uid) {
+const CustomFormat* Formatting::custom(const FormatArchive& use) {
+  if (const auto* listed = listedCustom(use.get(Archive::custom_uid))) return listed;
+  const auto own = use.find(Archive::custom_format);
+  if (!own) return nullptr;
+  return own_.emplace_back(std::make_unique<CustomFormat>(*own, symbols_)).get();
+}
+
+const CustomFormat* Formatting::listedCustom(const Message<TSP::UUID>& uid) {
   const std::tuple wanted(uid.get(TSP::UUID::upper), uid.get(TSP::UUID::lower));
   const auto found = std::ranges::lower_bound(customs_, wanted, {},
                                               [](auto& c) { return std::tuple(c.upper, c.lower); });
@@ -185,12 +197,17 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
     case kCustomNumber:
     case kCustomText:
     case kCustomDate:
-      if (const CustomFormat* custom = formatting.custom(archive.get(Archive::custom_uid)))
-        shown_ = custom;
+      if (const CustomFormat* custom = formatting.custom(archive))
+        shown_ = CustomUse{custom, customKind(type)};
       break;
     default:
       break;
   }
+}
+
+const CustomFormat* Format::custom(CustomKind kind) const {
+  const auto* use = std::get_if<CustomUse>(&shown_);
+  return use != nullptr && use->kind == kind ? use->format : nullptr;
 }
 
 void Format::appendNumber(const Decimal& number, const Symbols& symbols, std::string& out) const {
@@ -200,7 +217,10 @@ void Format::appendNumber(const Decimal& number, const Symbols& symbols, std::st
                  [&](const std::monostate& none) { plain(none); },
                  [&](const DateFormat& format) { plain(format); },
                  [&](const DurationFormat& format) { plain(format); },
-                 [&](const CustomFormat* custom) { custom->appendNumber(number, symbols, out); },
+                 [&](const CustomUse& use) {
+                   if (use.kind == CustomKind::kDate) return plain(use);
+                   use.format->appendNumber(number, symbols, out);
+                 },
                  [&](const auto& format) { formatted(format); },
              },
              shown_);
@@ -209,8 +229,8 @@ void Format::appendNumber(const Decimal& number, const Symbols& symbols, std::st
 void Format::appendDate(double seconds, const Symbols& symbols, std::string& out) const {
   if (const auto* format = std::get_if<DateFormat>(&shown_)) {
     format->append(seconds, symbols, out);
-  } else if (const auto* custom = std::get_if<const CustomFormat*>(&shown_)) {
-    (*custom)->appendDate(seconds, symbols, out);
+  } else if (const auto* dates = custom(CustomKind::kDate)) {
+    dates->appendDate(seconds, symbols, out);
   } else {
     DateFormat(symbols.shortDatePattern + ' ' + symbols.shortTimePattern)
         .append(seconds, symbols, out);
@@ -224,8 +244,7 @@ void Format::appendDuration(double seconds, const Symbols& symbols, std::string&
 }
 
 void Format::appendText(std::string_view text, std::string& out) const {
-  if (const auto* custom = std::get_if<const CustomFormat*>(&shown_))
-    return (*custom)->appendText(text, out);
+  if (const auto* texts = custom(CustomKind::kText)) return texts->appendText(text, out);
   appendPlainText(text, out);
 }
 

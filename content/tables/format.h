@@ -2,6 +2,7 @@
 // for all cells that have it.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,8 +26,9 @@ class Formatting {
   explicit Formatting(Reading& reading);
 
   const Symbols& symbols() const { return symbols_; }
-  // The custom format of that identifier, or null.
-  const CustomFormat* custom(const Message<TSP::UUID>& uid);
+  // The custom format that a format uses: that of the document's list, else the one that
+  // it brings along. Null where there is none.
+  const CustomFormat* custom(const FormatArchive& use);
 
  private:
   struct Custom {
@@ -35,8 +37,19 @@ class Formatting {
     std::unique_ptr<CustomFormat> compiled;
   };
 
+  const CustomFormat* listedCustom(const Message<TSP::UUID>& uid);
+
   Symbols symbols_;
+  std::vector<std::unique_ptr<CustomFormat>> own_;
   std::vector<Custom> customs_;  // ascending by upper and lower
+};
+
+// What a custom format was made for; it shows nothing else.
+enum class CustomKind : std::uint8_t { kNumber, kText, kDate };
+
+struct CustomUse {
+  const CustomFormat* format;
+  CustomKind kind;
 };
 
 // A compiled format. What it cannot show is shown as a cell without a format shows it.
@@ -63,9 +76,11 @@ class Format {
 
  private:
   void compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting);
+  // The custom format, if it was made for that.
+  const CustomFormat* custom(CustomKind kind) const;
 
   std::variant<std::monostate, DecimalFormat, ScientificFormat, FractionFormat, BaseFormat,
-               RatingFormat, DateFormat, DurationFormat, const CustomFormat*>
+               RatingFormat, DateFormat, DurationFormat, CustomUse>
       shown_;
   std::string_view name_;
   std::string currency_;

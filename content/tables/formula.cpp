@@ -44,30 +44,62 @@ enum class Strength : std::uint8_t {
 struct Expression {
   std::string text;
   Strength strength = Strength::kWhole;
+  std::size_t qualifier = 0;  // how much of the text is the name of another table
 };
 
 struct Operator {
-  Type type;
   std::string_view sign;
+  Type type;
   Strength strength;
 };
 
 constexpr Operator kOperators[] = {
-    {Type::ADDITION_NODE, "+", Strength::kAddition},
-    {Type::SUBTRACTION_NODE, "-", Strength::kAddition},
-    {Type::MULTIPLICATION_NODE, "×", Strength::kMultiplication},
-    {Type::DIVISION_NODE, "÷", Strength::kMultiplication},
-    {Type::POWER_NODE, "^", Strength::kPower},
-    {Type::CONCATENATION_NODE, "&", Strength::kConcatenation},
-    {Type::GREATER_THAN_NODE, ">", Strength::kComparison},
-    {Type::GREATER_THAN_OR_EQUAL_TO_NODE, "≥", Strength::kComparison},
-    {Type::LESS_THAN_NODE, "<", Strength::kComparison},
-    {Type::LESS_THAN_OR_EQUAL_TO_NODE, "≤", Strength::kComparison},
-    {Type::EQUAL_TO_NODE, "=", Strength::kComparison},
-    {Type::NOT_EQUAL_TO_NODE, "≠", Strength::kComparison},
-    {Type::COLON_NODE, ":", Strength::kRange},
-    {Type::COLON_NODE_WITH_UIDS, ":", Strength::kRange},
+    {"+", Type::ADDITION_NODE, Strength::kAddition},
+    {"-", Type::SUBTRACTION_NODE, Strength::kAddition},
+    {"×", Type::MULTIPLICATION_NODE, Strength::kMultiplication},
+    {"÷", Type::DIVISION_NODE, Strength::kMultiplication},
+    {"^", Type::POWER_NODE, Strength::kPower},
+    {"&", Type::CONCATENATION_NODE, Strength::kConcatenation},
+    {">", Type::GREATER_THAN_NODE, Strength::kComparison},
+    {"≥", Type::GREATER_THAN_OR_EQUAL_TO_NODE, Strength::kComparison},
+    {"<", Type::LESS_THAN_NODE, Strength::kComparison},
+    {"≤", Type::LESS_THAN_OR_EQUAL_TO_NODE, Strength::kComparison},
+    {"=", Type::EQUAL_TO_NODE, Strength::kComparison},
+    {"≠", Type::NOT_EQUAL_TO_NODE, Strength::kComparison},
+    {":", Type::COLON_NODE, Strength::kRange},
+    {":", Type::COLON_NODE_WITH_UIDS, Strength::kRange},
 };
+
+// The seconds of a unit, which is a bit: weeks, days, hours, minutes, seconds,
+// milliseconds. 0 for none.
+double secondsOfUnit(std::int64_t unit) {
+  switch (unit) {
+    case 1:
+      return 604'800;
+    case 2:
+      return 86'400;
+    case 4:
+      return 3'600;
+    case 8:
+      return 60;
+    case 16:
+      return 1;
+    case 32:
+      return 0.001;
+    default:
+      return 0;
+  }
+}
+
+// A duration has the units that a person typed, if they hold all of it.
+DurationFormat unitsOfDuration(const Message<Node>& node, double seconds, const Symbols& symbols) {
+  const auto largest = node.get(Node::AST_duration_node_duration_unit_largest);
+  const auto smallest = node.get(Node::AST_duration_node_duration_unit_smallest);
+  const double unit = secondsOfUnit(smallest);
+  const bool fits = unit > 0 && std::fmod(seconds, unit) == 0;
+  const bool automatic = !fits || node.get(Node::AST_duration_node_use_automatic_units);
+  return {DurationStyle::kShort, largest, smallest, automatic, symbols};
+}
 
 class Decoder {
  public:
@@ -84,13 +116,14 @@ class Decoder {
     return false;
   }
   bool push(std::string text, Strength strength = Strength::kWhole);
-  bool pushReference(std::optional<std::string> text);
+  bool pushReference(std::optional<ReferenceText> reference);
   std::optional<Expression> pop();
   // The last count operands, joined.
   std::optional<std::string> popJoined(std::uint64_t count, std::string_view separator);
   static std::string within(const Expression& operand, Strength least);
 
   bool binary(const Operator& op);
+  bool range(const Operator& op);
   bool prefix(std::string_view sign);
   bool percent();
   bool function(std::string name, std::uint64_t arguments);
@@ -129,9 +162,11 @@ bool Decoder::push(std::string text, Strength strength) {
   return true;
 }
 
-bool Decoder::pushReference(std::optional<std::string> text) {
-  if (!text) return fail("it refers to what is not there");
-  return push(std::move(*text));
+bool Decoder::pushReference(std::optional<ReferenceText> reference) {
+  if (!reference) return fail("it refers to what is not there");
+  if (!push(reference->table + reference->place)) return false;
+  stack_.back().qualifier = reference->table.size();
+  return true;
 }
 
 std::optional<Expression> Decoder::pop() {
@@ -164,6 +199,18 @@ std::string Decoder::within(const Expression& operand, Strength least) {
   return operand.strength < least ? '(' + operand.text + ')' : operand.text;
 }
 
+// A range of another table names it once.
+bool Decoder::range(const Operator& op) {
+  if (stack_.size() >= 2) {
+    Expression& last = stack_.back();
+    const Expression& first = stack_[stack_.size() - 2];
+    if (last.qualifier > 0 && last.qualifier == first.qualifier &&
+        first.text.starts_with(last.text.substr(0, last.qualifier)))
+      last.text.erase(0, last.qualifier);
+  }
+  return binary(op);
+}
+
 // Operators of the same strength are read from the left.
 bool Decoder::binary(const Operator& op) {
   const auto right = pop();
@@ -180,9 +227,11 @@ bool Decoder::prefix(std::string_view sign) {
   return push(std::string(sign).append(within(*operand, Strength::kSign)), Strength::kSign);
 }
 
+// Of a sign and a percentage it is all the same which comes first.
 bool Decoder::percent() {
   const auto operand = pop();
-  return operand && push(within(*operand, Strength::kPercent) + '%', Strength::kPercent);
+  return operand && push(within(*operand, Strength::kSign) + '%',
+                         std::min(operand->strength, Strength::kPercent));
 }
 
 bool Decoder::function(std::string name, std::uint64_t arguments) {
@@ -240,32 +289,12 @@ bool Decoder::date(const Message<Node>& node) {
 }
 
 bool Decoder::duration(const Message<Node>& node) {
-  // The unit is a bit: weeks, days, hours, minutes, seconds, milliseconds.
-  const auto seconds = [](std::int32_t unit) -> double {
-    switch (unit) {
-      case 1:
-        return 604'800;
-      case 2:
-        return 86'400;
-      case 4:
-        return 3'600;
-      case 8:
-        return 60;
-      case 16:
-        return 1;
-      case 32:
-        return 0.001;
-      default:
-        return 0;
-    }
-  };
-  const double unit = seconds(node.get(Node::AST_duration_node_unit));
+  const double unit = secondsOfUnit(node.get(Node::AST_duration_node_unit));
   const auto count = node.find(Node::AST_duration_node_unitNum);
   if (!count || unit == 0 || !std::isfinite(*count * unit)) return fail("a duration is missing");
   static const Symbols english("en_US");
-  const DurationFormat format(DurationStyle::kShort, 0, 0, true, english);
   std::string text;
-  format.append(*count * unit, english, text);
+  unitsOfDuration(node, *count * unit, english).append(*count * unit, english, text);
   if (text.empty()) return fail("a duration is too long");
   return push(std::move(text));
 }
@@ -274,9 +303,10 @@ bool Decoder::duration(const Message<Node>& node) {
 bool Decoder::whitespace(const Message<Node>& node, bool before) {
   if (stack_.empty()) return true;
   const std::string spaces = plainText(node.get(Node::AST_whitespace));
-  if (spaces.find_first_not_of(" \n\t\u00A0") != spaces.npos) return true;
+  if (spaces.find_first_not_of(" \n\t\u00A0") != std::string::npos) return true;
   std::string& text = stack_.back().text;
   text = before ? spaces + text : text + spaces;
+  if (before) stack_.back().qualifier = 0;
   return text.size() <= kLongestText || fail("it is too long");
 }
 
@@ -294,7 +324,8 @@ bool Decoder::let(const Message<Node>& node, unsigned depth) {
 bool Decoder::step(const Message<Node>& node, unsigned depth) {
   const auto type = node.get(Node::AST_node_type);
   const auto* op = std::ranges::find(kOperators, type, &Operator::type);
-  if (op != std::end(kOperators)) return binary(*op);
+  if (op != std::end(kOperators))
+    return op->strength == Strength::kRange ? range(*op) : binary(*op);
   switch (type) {
     case Type::NEGATION_NODE:
       return prefix("-");

@@ -17,7 +17,7 @@ constexpr double kLargestInteger = 9007199254740992;  // 2^53
 constexpr int kMostStars = 5;
 
 NegativeStyle negativeStyle(const FormatArchive& format) {
-  constexpr std::uint32_t kLast = static_cast<std::uint32_t>(NegativeStyle::kRedParentheses);
+  constexpr auto kLast = static_cast<std::uint32_t>(NegativeStyle::kRedParentheses);
   return static_cast<NegativeStyle>(std::min(format.get(Archive::negative_style), kLast));
 }
 
@@ -37,7 +37,7 @@ DecimalFormat DecimalFormat::number(const FormatArchive& format) { return Decima
 DecimalFormat DecimalFormat::percentage(const FormatArchive& format, const Symbols& symbols) {
   DecimalFormat percentage(format);
   percentage.shift_ = 2;
-  percentage.affixes_.after = symbols.percent;
+  percentage.affixes_ = symbols.percentAffixes();
   return percentage;
 }
 
@@ -52,9 +52,9 @@ DecimalFormat DecimalFormat::currency(const FormatArchive& format, const Symbols
 }
 
 void DecimalFormat::append(Decimal number, const Symbols& symbols, std::string& out) const {
+  const bool negative = number.isNegative();  // whatever its digits that are shown: -0
   number.shift(shift_);
   roundTo(shape_, number);
-  const bool negative = number.isNegative();
   const bool parentheses = negative && (accounting_ || hasParentheses(negative_));
   if (negative && !parentheses && negative_ == NegativeStyle::kMinus) out += symbols.minus;
   if (parentheses && !accounting_) out += '(';

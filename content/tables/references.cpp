@@ -37,6 +37,18 @@ std::optional<Ends> endsOf(const Values<Message<Range>, Encoding::kMessage>& ran
   return Ends{begin + origin, end + origin};
 }
 
+// Each end is relative or absolute as its mark says; where both ends are the same, they
+// are the begin and end of one range.
+std::optional<Ends> markedEnds(const std::optional<Ends>& relative,
+                               const std::optional<Ends>& absolute, bool firstAbsolute,
+                               bool lastAbsolute) {
+  const auto& other = relative ? relative : absolute;
+  const auto& first = firstAbsolute && absolute ? absolute : other;
+  const auto& last = lastAbsolute && absolute ? absolute : other;
+  if (!first || !last) return std::nullopt;
+  return Ends{first->first, last->last};
+}
+
 }  // namespace
 
 std::optional<const NamedTable*> References::tableOf(const Message<Node>& node) const {
@@ -77,7 +89,7 @@ std::optional<std::string> References::row(const NamedTable* table, const Line& 
   return mark + std::to_string(line.number + 1);
 }
 
-std::optional<std::string> References::cell(const Message<Node>& node) const {
+std::optional<ReferenceText> References::cell(const Message<Node>& node) const {
   const auto table = tableOf(node);
   if (!table) return std::nullopt;
   const auto columnCoordinate = node.find(Node::AST_column);
@@ -98,61 +110,67 @@ std::optional<std::string> References::cell(const Message<Node>& node) const {
         row(*table, {rowCoordinate->get(RowCoordinate::row) + origin, absolute}, !columnCoordinate);
   }
   if (!columnText || !rowText || (columnText->empty() && rowText->empty())) return std::nullopt;
-  std::string text = qualifier(*table) + *columnText + *rowText;
+  ReferenceText text{qualifier(*table), *columnText + *rowText};
   // A row without columns looks like a number.
-  if (columnText->empty() && rowText->find_first_not_of("$0123456789") == rowText->npos)
-    text += ':' + *rowText;
+  if (columnText->empty() && rowText->find_first_not_of("$0123456789") == std::string::npos)
+    text.place += ':' + *rowText;
   return text;
 }
 
-std::optional<std::string> References::tract(const Message<Node>& node) const {
+std::optional<std::string> References::corner(const NamedTable* table, const Line* columnLine,
+                                              const Line* rowLine) const {
+  std::optional<std::string> columnText = "";
+  std::optional<std::string> rowText = "";
+  if (columnLine != nullptr) columnText = column(table, *columnLine, rowLine == nullptr);
+  if (rowLine != nullptr) rowText = row(table, *rowLine, columnLine == nullptr);
+  if (!columnText || !rowText) return std::nullopt;
+  return *columnText + *rowText;
+}
+
+std::optional<ReferenceText> References::tract(const Message<Node>& node) const {
   const auto table = tableOf(node);
   if (!table) return std::nullopt;
   const auto tract = node.get(Node::AST_colon_tract);
   const auto sticky = node.get(Node::AST_sticky_bits);
 
-  // Each end is relative or absolute as its mark says; where both ends are the same,
-  // they are the begin and end of one range.
-  const auto linesOf = [](const std::optional<Ends>& relative, const std::optional<Ends>& absolute,
-                          bool firstAbsolute, bool lastAbsolute,
-                          std::int64_t all) -> std::optional<Lines> {
-    const auto& first = firstAbsolute && absolute ? absolute : relative ? relative : absolute;
-    const auto& last = lastAbsolute && absolute ? absolute : relative ? relative : absolute;
-    if (!first || !last) return std::nullopt;
-    Lines lines{{first->first, firstAbsolute}, {last->last, lastAbsolute}, false};
-    lines.all = first->first == all || last->last == all;
+  const auto linesOf = [](const std::optional<Ends>& ends, bool firstAbsolute, bool lastAbsolute,
+                          std::int64_t all) {
+    std::optional<Lines> lines;
+    if (ends)
+      lines = {{ends->first, firstAbsolute},
+               {ends->last, lastAbsolute},
+               ends->first == all || ends->last == all};
     return lines;
   };
+  const bool firstColumn = sticky.get(StickyBits::begin_column_is_absolute);
+  const bool lastColumn = sticky.get(StickyBits::end_column_is_absolute);
   const auto columns = linesOf(
-      endsOf<RelativeRange>(tract.all(Tract::relative_column), host_.place.column, kAllColumns),
-      endsOf<AbsoluteRange>(tract.all(Tract::absolute_column), 0, kAllColumns),
-      sticky.get(StickyBits::begin_column_is_absolute),
-      sticky.get(StickyBits::end_column_is_absolute), kAllColumns);
-  const auto rows =
-      linesOf(endsOf<RelativeRange>(tract.all(Tract::relative_row), host_.place.row, kAllRows),
-              endsOf<AbsoluteRange>(tract.all(Tract::absolute_row), 0, kAllRows),
-              sticky.get(StickyBits::begin_row_is_absolute),
-              sticky.get(StickyBits::end_row_is_absolute), kAllRows);
+      markedEnds(
+          endsOf<RelativeRange>(tract.all(Tract::relative_column), host_.place.column, kAllColumns),
+          endsOf<AbsoluteRange>(tract.all(Tract::absolute_column), 0, kAllColumns), firstColumn,
+          lastColumn),
+      firstColumn, lastColumn, kAllColumns);
+  const bool firstRow = sticky.get(StickyBits::begin_row_is_absolute);
+  const bool lastRow = sticky.get(StickyBits::end_row_is_absolute);
+  const auto rows = linesOf(
+      markedEnds(endsOf<RelativeRange>(tract.all(Tract::relative_row), host_.place.row, kAllRows),
+                 endsOf<AbsoluteRange>(tract.all(Tract::absolute_row), 0, kAllRows), firstRow,
+                 lastRow),
+      firstRow, lastRow, kAllRows);
   const bool noColumns = !columns || columns->all;
   const bool noRows = !rows || rows->all;
   if (noColumns && noRows) return std::nullopt;
 
-  const auto corner = [&](bool last) -> std::optional<std::string> {
-    std::optional<std::string> columnText = "";
-    std::optional<std::string> rowText = "";
-    if (!noColumns) columnText = column(*table, last ? columns->last : columns->first, noRows);
-    if (!noRows) rowText = row(*table, last ? rows->last : rows->first, noColumns);
-    if (!columnText || !rowText) return std::nullopt;
-    return *columnText + *rowText;
-  };
-  const auto first = corner(false);
-  const auto last = corner(true);
+  const auto first =
+      corner(*table, noColumns ? nullptr : &columns->first, noRows ? nullptr : &rows->first);
+  const auto last =
+      corner(*table, noColumns ? nullptr : &columns->last, noRows ? nullptr : &rows->last);
   if (!first || !last) return std::nullopt;
   const bool single = *first == *last && !noColumns;
-  return qualifier(*table) + *first + (single ? "" : ":" + *last);
+  return ReferenceText{qualifier(*table), *first + (single ? "" : ":" + *last)};
 }
 
-std::optional<std::string> References::cellByUid(const Message<Node>& node) const {
+std::optional<ReferenceText> References::cellByUid(const Message<Node>& node) const {
   using Coordinate = TSCE::ASTNodeArrayArchive_ASTUidCoordinateArchive;
   const auto table = tableOf(node);
   const auto coordinate = node.find(Node::AST_uid_coordinate);
@@ -165,7 +183,7 @@ std::optional<std::string> References::cellByUid(const Message<Node>& node) cons
       column(*table, {*columnPlace, coordinate->get(Coordinate::column_absolute)}, false);
   const auto rowText = row(*table, {*rowPlace, coordinate->get(Coordinate::row_absolute)}, false);
   if (!columnText || !rowText) return std::nullopt;
-  return qualifier(*table) + *columnText + *rowText;
+  return ReferenceText{qualifier(*table), *columnText + *rowText};
 }
 
 }  // namespace dorvex::content

@@ -17,6 +17,12 @@ struct Host {
   Place place;
 };
 
+// A reference as a formula has it.
+struct ReferenceText {
+  std::string table;  // what stands before the place in another table; else empty
+  std::string place;
+};
+
 class References {
  public:
   using Node = TSCE::ASTNodeArrayArchive_ASTNodeArchive;
@@ -24,11 +30,11 @@ class References {
   References(TableDirectory& directory, const Host& host) : directory_(directory), host_(host) {}
 
   // A cell, a whole column or a whole row. Nothing where the node does not tell which.
-  std::optional<std::string> cell(const Message<Node>& node) const;
+  std::optional<ReferenceText> cell(const Message<Node>& node) const;
   // A range that is one node.
-  std::optional<std::string> tract(const Message<Node>& node) const;
+  std::optional<ReferenceText> tract(const Message<Node>& node) const;
   // A cell that is named by the identifiers of its row and column.
-  std::optional<std::string> cellByUid(const Message<Node>& node) const;
+  std::optional<ReferenceText> cellByUid(const Message<Node>& node) const;
 
  private:
   // A row or column number with its mark.
@@ -46,6 +52,9 @@ class References {
   std::string qualifier(const NamedTable* table) const;
   std::optional<std::string> column(const NamedTable* table, const Line& line, bool whole) const;
   std::optional<std::string> row(const NamedTable* table, const Line& line, bool whole) const;
+  // One end of a range; without a column it is a whole row, without a row a whole column.
+  std::optional<std::string> corner(const NamedTable* table, const Line* columnLine,
+                                    const Line* rowLine) const;
 
   TableDirectory& directory_;
   Host host_;

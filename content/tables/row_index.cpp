@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint16_t kNoCell = 0xFFFF;
 constexpr std::size_t kWideUnit = 4;
-constexpr std::uint64_t kRowsOfTile = 256;
+constexpr std::uint32_t kRowsOfTile = 256;  // where a document does not say
 constexpr unsigned char kLastOlderVersion = 4;
 
 // Where each tile begins: the rows are the keys of a tree, its values the tiles.
@@ -74,6 +74,8 @@ std::optional<StoredCell> StoredRow::next() {
 RowIndex::RowIndex(Reading& reading, const Message<TST::DataStore>& store) {
   const auto starts = tileStarts(store);
   const auto storage = store.get(TST::DataStore::tiles);
+  const std::uint64_t rowsOfTile =
+      storage.as<newer::TST_TileStorage>().get(newer::TST_TileStorage::tile_size, kRowsOfTile);
   std::set<std::uint64_t> read;  // a tile that is referred to again has no other rows
   for (const auto& tile : storage.all(TST::TileStorage::tiles)) {
     const auto reference = tile.get(TST::TileStorage_Tile::tile);
@@ -81,7 +83,7 @@ RowIndex::RowIndex(Reading& reading, const Message<TST::DataStore>& store) {
     const auto id = tile.get(TST::TileStorage_Tile::tileid);
     const auto start = std::ranges::lower_bound(starts, id, {}, [](auto& s) { return s.first; });
     const bool known = start != starts.end() && start->first == id;
-    addTile(known ? start->second : id * kRowsOfTile, reading.get<TST::Tile>(reference));
+    addTile(known ? start->second : id * rowsOfTile, reading.get<TST::Tile>(reference));
   }
   sortAndKeepFirst(rows_, &Entry::row);
 }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "TSKArchives.h"
 #include "graph/plain_text.h"
@@ -21,6 +22,7 @@ namespace {
 using Archive = newer::TSK_FormattingSymbolsArchive;
 
 constexpr std::string_view kCurrencySign = "\u00A4";
+constexpr std::string_view kPercentSign = "%";
 constexpr std::string_view kDefaultLocale = "en_US";
 
 std::string utf8(const icu::UnicodeString& text) {
@@ -59,6 +61,22 @@ std::string patternOf(icu::DateFormat* created) {
   icu::UnicodeString pattern;
   if (simple != nullptr) simple->toPattern(pattern);
   return utf8(pattern);
+}
+
+// What a pattern has around its digits, with the sign's symbol; nothing for a pattern
+// without digits.
+std::optional<Affixes> around(std::string_view pattern, std::string_view sign,
+                              std::string_view symbol) {
+  pattern = pattern.substr(0, pattern.find(';'));
+  const auto first = pattern.find_first_of("#0,.");
+  if (first == std::string_view::npos) return std::nullopt;
+  const auto behind = pattern.find_last_of("#0,.") + 1;
+  Affixes affixes{std::string(pattern.substr(0, first)), std::string(pattern.substr(behind))};
+  for (std::string* affix : {&affixes.before, &affixes.after}) {
+    const auto place = affix->find(sign);
+    if (place != std::string::npos) affix->replace(place, sign.size(), symbol);
+  }
+  return affixes;
 }
 
 }  // namespace
@@ -127,6 +145,7 @@ void Symbols::readLocale() {
   };
   readGroups(numberPattern(UNUM_DECIMAL));
   currencyPattern_ = numberPattern(UNUM_CURRENCY);
+  percentPattern_ = numberPattern(UNUM_PERCENT);
 
   const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(name, error));
   if (U_FAILURE(error)) return;
@@ -157,6 +176,7 @@ void Symbols::readDocument(const Message<Archive>& archive) {
   assign(exponent, archive, Archive::exponent_sign);
   assign(percent, archive, Archive::percent_sign);
   assign(currencyPattern_, archive, Archive::currency_pattern);
+  assign(percentPattern_, archive, Archive::percent_pattern);
   if (const auto pattern = archive.find(Archive::number_pattern)) readGroups(*pattern);
   using Currency = newer::TSK_FormattingSymbolsArchive_CurrencySymbol;
   for (const auto& currency : archive.all(Archive::currency_symbols)) {
@@ -196,17 +216,11 @@ std::string Symbols::currencySymbol(std::string_view code) const {
 }
 
 Affixes Symbols::currencyAffixes(std::string_view symbol) const {
-  const std::string_view positive =
-      std::string_view(currencyPattern_).substr(0, currencyPattern_.find(';'));
-  const auto first = positive.find_first_of("#0,.");
-  if (first == std::string_view::npos) return {std::string(symbol), ""};
-  const auto behind = positive.find_last_of("#0,.") + 1;
-  Affixes affixes{std::string(positive.substr(0, first)), std::string(positive.substr(behind))};
-  for (std::string* affix : {&affixes.before, &affixes.after}) {
-    const auto sign = affix->find(kCurrencySign);
-    if (sign != std::string::npos) affix->replace(sign, kCurrencySign.size(), symbol);
-  }
-  return affixes;
+  return around(currencyPattern_, kCurrencySign, symbol).value_or(Affixes{std::string(symbol), ""});
+}
+
+Affixes Symbols::percentAffixes() const {
+  return around(percentPattern_, kPercentSign, percent).value_or(Affixes{"", percent});
 }
 
 }  // namespace dorvex::content

@@ -23,8 +23,8 @@ struct Affixes {
 class Symbols {
  public:
   explicit Symbols(Reading& reading);
-  // Those that ICU knows for a locale: "de_DE".
-  explicit Symbols(std::string_view locale);
+  // Those that ICU knows for the name of a locale: "de_DE".
+  explicit Symbols(std::string_view name);
 
   std::string locale;
   std::string decimal;
@@ -54,13 +54,15 @@ class Symbols {
   std::string currencySymbol(std::string_view code) const;
   // What stands around an amount: the symbol in its place.
   Affixes currencyAffixes(std::string_view symbol) const;
+  // What stands around a percentage: the sign, in some languages behind a space.
+  Affixes percentAffixes() const;
 
  private:
   void readLocale();
   void readDocument(const Message<newer::TSK_FormattingSymbolsArchive>& archive);
   void readGroups(std::string_view numberPattern);
 
-  std::string currencyPattern_;
+  std::string currencyPattern_, percentPattern_;
   std::vector<std::pair<std::string, std::string>> currencies_;  // code, symbol
 };
 

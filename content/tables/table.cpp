@@ -33,15 +33,7 @@ std::uint32_t boundedCount(std::uint32_t count, std::size_t known, std::size_t m
       std::min<std::size_t>(count, std::min(std::max(known, most), largest)));
 }
 
-}  // namespace
-
-Table readTable(Reading& reading, const Message<Info>& info) {
-  const auto model = reading.get<Model>(info.get(Info::tableModel));
-  const UidMap uids(
-      reading.get<TST::ColumnRowUIDMapArchive>(model.get(Model::base_column_row_uids)));
-  Table table;
-  table.name = plainText(model.get(Model::table_name));
-  table.nameShown = model.get(Model::table_name_enabled);
+void setShape(const Message<Model>& model, const UidMap& uids, Reading& reading, Table& table) {
   table.rows =
       boundedCount(model.get(Model::number_of_rows), uids.rows.size(), kMostRows, kLargest);
   table.columns = boundedCount(model.get(Model::number_of_columns), uids.columns.size(),
@@ -53,7 +45,9 @@ Table readTable(Reading& reading, const Message<Info>& info) {
   table.headerColumns = std::min(model.get(Model::number_of_header_columns), table.columns);
   table.footerRows =
       std::min(model.get(Model::number_of_footer_rows), table.rows - table.headerRows);
-  HiddenLines hidden = readHiddenLines(info, model, uids);
+}
+
+void setHiddenLines(HiddenLines hidden, Table& table) {
   const auto beyond = [](std::vector<std::uint32_t>& lines, std::uint32_t count) {
     lines.erase(std::ranges::lower_bound(lines, count), lines.end());
   };
@@ -61,11 +55,31 @@ Table readTable(Reading& reading, const Message<Info>& info) {
   beyond(hidden.columns, table.columns);
   table.hiddenRows = std::move(hidden.rows);
   table.hiddenColumns = std::move(hidden.columns);
+}
+
+// The table without its cells. The identifiers of its lines, 20 bytes for each, are not
+// kept.
+Table readLines(Reading& reading, const Message<Info>& info, const Message<Model>& model) {
+  const UidMap uids(
+      reading.get<TST::ColumnRowUIDMapArchive>(model.get(Model::base_column_row_uids)));
+  Table table;
+  table.name = plainText(model.get(Model::table_name));
+  table.nameShown = model.get(Model::table_name_enabled);
+  setShape(model, uids, reading, table);
+  setHiddenLines(readHiddenLines(info, model, uids), table);
   table.merges = readMerges(reading, model, table.rows, table.columns);
+  readShownLines(reading, info, model, uids, table);
+  return table;
+}
+
+}  // namespace
+
+Table readTable(Reading& reading, const Message<Info>& info) {
+  const auto model = reading.get<Model>(info.get(Info::tableModel));
+  Table table = readLines(reading, info, model);
   table.cells =
       std::make_shared<StoredRows>(reading, model.get(Model::base_data_store), table,
                                    info.get(Info::tableModel).get(TSP::Reference::identifier));
-  readShownLines(reading, info, model, uids, table);
   return table;
 }
 

@@ -54,6 +54,7 @@ void dropDoubles(std::vector<std::string>& headers) {
   std::map<std::string_view, unsigned> counts;
   for (const std::string& header : headers) ++counts[header];
   std::vector<bool> doubles;
+  doubles.reserve(headers.size());
   for (const std::string& header : headers) doubles.push_back(counts[header] > 1);
   for (std::size_t i = 0; i < headers.size(); ++i)
     if (doubles[i]) headers[i].clear();
@@ -74,9 +75,11 @@ constexpr CellParts kShownOnly{true, false, false};
 std::string quotedName(std::string_view name) {
   static constexpr std::string_view kOperators = "+-*/^&=<>(),;:\"{}%!$";
   static constexpr std::string_view kWideOperators[] = {"×", "÷", "≠", "≤", "≥"};
-  const auto contains = [&](std::string_view part) { return name.find(part) != name.npos; };
-  const bool quoted =
-      name.find_first_of(kOperators) != name.npos || std::ranges::any_of(kWideOperators, contains);
+  const auto contains = [&](std::string_view part) {
+    return name.find(part) != std::string_view::npos;
+  };
+  const bool quoted = name.find_first_of(kOperators) != std::string_view::npos ||
+                      std::ranges::any_of(kWideOperators, contains);
   std::string text = quoted ? "'" : "";
   for (const char c : name) {
     if (c == '\'') {

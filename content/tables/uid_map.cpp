@@ -12,8 +12,10 @@ namespace {
 template <typename Uids, typename Numbers>
 UidLine lineOf(const Uids& uids, const Numbers& numbers) {
   std::vector<Uid> all;
+  all.reserve(uids.count());
   for (const auto& uid : uids) all.emplace_back(uid);
   std::vector<std::uint32_t> ofPlace;
+  ofPlace.reserve(numbers.count());
   for (const std::uint32_t number : numbers) ofPlace.push_back(number);
   return {std::move(all), std::move(ofPlace)};
 }
@@ -41,11 +43,13 @@ Uid::Uid(const Message<TSP::CFUUIDArchive>& uid) {
 UidLine::UidLine(std::vector<Uid> uids, std::vector<std::uint32_t> uidOfPlace) {
   // Each identifier has one place.
   uidOfPlace.resize(std::min(uidOfPlace.size(), uids.size()));
+  uids_.reserve(uidOfPlace.size());
   for (const std::uint32_t number : uidOfPlace)
     uids_.push_back(number < uids.size() ? uids[number] : Uid());
   sorted_.resize(uids_.size());
   std::iota(sorted_.begin(), sorted_.end(), 0U);
-  std::ranges::stable_sort(sorted_, {}, [&](std::uint32_t place) { return uids_[place]; });
+  std::ranges::sort(sorted_, {},
+                    [&](std::uint32_t place) { return std::pair(uids_[place], place); });
 }
 
 std::optional<std::uint32_t> UidLine::placeOf(const Uid& uid) const {

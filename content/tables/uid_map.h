@@ -23,7 +23,7 @@ struct Uid {
   // Four words, or 16 bytes, or nothing.
   explicit Uid(const Message<TSP::CFUUIDArchive>& uid);
 
-  auto operator<=>(const Uid&) const = default;
+  auto operator<=>(const Uid&) const = default;  // NOLINT(modernize-use-nullptr): no pointer
 };
 
 // The rows, or the columns, of a map: which identifier stands at which place.

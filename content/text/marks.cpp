@@ -151,7 +151,12 @@ void RunMaker::setField(Run& run, const Object* field) {
 void RunMaker::setBookmark(Run& run, const Object* bookmark) {
   using Field = TSWP::BookmarkFieldArchive;
   if (bookmark == nullptr || !Types<Field>::hold(bookmark->type)) return;
-  run.bookmark = plainText(Message<Field>(bookmark->payload).get(Field::name));
+  const Message<Field> field(bookmark->payload);
+  run.bookmark = plainText(field.get(Field::name));
+  // Links name a bookmark without a name by its identifier.
+  if (run.bookmark.empty())
+    run.bookmark =
+        plainText(field.get(Field::super).get(TSWP::SmartFieldArchive::text_attribute_uuid_string));
 }
 
 void RunMaker::setComments(Run& run, const std::vector<const Object*>& highlights) {

@@ -25,8 +25,8 @@ void ParagraphText::append(std::string_view text) { textPiece() += text; }
 
 void ParagraphText::append(char32_t character) { appendCharacter(textPiece(), character); }
 
-void ParagraphText::appendFootnote(std::string id) {
-  addPiece().footnote = std::move(id);
+void ParagraphText::appendFootnote(NoteMark note) {
+  addPiece().footnote = std::move(note);
   goesOn_ = false;
 }
 
@@ -40,7 +40,8 @@ void ParagraphText::take(RunMaker& maker, const CharacterMarks& ofParagraph, Par
   for (Piece& piece : pieces_) {
     Run run = maker.make(piece.marks, ofParagraph);
     run.text = std::move(piece.text);
-    run.footnote = std::move(piece.footnote);
+    run.footnote = std::move(piece.footnote.id);
+    run.footnoteMark = std::move(piece.footnote.mark);
     if (piece.field != FieldKind::kNone) run.field = piece.field;
     if (!run.deleted) paragraph.text += run.text;
     marked = marked || isMarked(run);

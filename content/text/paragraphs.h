@@ -11,13 +11,19 @@
 
 namespace dorvex::content {
 
+// Where a footnote is referred to: its id, and the mark that is shown.
+struct NoteMark {
+  std::string id;  // empty where there is none
+  std::string mark;
+};
+
 class ParagraphText {
  public:
   // Text that is shown, with the marks that are set.
   void append(std::string_view text);
   void append(char32_t character);
   // What stands in the place of an attachment.
-  void appendFootnote(std::string id);
+  void appendFootnote(NoteMark note);
   void appendField(FieldKind field);
 
   // The marks of what is appended next.
@@ -35,10 +41,10 @@ class ParagraphText {
   struct Piece {
     Marks marks;
     std::string text;
-    std::string footnote;
+    NoteMark footnote;
     FieldKind field = FieldKind::kNone;
 
-    bool isText() const { return footnote.empty() && field == FieldKind::kNone; }
+    bool isText() const { return footnote.id.empty() && field == FieldKind::kNone; }
   };
 
   Piece& addPiece();

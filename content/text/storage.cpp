@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "KNArchives.h"
 #include "TSWPArchives.h"
 #include "drawables/drawable.h"
 #include "graph/plain_text.h"
@@ -137,7 +138,7 @@ class StorageReader {
     std::size_t length = 0;
     while (length < most && text[length] >= ' ' && text[length] <= '~') ++length;
     if (length == 0) return false;
-    text_.append(text.substr(0, length));
+    append(text.substr(0, length));
     text.remove_prefix(length);
     position_ += static_cast<Position>(length);
     return true;
@@ -154,8 +155,32 @@ class StorageReader {
     } else if (character == kAttachment || character == kFootnoteMark) {
       takeAttachment(at);
     } else if (const char32_t shown = plainCharacter(character); shown != 0) {
-      text_.append(shown);
+      append(shown);
     }
+  }
+
+  void append(auto shown) {
+    text_.append(shown);
+    noteShown();
+  }
+
+  // What is shown at the position bears its links and bookmarks.
+  void noteShown() {
+    shownField_ = marks_.marks().field;
+    shownBookmark_ = marks_.marks().bookmark;
+  }
+
+  // A link or a bookmark on nothing but the end of a paragraph stands there without text.
+  void keepTargets() {
+    const auto isLost = [](const Object* object, const Object* shown) {
+      return object != nullptr && object != shown &&
+             (Types<TSWP::HyperlinkFieldArchive>::hold(object->type) ||
+              Types<TSWP::UnsupportedHyperlinkFieldArchive>::hold(object->type) ||
+              Types<TSWP::BookmarkFieldArchive>::hold(object->type));
+    };
+    const Marks& marks = marks_.marks();
+    if (isLost(marks.field, shownField_) || isLost(marks.bookmark, shownBookmark_))
+      append(std::string_view());
   }
 
   // A paragraph starts at the position.
@@ -171,6 +196,7 @@ class StorageReader {
   // A separator stands before the position.
   void finish(std::optional<Break> brokenBy) {
     if (!deleted()) {
+      keepTargets();
       end(brokenBy);
       begin();
       return;
@@ -238,7 +264,10 @@ class StorageReader {
     const std::size_t level = levels_.value();
     if (level >= std::min(style.size(), ListNumbers::kLevels) || !style[level].marked)
       return std::nullopt;
-    return listMark(style, numbers_.count(lists_.value(), level, starts_.valueOnlyAt(start_)));
+    if (style[level].kind == ListKind::kNumber)
+      return listMark(style, numbers_.count(level, starts_.valueOnlyAt(start_)));
+    numbers_.pass(level);
+    return listMark(style, std::vector<std::uint32_t>(level + 1));
   }
 
   void takeAttachment(Position at) {
@@ -248,8 +277,8 @@ class StorageReader {
     if (object == nullptr) object = attachments_.valueOnlyAt(at);
     if (object == nullptr) return;
     if (Types<TSWP::FootnoteReferenceAttachmentArchive>::hold(object->type)) {
-      std::string id = sink_.footnote(*object, deleted());
-      if (!id.empty()) text_.appendFootnote(std::move(id));
+      NoteMark note = sink_.footnote(*object, deleted());
+      if (!note.id.empty()) text_.appendFootnote(std::move(note));
     } else if (const auto field = fieldOf(*object)) {
       text_.appendField(*field);
     } else {
@@ -263,12 +292,16 @@ class StorageReader {
     using Number = TSWP::NumberAttachmentArchive;
     using Textual = TSWP::TextualAttachmentArchive;
     using TextualKind = TSWP::TextualAttachmentArchive_Kind;
-    constexpr std::uint32_t kSlideNumber = 14;  // in a presentation
+    using SlideNumber = KN::SlideNumberAttachmentArchive;
+    constexpr std::uint32_t kTextualInPresentations = 14;
+    const bool inPresentation = reading_.application() == Application::kKeynote;
     Message<Textual> textual;
     if (Types<Number>::hold(object.type)) {
       textual = Message<Number>(object.payload).get(Number::super);
+    } else if (inPresentation && Types<SlideNumber>::hold(object.type)) {
+      textual = Message<SlideNumber>(object.payload).get(SlideNumber::super);
     } else if (Types<Textual>::hold(object.type) ||
-               (object.type == kSlideNumber && reading_.application() == Application::kKeynote)) {
+               (inPresentation && object.type == kTextualInPresentations)) {
       textual = Message<Textual>(object.payload);
     } else {
       return std::nullopt;
@@ -296,8 +329,11 @@ class StorageReader {
     }
     const Object* object = reading_.follow(drawable.get(Attachment::drawable));
     if (object == nullptr) return;
-    if (auto block = readDrawable(reading_, *object))
-      (text_.nothingLeft() ? before_ : behind_).push_back(std::move(*block));
+    auto block = readDrawable(reading_, *object);
+    if (!block) return;
+    if (block->link.empty()) block->link = runMaker_.make(marks_.marks(), {}).link;
+    noteShown();
+    (text_.nothingLeft() ? before_ : behind_).push_back(std::move(*block));
   }
 
   Reading& reading_;
@@ -314,6 +350,8 @@ class StorageReader {
   Position position_ = 0;
   Position start_ = 0;  // of the paragraph
   const Object* section_ = nullptr;
+  const Object* shownField_ = nullptr;  // of what was shown last
+  const Object* shownBookmark_ = nullptr;
   ParagraphText text_;
   std::vector<Block> before_, behind_;  // what is drawn before and behind the text
 };
@@ -329,7 +367,7 @@ class Collector : public StorageSink {
 
 }  // namespace
 
-std::string StorageSink::footnote(const Object&, bool) { return {}; }
+NoteMark StorageSink::footnote(const Object&, bool) { return {}; }
 
 void readStorage(Reading& reading, const Message<Storage>& storage, StorageSink& sink) {
   const JoinedText joined(storage);

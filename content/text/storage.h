@@ -7,6 +7,7 @@
 
 #include "dorvex/content.h"
 #include "graph/reading.h"
+#include "text/paragraphs.h"
 
 namespace dorvex::content {
 
@@ -23,8 +24,8 @@ class StorageSink {
   // A section begins with the next block.
   virtual void section(const Object&) {}
   // A footnote's mark stands in the paragraph that comes next, in text that is deleted
-  // or not. Gives the footnote's id; an empty one for no mark.
-  virtual std::string footnote(const Object& attachment, bool deleted);
+  // or not. Gives the footnote's id and its mark.
+  virtual NoteMark footnote(const Object& attachment, bool deleted);
 };
 
 void readStorage(Reading& reading, const Message<TSWP::StorageArchive>& storage, StorageSink& sink);

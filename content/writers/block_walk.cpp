@@ -63,6 +63,7 @@ void BlockWalk::slide(const Slide& slide) {
 }
 
 void BlockWalk::sheet(const Sheet& sheet) {
+  if (sheet.hidden && options_.dropSkipped) return;
   beginSheet(sheet);
   visit(sheet.blocks);
   endSheet();
@@ -94,6 +95,9 @@ void BlockWalk::visit(const Block& block) {
   }
   for (const std::string* text : {&block.title, &block.caption})
     if (!text->empty()) putCaption(*text);
+  // Links within a document lead to places that renderings do not have.
+  const std::string link = safeLink(block.link);
+  if (link.find(':') < link.find_first_of("/?#")) putLink(link);
   comments(block.comments);
 }
 
@@ -108,7 +112,8 @@ void BlockWalk::media(const Media& media, const std::string& alt) {
 }
 
 void BlockWalk::noteComments(const Paragraph& paragraph) {
-  for (const Run& run : paragraph.runs) noteComments(run.comments);
+  if (options_.comments != CommentPlace::kEnd) return;
+  for (const Run& run : shownRuns(paragraph, ShownChanges::kAll)) noteComments(run.comments);
 }
 
 void BlockWalk::noteComments(const std::vector<Comment>& comments) {

@@ -13,7 +13,7 @@ namespace dorvex::content {
 // A writer says how each thing looks; BlockWalk says in which order things come.
 class BlockWalk : public Sink {
  public:
-  explicit BlockWalk(const WriterOptions& options) : options_(options) {}
+  explicit BlockWalk(WriterOptions options) : options_(std::move(options)) {}
 
   void slide(const Slide& slide) final;
   void sheet(const Sheet& sheet) final;
@@ -46,6 +46,8 @@ class BlockWalk : public Sink {
   virtual void put(const Media& media, const std::string& alt, const std::string& link) = 0;
   // A line that belongs to what came before: its title or caption.
   virtual void putCaption(const std::string& text) = 0;
+  // Where a click on the drawable that came before leads, outside the document.
+  virtual void putLink(const std::string&) {}
   virtual void putFootnote(const Footnote& footnote) = 0;
   // A drawable's comments, where they are shown in their place.
   virtual void put(const Comment& comment) = 0;

@@ -1,5 +1,6 @@
 #include "writers/csv_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <utility>
@@ -16,7 +17,7 @@ constexpr std::string_view kLineEnd = "\r\n";
 
 std::string shortest(double value) {
   std::array<char, 32> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  auto* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
   return {digits.data(), end};
 }
 
@@ -25,7 +26,7 @@ std::string rawValue(const Cell& cell) {
     case CellType::kNumber:
     case CellType::kCurrency:
     case CellType::kPercentage:
-      return cell.decimal.empty() ? shortest(cell.number) : cell.decimal;
+      return cell.decimal.empty() ? shortest(cell.number) : cleanText(cell.decimal);
     case CellType::kDuration:
       return shortest(cell.number);
     case CellType::kBool:
@@ -53,8 +54,8 @@ bool isNumber(const ShownCell& cell) { return cell.cell != nullptr && standsRigh
 
 }  // namespace
 
-CsvWriter::CsvWriter(const CsvOptions& options, Receiver receiver)
-    : options_(options), receiver_(std::move(receiver)), output_(receiver_.output) {}
+CsvWriter::CsvWriter(CsvOptions options, Receiver receiver)
+    : options_(std::move(options)), receiver_(std::move(receiver)), output_(receiver_.output) {}
 
 void CsvWriter::enterPart(std::string name) {
   part_ = std::move(name);
@@ -190,8 +191,10 @@ std::string CsvWriter::valueOf(const ShownCell& cell) const {
 }
 
 void CsvWriter::put(std::string_view value, Output& output) const {
-  const bool plain = value.find_first_of("\"\r\n") == std::string_view::npos &&
-                     value.find(options_.delimiter) == std::string_view::npos &&
+  const auto needsQuotes = [&](char c) {
+    return c == '"' || c == '\r' || c == '\n' || c == options_.delimiter;
+  };
+  const bool plain = std::none_of(value.begin(), value.end(), needsQuotes) &&
                      (value.empty() || (value.front() != ' ' && value.back() != ' '));
   if (plain) return output.put(value);
   output.put('"');

@@ -14,7 +14,7 @@ namespace dorvex::content {
 
 class CsvWriter final : public Sink {
  public:
-  CsvWriter(const CsvOptions& options, Receiver receiver);
+  CsvWriter(CsvOptions options, Receiver receiver);
 
   void document(Application, const Metadata&) override {}
   void slide(const Slide& slide) override;

@@ -28,24 +28,30 @@ std::string changed(const char* name, const Change& change, const std::string& c
          ">" + content + "</" + name + ">";
 }
 
-std::string htmlRun(const Run& run, const WriterOptions& options, bool footnotes) {
+// The text of a run between the tags of its marks, link and changes.
+std::string markedText(const Run& run, const WriterOptions& options) {
   std::string html = htmlEscaped(run.text, true);
-  if (!html.empty()) {
-    for (const Tag& tag : kTags)
-      if (run.*tag.mark) html = element(tag.name, html);
-    if (run.baseline == Baseline::kSuperscript) html = element("sup", html);
-    if (run.baseline == Baseline::kSubscript) html = element("sub", html);
-    if (!run.ruby.empty()) html = "<ruby>" + html + "<rt>" + htmlEscaped(run.ruby) + "</rt></ruby>";
-    const std::string link = safeLink(run.link);
-    if (!link.empty()) html = "<a href=\"" + htmlEscaped(link) + "\">" + html + "</a>";
-    if (options.changes == ShownChanges::kAll) {
-      if (run.inserted) html = changed("ins", *run.inserted, html);
-      if (run.deleted) html = changed("del", *run.deleted, html);
-    }
+  if (html.empty()) return html;
+  for (const Tag& tag : kTags)
+    if (run.*tag.mark) html = element(tag.name, html);
+  if (run.baseline == Baseline::kSuperscript) html = element("sup", html);
+  if (run.baseline == Baseline::kSubscript) html = element("sub", html);
+  if (!run.ruby.empty()) html = "<ruby>" + html + "<rt>" + htmlEscaped(run.ruby) + "</rt></ruby>";
+  const std::string link = safeLink(run.link);
+  if (!link.empty()) html = "<a href=\"" + htmlEscaped(link) + "\">" + html + "</a>";
+  if (options.changes == ShownChanges::kAll) {
+    if (run.inserted) html = changed("ins", *run.inserted, html);
+    if (run.deleted) html = changed("del", *run.deleted, html);
   }
+  return html;
+}
+
+std::string htmlRun(const Run& run, const WriterOptions& options, bool footnotes) {
+  std::string html = markedText(run, options);
   if (footnotes && !run.footnote.empty()) {
     const std::string id = htmlId(run.footnote);
-    html += "<sup><a href=\"#note-" + id + "\">" + id + "</a></sup>";
+    const std::string mark = run.footnoteMark.empty() ? id : htmlEscaped(run.footnoteMark);
+    html += "<sup><a href=\"#note-" + id + "\">" + mark + "</a></sup>";
   }
   if (options.comments == CommentPlace::kInline) {
     for (const Comment& comment : run.comments)
@@ -59,6 +65,8 @@ std::string cellContent(const Cell& cell, const WriterOptions& options) {
   std::string html;
   for (const Paragraph& paragraph : cell.paragraphs) {
     if (!html.empty()) html += "<br>";
+    if (paragraph.list && !paragraph.list->label.empty())
+      html += htmlEscaped(paragraph.list->label) + " ";
     html += htmlInline(paragraph, options, false);
   }
   return html;
@@ -110,7 +118,7 @@ class TableWriter {
   void writeRow(const ShownRow& row) {
     output_.put("<tr>");
     if (row.kind == ShownRow::Kind::kGroup && !row.cells.empty()) {
-      output_.put("<th scope=\"rowgroup\" colspan=\"" + std::to_string(row.cells.size()) + "\">" +
+      output_.put(R"(<th scope="rowgroup" colspan=")" + std::to_string(row.cells.size()) + "\">" +
                   htmlEscaped(row.line->group) + "</th>");
     } else {
       for (std::size_t column = 0; column < row.cells.size(); ++column) writeCell(row, column);

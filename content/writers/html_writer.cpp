@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
+#include <string_view>
 #include <variant>
 
 #include "writers/html.h"
@@ -16,8 +18,9 @@ constexpr std::size_t kDeepestList = 12;
 constexpr const char kStyle[] = R"css(
 :root { color-scheme: light dark; }
 body { font: 1rem/1.5 system-ui, sans-serif; max-width: 60rem; margin: 2rem auto; padding: 0 1rem; }
+p, li, td, th, h1, h2, h3, h4, h5, h6 { unicode-bidi: plaintext; }
 section { border-bottom: 1px solid #8886; padding: 1rem 0; }
-section.skipped { opacity: .6; }
+section.skipped, section.hidden { opacity: .6; }
 table { border-collapse: collapse; margin: 1rem 0; display: block; overflow-x: auto; }
 th, td { border: 1px solid #8888; padding: .25rem .6rem; text-align: left; vertical-align: top; }
 th { background: #8882; }
@@ -54,6 +57,23 @@ std::string languageOf(const Metadata& metadata) {
   return sound ? tag : "";
 }
 
+// The number of a label that browsers write by themselves, "3."; 0 for any other.
+unsigned numberOf(std::string_view label) {
+  constexpr std::size_t kMostDigits = 9;
+  if (!label.ends_with('.') || label.size() > kMostDigits + 1) return 0;
+  unsigned number = 0;
+  const char* const end = label.data() + label.size() - 1;
+  return std::from_chars(label.data(), end, number).ptr == end ? number : 0;
+}
+
+// Whether a label can stand in a style as it is: "(iv)".
+bool isPlainLabel(std::string_view label) {
+  return !label.empty() && std::ranges::all_of(label, [](char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value >= 0x80 || std::isalnum(value) != 0 || byte == '(' || byte == ')' || byte == '.';
+  });
+}
+
 unsigned headingLevel(const Paragraph& paragraph) {
   if (paragraph.role == Role::kTitle) return 1;
   if (paragraph.role == Role::kHeading) return std::clamp(paragraph.level, 1U, 6U);
@@ -85,8 +105,8 @@ void HtmlWriter::putBeginning(const Metadata& metadata) {
   line("<!DOCTYPE html>");
   line(language.empty() ? "<html>" : "<html lang=\"" + language + "\">");
   line("<head>");
-  line("<meta charset=\"utf-8\">");
-  line("<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">");
+  line(R"(<meta charset="utf-8">)");
+  line(R"(<meta name="viewport" content="width=device-width, initial-scale=1">)");
   line("<title>" + titleOf(application()) + "</title>");
   line(std::string("<style>") + kStyle + "</style>");
   line("</head>");
@@ -125,46 +145,68 @@ void HtmlWriter::endSlide() {
 }
 
 void HtmlWriter::beginSheet(const Sheet& sheet) {
-  line("<section class=\"sheet\">");
+  line(std::string("<section class=\"sheet") + (sheet.hidden ? " hidden" : "") + "\">");
   if (!sheet.name.empty()) element("h2", htmlEscaped(sheet.name));
 }
 
 void HtmlWriter::endSheet() { endSlide(); }
 
+// The text of a paragraph, behind the places of the bookmarks that begin in it.
+std::string HtmlWriter::content(const Paragraph& paragraph) {
+  std::string html = htmlInline(paragraph, options());
+  for (const Run& run : paragraph.runs) {
+    if (run.bookmark.empty()) continue;
+    const std::string id = htmlId(run.bookmark);
+    if (bookmarks_.insert(id).second) html.insert(0, "<a id=\"" + id + "\"></a>");
+  }
+  if (html.empty() || mark_.empty()) return html;
+  // Most notes have a space behind the mark that they hold themselves.
+  if (!html.starts_with(' ')) html.insert(0, " ");
+  return std::exchange(mark_, {}) + html;
+}
+
 void HtmlWriter::put(const Paragraph& paragraph) {
   const unsigned heading = headingLevel(paragraph);
-  const std::string content = htmlInline(paragraph, options());
-  if (heading > 0) {
-    if (!content.empty()) element("h" + std::to_string(heading), content);
-  } else if (paragraph.list) {
-    putItem(paragraph);
-  } else if (!content.empty()) {
-    element("p", content);
-  }
+  if (heading == 0 && paragraph.list) return putItem(paragraph);
+  const std::string html = content(paragraph);
+  if (!html.empty()) element(heading > 0 ? "h" + std::to_string(heading) : "p", html);
 }
 
 // An item stays open, since deeper items lie in it.
 void HtmlWriter::putItem(const Paragraph& paragraph) {
-  const bool numbered = paragraph.list->kind == ListKind::kNumber;
-  const std::string name = numbered ? "ol" : "ul";
-  const std::size_t depth = std::min<std::size_t>(paragraph.list->level, kDeepestList) + 1;
+  const ListMark& mark = *paragraph.list;
+  const std::string name = mark.kind == ListKind::kNumber ? "ol" : "ul";
+  const std::size_t depth = std::min<std::size_t>(mark.level, kDeepestList) + 1;
   leaveLists(depth);
-  if (lists_.size() == depth && lists_.back() != name) leaveLists(depth - 1);
+  if (lists_.size() == depth && lists_.back().element != name) leaveLists(depth - 1);
   if (lists_.size() == depth) output_.put("</li>\n");
   while (lists_.size() < depth) {
     const bool between = lists_.size() + 1 < depth;
-    lists_.push_back(between ? "ul" : name);
-    line("<" + lists_.back() + ">");
+    lists_.push_back({between ? "ul" : name, 0});
+    line("<" + lists_.back().element + ">");
     if (between) output_.put("<li>");
   }
-  output_.put("<li>");
-  output_.put(htmlInline(paragraph, options()));
+  output_.put(itemTag(mark));
+  output_.put(content(paragraph));
+}
+
+// The tag of an item whose label is not the one that it would have by itself says which.
+std::string HtmlWriter::itemTag(const ListMark& mark) {
+  OpenList& list = lists_.back();
+  if (mark.kind != ListKind::kNumber) return "<li>";
+  const unsigned number = numberOf(mark.label);
+  const unsigned next = list.number + 1;
+  list.number = number > 0 ? number : next;
+  if (number == next) return "<li>";
+  if (number > 0) return "<li value=\"" + std::to_string(number) + "\">";
+  if (!isPlainLabel(mark.label)) return "<li>";
+  return "<li style=\"list-style-type: '" + htmlEscaped(mark.label) + " '\">";
 }
 
 void HtmlWriter::leaveLists(std::size_t depth) {
   while (lists_.size() > depth) {
     line("</li>");
-    line("</" + lists_.back() + ">");
+    line("</" + lists_.back().element + ">");
     lists_.pop_back();
   }
 }
@@ -210,8 +252,9 @@ void HtmlWriter::put(const Equation& equation) {
 
 void HtmlWriter::put(const Media& media, const std::string& alt, const std::string& link) {
   leaveLists(0);
-  line("<figure>");
   const std::string text = htmlEscaped(alt);
+  if (link.empty() && text.empty()) return;
+  line("<figure>");
   if (link.empty()) {
     line("<p>" + text + "</p>");
   } else if (media.kind == MediaKind::kImage) {
@@ -227,12 +270,18 @@ void HtmlWriter::putCaption(const std::string& text) {
   line("<p class=\"caption\">" + htmlEscaped(text, true) + "</p>");
 }
 
+void HtmlWriter::putLink(const std::string& url) {
+  const std::string text = htmlEscaped(url);
+  element("p", "<a href=\"" + text + "\">" + text + "</a>");
+}
+
 void HtmlWriter::putFootnote(const Footnote& footnote) {
   leaveLists(0);
   if (!std::exchange(inFootnotes_, true)) line("<section class=\"footnotes\">");
   line("<aside id=\"note-" + htmlId(footnote.id) + "\">");
-  if (!footnote.mark.empty()) line("<p><sup>" + htmlEscaped(footnote.mark) + "</sup></p>");
+  if (!footnote.mark.empty()) mark_ = "<sup>" + htmlEscaped(footnote.mark) + "</sup>";
   visit(footnote.blocks);
+  if (!mark_.empty()) element("p", std::exchange(mark_, {}));
   leaveLists(0);
   line("</aside>");
 }

@@ -115,13 +115,13 @@ void JsonEmitter::quoted(std::string_view text) {
 void JsonEmitter::number(double value) {
   if (!std::isfinite(value)) return null();
   std::array<char, 32> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  const auto* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
   literal({digits.data(), static_cast<std::size_t>(end - digits.data())});
 }
 
 void JsonEmitter::count(std::uint64_t value) {
   std::array<char, 20> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  const auto* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
   literal({digits.data(), static_cast<std::size_t>(end - digits.data())});
 }
 

@@ -1,6 +1,7 @@
 #include "writers/json_writer.h"
 
 #include <array>
+#include <cmath>
 #include <span>
 #include <string>
 #include <string_view>
@@ -54,7 +55,8 @@ void putMetadata(JsonFields& fields, Application application, const Metadata& me
   fields.text("created", metadata.created);
   fields.text("document_id", metadata.documentId);
   fields.texts("application_builds", metadata.applicationBuilds);
-  if (metadata.pageSize) {
+  if (metadata.pageSize && std::isfinite(metadata.pageSize->first) &&
+      std::isfinite(metadata.pageSize->second)) {
     json.key(application == Application::kKeynote ? "slide_size" : "page_size");
     json.beginArray();
     json.number(metadata.pageSize->first);

@@ -27,18 +27,20 @@ class Escaper {
   std::string escape(bool begins) {
     std::size_t lineStart = begins ? 0 : std::string_view::npos;
     for (at_ = 0; at_ < text_.size(); ++at_) {
+      const bool startsLine = at_ == lineStart && text_[at_] != '\n';
+      // Spaces at the beginning of a line would make it code.
+      if (startsLine && isSpace(text_[at_])) {
+        lineStart = at_ + 1;
+        continue;
+      }
+      if (startsLine && place_ != MarkdownPlace::kCell) escapeLineStart();
+      if (at_ == text_.size()) break;
       if (text_[at_] == '\n') {
         breakLine();
         lineStart = at_ + 1;
-        continue;
+      } else {
+        put();
       }
-      // Spaces at the beginning of a line would make it code.
-      if (at_ == lineStart && isSpace(text_[at_])) {
-        lineStart = at_ + 1;
-        continue;
-      }
-      if (place_ != MarkdownPlace::kCell && at_ == lineStart) escapeLineStart();
-      if (at_ < text_.size()) put();
     }
     return std::move(out_);
   }
@@ -61,7 +63,8 @@ class Escaper {
 
   // What would begin a list, a heading, a quotation, a rule or a definition.
   void escapeLineStart() {
-    if (isIn(text_[at_], "-+=#:|%(")) {
+    if (place_ == MarkdownPlace::kHeading) return;  // behind its marks nothing begins
+    if (beginsBlock(text_[at_])) {
       out_ += '\\';
       out_ += text_[at_++];
       return;
@@ -69,15 +72,38 @@ class Escaper {
     std::size_t end = at_;
     while (end < text_.size() && end - at_ < 10 && isLetterOrDigit(text_[end])) ++end;
     const bool enumerates = end > at_ && end < text_.size() && isIn(text_[end], ".)") &&
+                            isSpaceOrEnd(end + 1) &&
                             (pandoc_ || std::isdigit(static_cast<unsigned char>(text_[at_])));
     if (!enumerates) return;
     out_ += text_.substr(at_, end - at_);
     out_ += '\\';
     out_ += text_[end];
     at_ = end + 1;
-    if (at_ < text_.size() && text_[at_] == '\n') {
-      breakLine();
-      ++at_;
+  }
+
+  bool isSpaceOrEnd(std::size_t at) const { return at >= text_.size() || isSpace(text_[at]); }
+
+  // Whether the rest of the line has only characters that lines and edges of tables have.
+  bool isRule() const {
+    const std::string_view line = text_.substr(at_, text_.find('\n', at_) - at_);
+    return line.find_first_not_of("-=+|: \t") == std::string_view::npos;
+  }
+
+  bool beginsBlock(char byte) const {
+    switch (byte) {
+      case '-':
+      case '+':
+      case '=':
+        return isSpaceOrEnd(at_ + 1) || isRule() || pandoc_;
+      case '#':
+      case '|':
+      case ':':
+        return true;
+      case '%':
+      case '(':
+        return pandoc_;
+      default:
+        return false;
     }
   }
 
@@ -147,6 +173,10 @@ constexpr std::array<Mark, 3> kMarks = {
 
 bool isMarked(const Run& run) { return run.bold || run.italic || run.strike; }
 
+std::string between(const char* delimiter, const std::string& text) {
+  return std::string(delimiter).append(text).append(delimiter);
+}
+
 std::string inTag(const std::string& tag, const std::string& content) {
   return "<" + tag + ">" + content + "</" + tag + ">";
 }
@@ -155,6 +185,9 @@ std::string attributesOf(const char* name, const Change& change) {
   const auto value = [](const std::string& text) {
     std::string quoted = htmlEscaped(text);
     std::erase(quoted, '\\');
+    // One that stands by itself would part cells.
+    for (std::size_t at = 0; (at = quoted.find('|', at)) != std::string::npos;)
+      quoted.replace(at, 1, "&#124;");
     return "\"" + quoted + "\"";
   };
   return std::string("{.") + name + " author=" + value(change.author) +
@@ -216,8 +249,7 @@ class Inline {
         spaceBehind || index + 1 == runs_.size() || endsBefore(runs_[index + 1], text.back());
     for (const Mark& mark : kMarks) {
       if (!(run.*mark.mark)) continue;
-      out = opens && closes && link.empty() ? mark.delimiter + out + mark.delimiter
-                                            : inTag(mark.tag, out);
+      out = opens && closes && link.empty() ? between(mark.delimiter, out) : inTag(mark.tag, out);
     }
     if (run.underline) out = options_.pandoc ? "[" + out + "]{.underline}" : inTag("u", out);
     if (run.baseline == Baseline::kSuperscript) out = inTag("sup", out);

@@ -141,6 +141,7 @@ void MarkdownWriter::endNotes() {
 }
 
 void MarkdownWriter::beginSheet(const Sheet& sheet) {
+  if (sheet.hidden) block("<!-- Hidden sheet -->");
   if (!sheet.name.empty()) heading(2, escaped(sheet.name, MarkdownPlace::kHeading));
 }
 
@@ -199,6 +200,9 @@ std::string MarkdownWriter::cellText(const Cell& cell) const {
   std::string text;
   for (const Paragraph& paragraph : cell.paragraphs) {
     if (!text.empty()) text += "<br>";
+    // Pandoc would take them for text of the cell.
+    if (paragraph.list && !paragraph.list->label.empty() && !options().pandoc)
+      text += escaped(paragraph.list->label, MarkdownPlace::kCell) + " ";
     text += markdownInline(paragraph, MarkdownPlace::kCell, options());
   }
   return text;
@@ -280,44 +284,60 @@ bool MarkdownWriter::needsGrid(const Table& table) const {
   return false;
 }
 
+namespace {
+
+using GridRow = std::vector<std::vector<std::string>>;  // of cells of lines
+
+std::vector<std::string> gridCell(std::string text) {
+  for (std::size_t at = 0; (at = text.find("<br>", at)) != std::string::npos;)
+    text.replace(at, 4, "\\\n");
+  return linesOf(text);
+}
+
+std::string gridRule(const std::vector<std::size_t>& widths, char line) {
+  std::string rule = "+";
+  for (const std::size_t width : widths) rule += std::string(width + 2, line) + "+";
+  return rule;
+}
+
+std::string gridLines(const GridRow& row, const std::vector<std::size_t>& widths) {
+  std::size_t height = 1;
+  for (const auto& cell : row) height = std::max(height, cell.size());
+  std::string lines;
+  for (std::size_t line = 0; line < height; ++line) {
+    lines += "|";
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+      const auto& cell = row[column];
+      lines += " " + padded(line < cell.size() ? cell[line] : "", widths[column], false) + " |";
+    }
+    lines += "\n";
+  }
+  return lines;
+}
+
+}  // namespace
+
 void MarkdownWriter::gridTable(const Table& table) {
   ShownTable shown(table, {.text = true, .formula = false, .rich = true});
-  std::vector<std::vector<std::vector<std::string>>> rows;  // of cells of lines
+  std::vector<GridRow> rows;
   std::vector<std::size_t> widths(shown.columns(), 3);
   bool header = false;
   ShownRow row;
   while (shown.next(row)) {
     if (rows.empty()) header = row.header;
-    auto& cells = rows.emplace_back();
+    GridRow& cells = rows.emplace_back();
     for (std::size_t column = 0; column < shown.columns(); ++column) {
-      std::string text = cellText(shown, row, column);
-      for (std::size_t at = 0; (at = text.find("<br>", at)) != std::string::npos;)
-        text.replace(at, 4, "\\\n");
-      // Which would part columns.
-      cells.push_back(linesOf(text));
+      cells.push_back(gridCell(cellText(shown, row, column)));
       for (const std::string& line : cells.back())
         widths[column] = std::max(widths[column], displayWidth(line));
     }
   }
-  const auto rule = [&](char line) {
-    std::string text = "+";
-    for (const std::size_t width : widths) text += std::string(width + 2, line) + "+";
-    return text;
-  };
-  std::string grid = rule('-');
-  for (std::size_t index = 0; index < rows.size(); ++index) {
-    std::size_t height = 1;
-    for (const auto& cell : rows[index]) height = std::max(height, cell.size());
-    for (std::size_t line = 0; line < height; ++line) {
-      grid += "\n|";
-      for (std::size_t column = 0; column < widths.size(); ++column) {
-        const auto& cell = rows[index][column];
-        grid += " " + padded(line < cell.size() ? cell[line] : "", widths[column], false) + " |";
-      }
-    }
-    grid += "\n" + rule(header && index == 0 ? '=' : '-');
-  }
-  if (!rows.empty() && !widths.empty()) block(grid);
+  if (rows.empty() || widths.empty()) return;
+  std::string grid = gridRule(widths, '-');
+  for (std::size_t index = 0; index < rows.size(); ++index)
+    grid +=
+        "\n" + gridLines(rows[index], widths) + gridRule(widths, header && index == 0 ? '=' : '-');
+  block(grid);
 }
 
 // --- Other drawables ---
@@ -357,10 +377,11 @@ void MarkdownWriter::put(const Equation& equation) {
 }
 
 void MarkdownWriter::put(const Media& media, const std::string& alt, const std::string& link) {
-  const std::string text = escaped(alt, MarkdownPlace::kHeading);
   if (link.empty()) {
+    const std::string text = escaped(alt, MarkdownPlace::kBlock);
     if (!text.empty()) block(text);
   } else {
+    const std::string text = escaped(alt, MarkdownPlace::kHeading);
     const char* mark = media.kind == MediaKind::kImage ? "!" : "";
     block(mark + ("[" + text + "](" + markdownTarget(link) + ")"));
   }
@@ -369,6 +390,10 @@ void MarkdownWriter::put(const Media& media, const std::string& alt, const std::
 void MarkdownWriter::putCaption(const std::string& text) {
   const std::string caption = escaped(text, MarkdownPlace::kBlock);
   if (!caption.empty()) block(caption);
+}
+
+void MarkdownWriter::putLink(const std::string& url) {
+  block("[" + escaped(url, MarkdownPlace::kHeading) + "](" + markdownTarget(url) + ")");
 }
 
 void MarkdownWriter::putFootnote(const Footnote& footnote) {

@@ -39,6 +39,7 @@ class MarkdownWriter final : public BlockWalk {
   void put(const Equation& equation) override;
   void put(const Media& media, const std::string& alt, const std::string& link) override;
   void putCaption(const std::string& text) override;
+  void putLink(const std::string& url) override;
   void putFootnote(const Footnote& footnote) override;
   void put(const Comment& comment) override;
   void putComments(const std::vector<Comment>& comments) override;

@@ -41,7 +41,7 @@ struct WriterOptions {
   Format format = Format::kMarkdown;
   CommentPlace comments = CommentPlace::kNone;
   ShownChanges changes = ShownChanges::kFinal;
-  bool dropSkipped = false;   // leave skipped slides out
+  bool dropSkipped = false;   // leave skipped slides and hidden sheets out
   bool htmlTables = false;    // tables of Markdown as HTML
   bool frontMatter = false;   // Markdown begins with metadata
   bool pandoc = false;        // pandoc's Markdown, not GitHub's

@@ -36,6 +36,21 @@ bool isShown(const Run& run, ShownChanges changes) {
   return true;
 }
 
+bool areSame(const Comment& left, const Comment& right) {
+  return left.author == right.author && left.date == right.date && left.text == right.text;
+}
+
+// A comment stands in each run of its range, and is shown behind the last one.
+void dropContinued(std::vector<Run>& runs) {
+  for (std::size_t i = 0; i + 1 < runs.size(); ++i) {
+    const auto goesOn = [&](const Comment& comment) {
+      return std::ranges::any_of(runs[i + 1].comments,
+                                 [&](const Comment& next) { return areSame(comment, next); });
+    };
+    std::erase_if(runs[i].comments, goesOn);
+  }
+}
+
 }  // namespace
 
 std::string cleanText(std::string_view text) {
@@ -67,6 +82,7 @@ std::vector<Run> shownRuns(const Paragraph& paragraph, ShownChanges changes) {
     shown.push_back(run);
     shown.back().text = cleanText(run.text);
   }
+  dropContinued(shown);
   return shown;
 }
 

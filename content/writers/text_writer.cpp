@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -24,11 +25,25 @@ std::string oneLine(std::string text) {
   return text;
 }
 
+// What a cell shows; the items of a list in it with their labels, which part them.
+std::string textOf(const Cell& cell) {
+  const auto isItem = [](const Paragraph& paragraph) { return paragraph.list.has_value(); };
+  if (std::ranges::none_of(cell.paragraphs, isItem)) return shownText(cell);
+  std::string text;
+  for (const Paragraph& paragraph : cell.paragraphs) {
+    if (!text.empty()) text += ' ';
+    if (paragraph.list && !paragraph.list->label.empty())
+      text += cleanText(paragraph.list->label) + " ";
+    text += shownText(paragraph, ShownChanges::kFinal);
+  }
+  return text;
+}
+
 std::string textAt(const ShownTable& shown, const ShownRow& row, std::size_t column) {
   if (row.kind != ShownRow::Kind::kCells)
     return oneLine(cleanText(shown.textOf(*row.line, column)));
   const ShownCell& cell = row.cells[column];
-  return cell.cell == nullptr || cell.covered ? "" : oneLine(shownText(*cell.cell));
+  return cell.cell == nullptr || cell.covered ? "" : oneLine(textOf(*cell.cell));
 }
 
 // The widths of the columns by their first rows: a long table is not read twice.
@@ -66,9 +81,22 @@ std::string valueText(const ChartValue& value) {
   return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr};
 }
 
+std::string noteMark(const std::string& mark) { return "[" + oneLine(cleanText(mark)) + "]"; }
+
+std::string textWithMarks(const Paragraph& paragraph, ShownChanges changes) {
+  std::string text;
+  for (const Run& run : shownRuns(paragraph, changes)) {
+    text += run.text;
+    if (!run.footnote.empty())
+      text += noteMark(run.footnoteMark.empty() ? run.footnote : run.footnoteMark);
+  }
+  return text;
+}
+
 }  // namespace
 
 void TextWriter::line(const std::string& text) {
+  output_.put(std::exchange(lead_, {}));
   output_.put(text);
   output_.put('\n');
 }
@@ -82,7 +110,9 @@ void TextWriter::beginNotes() { line(""); }
 void TextWriter::beginSheet(const Sheet& sheet) { line(oneLine(cleanText(sheet.name))); }
 
 void TextWriter::put(const Paragraph& paragraph) {
-  std::string text = shownText(paragraph, options().changes);
+  std::string text = textWithMarks(paragraph, options().changes);
+  // What stands behind the mark of a note often begins with the space that parts them.
+  if (!lead_.empty()) text.erase(0, text.find_first_not_of(' '));
   std::string before;
   if (paragraph.list) {
     before.assign(kIndent * std::min<std::size_t>(paragraph.list->level, kDeepest), ' ');
@@ -95,7 +125,7 @@ void TextWriter::put(const Paragraph& paragraph) {
     text.insert(feed + 1, indent);
   line(before + text);
   if (options().comments != CommentPlace::kInline) return;
-  for (const Run& run : paragraph.runs)
+  for (const Run& run : shownRuns(paragraph, ShownChanges::kAll))
     for (const Comment& comment : run.comments) put(comment);
 }
 
@@ -132,9 +162,9 @@ void TextWriter::put(const Media& media, const std::string& alt, const std::stri
 void TextWriter::putCaption(const std::string& text) { line(cleanText(text)); }
 
 void TextWriter::putFootnote(const Footnote& footnote) {
-  output_.put(cleanText(footnote.mark) + " ");
+  lead_ = noteMark(footnote.mark.empty() ? footnote.id : footnote.mark) + " ";
   visit(footnote.blocks);
-  if (footnote.blocks.empty()) line("");
+  if (!lead_.empty()) line("");
 }
 
 void TextWriter::put(const Comment& comment) {

@@ -38,6 +38,7 @@ class TextWriter final : public BlockWalk {
   void endPage() { output_.put('\f'); }
 
   Output output_;
+  std::string lead_;  // stands before the next line
 };
 
 }  // namespace dorvex::content

@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <random>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -312,6 +315,73 @@ TEST_F(Batch, EndsADocumentAtTheLimitOfMemory) {
   EXPECT_EQ(record["limit"], "memory");
 }
 
+// Random words, which neither compression makes much smaller.
+std::string words(std::size_t length) {
+  std::mt19937 random(20'131'023);
+  std::string text;
+  while (text.size() < length) text += std::to_string(random()) + " ";
+  return text;
+}
+
+// Whatever allocation it is that fails, in the host or in the reader, which takes some
+// for a member that is damaged.
+TEST_F(Batch, CallsTooLittleMemoryALimitAndNotDamage) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer ends a process by itself where memory is out";
+#endif
+  const std::string path = document(
+      "large.pages", zip({{"Index/Document.iwa", iwa({storage(1, {words(45'000'000)})})}}));
+  for (const char* size : {"30MB", "60MB", "90MB", "110MB", "130MB"}) {
+    const json record = json::parse(runTool({"batch", "--max-memory", size, path}).output);
+    EXPECT_EQ(record["status"], "limit") << size << record["message"];
+    EXPECT_EQ(record["limit"], "memory") << size;
+    EXPECT_EQ(record["complete"], false) << size;
+  }
+  const json record = json::parse(runTool({"batch", "--max-memory", "400MB", path}).output);
+  EXPECT_EQ(record["status"], "ok") << record["message"];
+}
+
+Finished runToolForbidden(const std::string& name, std::vector<std::string> arguments) {
+  ::setenv("LD_PRELOAD", DORVEX_POOR_FILE_SYSTEM, 1);
+  ::setenv("DORVEX_TEST_FORBIDDEN", name.c_str(), 1);
+  Finished run = runTool(arguments);
+  ::unsetenv("LD_PRELOAD");
+  ::unsetenv("DORVEX_TEST_FORBIDDEN");
+  return run;
+}
+
+TEST_F(Batch, CallsAFolderThatTheSystemKeepsToItselfNoUnsupportedDocument) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer must come before what is preloaded";
+#endif
+  const auto package = folder.path() / "a.pages";
+  writeDirectory(package, {{"Index/Document.iwa", iwa({storage(1, {"text"})})}});
+  const std::map<std::string, std::string> messages = {
+      {"a.pages", "Operation not permitted"},
+      {"Index", "cannot list Index: Operation not permitted"},
+      {"Document.iwa", "cannot open Index/Document.iwa: Operation not permitted"}};
+  for (const auto& [name, message] : messages) {
+    const Finished run = runToolForbidden(name, {"batch", package});
+    EXPECT_EQ(run.status, 1) << name;
+    auto records = byPath(run.output);
+    EXPECT_EQ(records[package]["status"], "io") << name;
+    EXPECT_EQ(records[package]["message"], message) << name;
+  }
+}
+
+TEST_F(Batch, HasARecordForAFolderThatTheSystemKeepsToItself) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer must come before what is preloaded";
+#endif
+  std::filesystem::create_directory(folder.path() / "locked");
+  good("a.pages", "text");
+  const Finished run = runToolForbidden("locked", {"batch", folder.path()});
+  EXPECT_EQ(run.status, 1);
+  auto records = byPath(run.output);
+  EXPECT_EQ(records[folder.path() / "locked"]["status"], "io");
+  EXPECT_EQ(records[folder.path() / "a.pages"]["status"], "ok");
+}
+
 TEST_F(Batch, MarksTextsAndPathsThatAreNotUtf8) {
   const std::string path = document("\xFF", "text \xFF\n");
   const Finished run = runTool({"--module", FAKE_READER_MODULE, "batch", path});
@@ -374,6 +444,53 @@ TEST_F(Batch, ReportsAModuleThatCannotBeLoadedOnceAndAtOnce) {
   EXPECT_EQ(run.status, 3);
   EXPECT_EQ(run.output, "");
   EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1);
+}
+
+// The soft limit is the supervisor's alone: a worker has its own.
+Finished runToolWithin(int mebibytes, const std::string& arguments) {
+  return runProgram("/bin/sh", {"-c", "ulimit -S -v " + std::to_string(mebibytes * 1024) +
+                                          "; exec " DORVEX_PROGRAM " " + arguments});
+}
+
+// A script for as many texts of 50,000 bytes, each in a buffer of its own.
+std::string manyTexts(int count) {
+  const std::string line = "buffer\ntext " + std::string(50'000, 'x') + "\n";
+  std::string script;
+  for (int i = 0; i < count; ++i) script += line;
+  return script;
+}
+
+TEST_F(Batch, GoesOnBehindARecordForWhichThereIsNoMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer cannot be limited in its address space";
+#endif
+  const std::string large = document("large", manyTexts(4'000));
+  const std::string a = document("a", "text short\n");
+  const std::string b = document("b", "text short\n");
+  for (const char* option : {"", " --ordered"}) {
+    const Finished run = runToolWithin(
+        150, "batch -j 1 --module " FAKE_READER_MODULE " " + large + " " + a + " " + b + option);
+    EXPECT_EQ(run.status, 1) << run.errors;
+    auto records = byPath(run.output);
+    ASSERT_EQ(records.size(), 3u);
+    EXPECT_EQ(records[large]["status"], "retry");
+    EXPECT_EQ(records[large]["texts"], json::array());
+    EXPECT_EQ(records[a]["status"], "ok");
+    EXPECT_EQ(records[b]["status"], "ok");
+  }
+}
+
+// Three copies of the record would not fit.
+TEST_F(Batch, HasARecordInMemoryOnce) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer cannot be limited in its address space";
+#endif
+  const std::string path = document("large", manyTexts(1'600));
+  const std::string records = folder.path() / "records";
+  const Finished run =
+      runToolWithin(150, "batch -j 1 --module " FAKE_READER_MODULE " " + path + " -o " + records);
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(recordsIn(readFile(records)).at(0)["bytes_out"], 80'000'000);
 }
 
 }  // namespace

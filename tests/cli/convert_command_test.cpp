@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <string>
 
 #include "program.h"
 #include "side_files.h"
@@ -70,6 +72,28 @@ TEST_F(ConvertCommand, GivesNoTableOfADocumentWithoutOne) {
   const Finished run = runTool({"convert", "--to", "csv", empty("a.pages")});
   EXPECT_EQ(run.status, 1);
   EXPECT_NE(run.errors.find("no table in the document"), std::string::npos) << run.errors;
+}
+
+TEST_F(ConvertCommand, WritesMediaBesideTheRenderingThatLinksToThem) {
+  const std::string sample = DORVEX_SOURCE_DIR "/samples/tea-shop.key";
+  const std::string rendering = folder.path() / "deck.md";
+  const Finished run = runTool(
+      {"convert", "--extract-media", folder.path() / "some media", "-o", rendering, sample});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.path() / "some media"))
+    names.insert(entry.path().filename());
+  EXPECT_EQ(names, (std::set<std::string>{"1-teapot.svg", "2-kettle.mov", "3-tea cup.svg",
+                                          "4-whistle.m4a"}));
+  EXPECT_TRUE(readFile(folder.path() / "some media/1-teapot.svg").starts_with("<svg"));
+  EXPECT_NE(readFile(rendering).find("](some%20media/3-tea%20cup.svg)"), std::string::npos);
+}
+
+TEST_F(ConvertCommand, ExtractsMediaOfOneDocumentOnly) {
+  const Finished run = runTool({"convert", "--extract-media", folder.path() / "media", "-o",
+                                folder.path() / "out/", empty("a.pages"), empty("b.pages")});
+  EXPECT_EQ(run.status, 2) << run.errors;
+  EXPECT_FALSE(std::filesystem::exists(folder.path() / "media"));
 }
 
 TEST_F(ConvertCommand, GoesIntoRecordsOfABatch) {

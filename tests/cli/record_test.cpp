@@ -15,15 +15,24 @@ namespace {
 
 using nlohmann::json;
 
+JsonStrings strings(const std::vector<std::string>& texts) {
+  JsonStrings written;
+  for (const std::string& text : texts) {
+    written.add(text);
+    written.end();
+  }
+  return written;
+}
+
 json written(const Record& record) {
-  const std::string line = toLine(record);
+  const std::string line = toLine(record).joined();
   EXPECT_EQ(line.back(), '\n');
   EXPECT_EQ(line.find('\n'), line.size() - 1);
   return json::parse(line);
 }
 
 TEST(Record, HoldsWhatBecameOfADocument) {
-  Record record{"a.pages", {"one", "two\nlines"}, {}, 100, 1.23456};
+  Record record{"a.pages", strings({"one", "two\nlines"}), {}, 100, 1.23456};
   record.result.moduleResult = 0;
   record.result.kind = Kind::kPages;
   EXPECT_EQ(written(record), json::parse(R"({
@@ -53,7 +62,7 @@ TEST(Record, SaysWhatWentWrong) {
 }
 
 TEST(Record, ReplacesWhatIsNotUtf8AndSaysWhere) {
-  Record record{"a\xFF", {"good", "b\xC3", "\xED\xA0\x80"}, {}, 0, 0};
+  Record record{"a\xFF", strings({"good", "b\xC3", "\xED\xA0\x80"}), {}, 0, 0};
   record.result.skipped = {{"n\xFF", "r"}};
   const json line = written(record);
   EXPECT_EQ(line["path"], "a\xEF\xBF\xBD");
@@ -65,8 +74,27 @@ TEST(Record, ReplacesWhatIsNotUtf8AndSaysWhere) {
   EXPECT_EQ(line["skipped"][0]["name"], "n\xEF\xBF\xBD");
 }
 
+TEST(Record, HoldsWhatWasRenderedAsOneString) {
+  Record record{"a", {}, {}, 0, 0};
+  record.content = strings({"{\"a\": 1}\n"});
+  EXPECT_EQ(written(record)["content"], "{\"a\": 1}\n");
+  EXPECT_EQ(written(record)["texts"], json::array());
+  EXPECT_EQ(written(record)["bytes_out"], 9);
+}
+
+TEST(Record, HasItsFieldsInTheirOrder) {
+  const auto line = nlohmann::ordered_json::parse(
+      toLine({"a", strings({"text"}), {}, 0, 0, strings({"content"})}).joined());
+  std::vector<std::string> names;
+  for (const auto& [name, value] : line.items()) names.push_back(name);
+  EXPECT_EQ(names, (std::vector<std::string>{"version", "id", "path", "path_is_utf8", "status",
+                                             "complete", "message", "limit", "signal", "result",
+                                             "kind", "texts", "texts_not_utf8", "content",
+                                             "bytes_in", "bytes_out", "milliseconds", "skipped"}));
+}
+
 TEST(Record, CountsTheBytesOfTextsBeforeTheirRepair) {
-  const Record record{"a", {"b\xC3", "cc"}, {}, 0, 0};
+  const Record record{"a", strings({"b\xC3", "cc"}), {}, 0, 0};
   EXPECT_EQ(written(record)["bytes_out"], 4);
 }
 

@@ -22,10 +22,11 @@ using testing::writeFile;
 std::string record(const std::string& path, Failure failure = Failure::kNone) {
   Record record;
   record.path = path;
-  record.texts = {R"({"version":1,"id":"no","status":"ok"})"};
+  record.texts.add(R"({"version":1,"id":"no","status":"ok"})");
+  record.texts.end();
   record.result.failure = failure;
   record.result.status = failure == Failure::kNone ? Status::kOk : Status::kFailed;
-  return toLine(record);
+  return toLine(record).joined();
 }
 
 Ids idsOf(const std::vector<std::string>& paths) {

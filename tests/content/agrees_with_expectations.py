@@ -15,9 +15,11 @@ import sys
 KNOWN = {
     # The comparison looks for the wanted level in a place where it never is, and wants 0.
     "list level": 100,
-    # 23 in a format with as many decimals as needed: the extraction gives "23.0".
+    # 23 in a format with as many decimals as needed: the extraction gives "23.0", where the
+    # picture that the application put into the document shows 23 (custom-format-stress).
     "shown number": 396,
-    # Whole numbers as 3.0, and columns of another table without its name.
+    # Whole numbers as 3.0 (12), and columns D and E without their table in formulas of a
+    # table that has two columns (5); both in testNumbers2013.
     "formula": 17,
 }
 

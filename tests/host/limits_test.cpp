@@ -54,7 +54,9 @@ class DocumentLimits : public ::testing::Test {
   TemporaryDirectory folder_;
 };
 
-std::string large(std::size_t length) { return iwa({storage(1, {std::string(length, 'x')})}); }
+std::string large(std::size_t length, std::uint64_t identifier = 1) {
+  return iwa({storage(identifier, {std::string(length, 'x')})});
+}
 
 std::string nested(int depth) {
   std::string bytes = zip({{"Document.iwa", large(10)}});
@@ -112,8 +114,8 @@ TEST_F(DocumentLimits, DoNotCountMembersThatTheReaderPassesOver) {
 
 TEST_F(DocumentLimits, OfTotalBytesCountAcrossNestedContainers) {
   const std::string inner = zip({{"Document.iwa", large(10)}});
-  const std::string outer = zip({{"Index.zip", inner}, {"Document.iwa", large(20)}});
-  const std::size_t all = inner.size() + large(10).size() + large(20).size();
+  const std::string outer = zip({{"Index.zip", inner}, {"Document.iwa", large(20, 2)}});
+  const std::size_t all = inner.size() + large(10).size() + large(20, 2).size();
   options.limits.container.totalBytes = all;
   EXPECT_EQ(read(outer).status, Status::kOk);
   options.limits.container.totalBytes = all - 1;
@@ -134,7 +136,7 @@ TEST_F(DocumentLimits, OfExpansion) {
 
 TEST_F(DocumentLimits, OfScratchCountStreamsThatAreOpenAtATime) {
   const std::string member = large(1000);
-  const std::string flat = zip({{"Document-1.iwa", member}, {"Document-2.iwa", member}});
+  const std::string flat = zip({{"Document-1.iwa", member}, {"Document-2.iwa", large(1000, 2)}});
   options.limits.scratch = member.size();
   EXPECT_EQ(read(flat).status, Status::kOk);
   const std::string inner = zip({{"Document.iwa", member}});

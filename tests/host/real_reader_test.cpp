@@ -112,6 +112,75 @@ TEST_P(RealReader, NamesOtherMembersThatAreNotSoundEither) {
   EXPECT_EQ(reading.result.skipped[1].name, "Index/Slide.iwa");
 }
 
+TEST_P(RealReader, CountsTheStreamsOfNestedContainersBesidesARefusedMember) {
+  std::string inner = zip({{"Index/Document.iwa", iwa({storage(1, {"first"})})},
+                           {"Index/Slide.iwa", iwa({storage(2, {"second"})})},
+                           {"Index/Slide-2.iwa", damagedChunk()},
+                           {"Index/Slide-3.iwa", iwa({storage(3, {"third"})})}});
+  inner[inner.find("second")] = 'S';
+  const Reading reading = readBytes(zip({{"Index.zip", inner}, {"Index/Slide-4.iwa", good()}}));
+  EXPECT_EQ(reading.result.moduleResult, 6);
+  EXPECT_EQ(reading.result.message,
+            "the zip member Index.zip/Index/Slide.iwa is damaged; of the other streams 3 are sound "
+            "and 1 not");
+  ASSERT_EQ(reading.result.skipped.size(), 2u);
+  EXPECT_EQ(reading.result.skipped[0], (SkippedMember{"Index.zip/Index/Slide.iwa", "is damaged"}));
+  EXPECT_EQ(reading.result.skipped[1].name, "Index.zip/Index/Slide-2.iwa");
+}
+
+TEST_P(RealReader, TellsOfStreamsBesidesANestedContainerThatIsRefused) {
+  std::string bytes = zip({{"Index/Slide.iwa", good()},
+                           {"Index.zip", zip({{"Document.iwa", iwa({storage(1, {"first"})})}})}});
+  bytes[bytes.find("first")] = 'F';
+  const Reading reading = readBytes(bytes);
+  EXPECT_EQ(reading.result.message,
+            "the zip member Index.zip is damaged; the other stream is sound");
+  EXPECT_EQ(reading.result.skipped, (std::vector<SkippedMember>{{"Index.zip", "is damaged"}}));
+}
+
+TEST_P(RealReader, NamesAnObjectThatIsDroppedForOneOfAnotherMember) {
+  const std::string bytes =
+      zip({{"Index/Document.iwa", iwa({storage(1, {"first"})})},
+           {"Index/Slide.iwa", iwa({storage(1, {"dropped"}), storage(2, {"second"})})}});
+  const Reading reading = readBytes(bytes);
+  EXPECT_EQ(reading.texts, (Texts{"first", "second"}));
+  EXPECT_EQ(reading.result.status, Status::kPartial);
+  EXPECT_EQ(reading.result.failure, Failure::kDamaged);
+  EXPECT_EQ(reading.result.skipped,
+            (std::vector<SkippedMember>{
+                {"Index/Slide.iwa",
+                 "its object 1 is dropped, since Index/Document.iwa has one of that identifier"}}));
+}
+
+TEST_P(RealReader, NamesAnObjectThatIsDroppedInAPackageDirectory) {
+  writeDirectory(folder.path(), {{"Index/Document.iwa", iwa({storage(1, {"first"})})},
+                                 {"Index/Slide.iwa", iwa({storage(1, {"dropped"})})}});
+  const Reading reading = read(Input::path(folder.path()));
+  EXPECT_EQ(reading.result.status, Status::kPartial);
+  EXPECT_EQ(reading.result.skipped.size(), 1u);
+}
+
+TEST_P(RealReader, HasNothingToTellOfSeveralMessagesInOneArchive) {
+  Archive archive = storage(1, {"first"});
+  archive.payloads.push_back(storage(1, {"a difference to it"}).payloads.front());
+  const Reading reading = readBytes(zip({{"Index/Document.iwa", iwa({archive})},
+                                         {"Index/Slide.iwa", iwa({storage(2, {"second"})})}}));
+  EXPECT_EQ(reading.texts, (Texts{"first", "second"}));
+  EXPECT_EQ(reading.result.status, Status::kOk);
+  EXPECT_TRUE(reading.result.skipped.empty());
+}
+
+TEST_P(RealReader, HasNothingToTellWhereTheReaderKnowsOneOfTwoObjectsOnly) {
+  for (const bool unknownFirst : {true, false}) {
+    std::vector<Member> members = {{"Index/Document.iwa", iwa({object(1, kUnknownType, "")})},
+                                   {"Index/Slide.iwa", iwa({storage(1, {"text"})})}};
+    if (!unknownFirst) std::swap(members[0].contents, members[1].contents);
+    const Reading reading = readBytes(zip(members));
+    EXPECT_EQ(reading.texts, Texts{"text"});
+    EXPECT_EQ(reading.result.status, Status::kOk);
+  }
+}
+
 TEST_P(RealReader, MeasuresWhatItReads) {
   const std::string bytes = goodDocument();
   EXPECT_EQ(readBytes(bytes).result.inputBytes, bytes.size());

@@ -134,8 +134,14 @@ TEST(Exports, HoldTheSevenNamesOfTheHostAndNoOtherEntryPoint) {
             2);
 }
 
+TEST(Exports, HoldOneEntryPointOfTheModuleThatRendersContent) {
+  EXPECT_EQ(namesOf(ElfFile(DORVEX_CONTENT_MODULE).exports()),
+            std::set<std::string>{"dorvexRenderContent"});
+}
+
 TEST(Exports, HoldNoUniqueSymbol) {
-  for (const std::string& path : {std::string(ReaderModule::path()), containerModulePath()}) {
+  for (const std::string& path : {std::string(ReaderModule::path()), containerModulePath(),
+                                  std::string(DORVEX_CONTENT_MODULE)}) {
     for (const Symbol& symbol : ElfFile(path).exports())
       EXPECT_NE(symbol.binding, STB_GNU_UNIQUE) << symbol.name;
   }

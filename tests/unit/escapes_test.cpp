@@ -245,16 +245,16 @@ class HostileValues {
  public:
   std::string next() {
     std::string value;
-    for (std::size_t count = random_() % 12; count > 0; --count) value += piece();
+    for (std::size_t count = random_() % 24; count > 0; --count) value += piece();
     return value;
   }
 
  private:
   std::string piece() {
     static const std::vector<std::string> pieces = {
-        "\\",      "\\\\", "\"",  "'",    "n",    "t",     "0",     "00",
-        "1",       "8",    "\\0", "\\00", "\\3",  "\\342", "\\200", "\\357\\2",
-        "77\\274", "a",    "\\n", "\\t",  "\\\"", "\\'",   "\n",    "."};
+        "\\",  "\\\\", "\"",  "'",     "n",     "t",        "0",       "00",  "1",   "8",
+        "\\0", "\\00", "\\3", "\\342", "\\200", "\\357\\2", "77\\274", "277", "274", "57",
+        "2",   "9",    "a",   "\\n",   "\\t",   "\\\"",     "\\'",     "\n",  "."};
     const std::size_t rows = std::size(kReplaceRows) + std::size(kDeleteRows);
     const std::size_t choice = random_() % (pieces.size() + rows);
     if (choice < pieces.size()) return pieces[choice];

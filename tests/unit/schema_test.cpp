@@ -1,5 +1,6 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/descriptor.pb.h>
+#include <google/protobuf/descriptor_database.h>
 #include <gtest/gtest.h>
 
 #include <iterator>
@@ -10,6 +11,7 @@
 #include "TNCommandArchives.pb.h"
 #include "TPCommandArchives.pb.h"
 #include "TSCHArchives.pb.h"
+#include "late_registration.h"
 
 namespace {
 
@@ -17,6 +19,14 @@ using google::protobuf::Descriptor;
 using google::protobuf::DescriptorPool;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::FileDescriptor;
+
+// Not by the pool, which remembers what it did not find.
+bool isRegistered(const std::string& name) {
+  google::protobuf::FileDescriptorProto file;
+  return DescriptorPool::internal_generated_database()->FindFileByName(name, &file);
+}
+
+const bool isRegisteredByLoading = isRegistered("TSPMessages.proto");
 
 // What a schema file holds, nested declarations included; extension fields count
 // among the fields too.
@@ -80,8 +90,17 @@ Counts countsOf(const FileDescriptor& file) {
   return counts;
 }
 
-const FileDescriptor* findFile(const std::string& name) {
-  return DescriptorPool::generated_pool()->FindFileByName(name);
+const DescriptorPool* pool() {
+  vn::iwork13::registerSchema();
+  return DescriptorPool::generated_pool();
+}
+
+const FileDescriptor* findFile(const std::string& name) { return pool()->FindFileByName(name); }
+
+TEST(Schema, IsRegisteredAsAWholeByTheFirstNeedOfADescriptorAndNotByLoading) {
+  EXPECT_FALSE(isRegisteredByLoading);
+  EXPECT_EQ(TSCH::ChartArchive::descriptor()->file()->name(), "TSCHArchives.proto");
+  for (const auto& [name, expected] : kFiles) EXPECT_TRUE(isRegistered(name)) << name;
 }
 
 TEST(Schema, HoldsTheMessagesEnumsExtensionsAndFieldsOfEachFile) {
@@ -153,7 +172,7 @@ std::string declarationOf(const FieldDescriptor* field) {
 }
 
 std::string fieldOf(const std::string& message, int number) {
-  const Descriptor* descriptor = DescriptorPool::generated_pool()->FindMessageTypeByName(message);
+  const Descriptor* descriptor = pool()->FindMessageTypeByName(message);
   return declarationOf(descriptor != nullptr ? descriptor->FindFieldByNumber(number) : nullptr);
 }
 
@@ -213,8 +232,8 @@ TEST(Schema, HasNoSweptFieldAmongIts360StringAndBytesFieldsButThose) {
 }
 
 std::string extensionOf(const std::string& message, int number) {
-  const DescriptorPool* pool = DescriptorPool::generated_pool();
-  return declarationOf(pool->FindExtensionByNumber(pool->FindMessageTypeByName(message), number));
+  return declarationOf(
+      pool()->FindExtensionByNumber(pool()->FindMessageTypeByName(message), number));
 }
 
 TEST(Schema, DeclaresTheTellingExtensions) {
@@ -228,7 +247,7 @@ TEST(Schema, DeclaresTheTellingExtensions) {
 
 TEST(Schema, DeclaresTheExtensionRanges) {
   const auto rangesOf = [](const std::string& message) {
-    const Descriptor* descriptor = DescriptorPool::generated_pool()->FindMessageTypeByName(message);
+    const Descriptor* descriptor = pool()->FindMessageTypeByName(message);
     std::set<std::pair<int, int>> ranges;
     for (int i = 0; i < descriptor->extension_range_count(); ++i)
       ranges.emplace(descriptor->extension_range(i)->start,
@@ -242,8 +261,7 @@ TEST(Schema, DeclaresTheExtensionRanges) {
 }
 
 TEST(Schema, NumbersItsEnumValues) {
-  const auto* kinds =
-      DescriptorPool::generated_pool()->FindEnumTypeByName("TSWP.StorageArchive.KindType");
+  const auto* kinds = pool()->FindEnumTypeByName("TSWP.StorageArchive.KindType");
   ASSERT_NE(kinds, nullptr);
   const std::pair<const char*, int> values[] = {{"BODY", 0},     {"CELL", 5},
                                                 {"FOOTNOTE", 2}, {"HEADER", 1},
@@ -254,8 +272,7 @@ TEST(Schema, NumbersItsEnumValues) {
     ASSERT_NE(kinds->FindValueByName(name), nullptr) << name;
     EXPECT_EQ(kinds->FindValueByName(name)->number(), number);
   }
-  const auto* rules =
-      DescriptorPool::generated_pool()->FindEnumTypeByName("TSP.FieldInfo.UnknownFieldRule");
+  const auto* rules = pool()->FindEnumTypeByName("TSP.FieldInfo.UnknownFieldRule");
   EXPECT_EQ(rules->FindValueByName("NotSupported")->number(), -1);
 }
 

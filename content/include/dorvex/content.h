@@ -54,10 +54,11 @@ struct Run {
   bool underline = false;
   bool strike = false;
   Baseline baseline = Baseline::kNormal;
-  std::string link;      // a URL; empty for none
-  std::string footnote;  // the id of a footnote whose mark stands here; the text is empty then
-  std::string bookmark;  // a name; empty for none
-  std::string ruby;      // the reading of the text; empty for none
+  std::string link;          // a URL; empty for none
+  std::string footnote;      // the id of a footnote whose mark stands here; the text is empty then
+  std::string footnoteMark;  // that mark, as it is shown
+  std::string bookmark;      // a name; empty for none
+  std::string ruby;          // the reading of the text; empty for none
   FieldKind field = FieldKind::kNone;
   std::vector<Comment> comments;
   std::optional<Change> inserted;

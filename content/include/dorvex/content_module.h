@@ -37,7 +37,7 @@ enum DorvexContentFormat : std::int32_t {
 
 /// Flags of DorvexContentOptions.
 enum DorvexContentFlags : std::uint32_t {
-  DORVEX_CONTENT_DROP_SKIPPED = 1U << 0,  ///< leave skipped slides out
+  DORVEX_CONTENT_DROP_SKIPPED = 1U << 0,  ///< leave skipped slides and hidden sheets out
   DORVEX_CONTENT_HTML_TABLES = 1U << 1,   ///< tables of Markdown as HTML
   DORVEX_CONTENT_FRONT_MATTER = 1U << 2,  ///< Markdown begins with metadata
   DORVEX_CONTENT_PANDOC = 1U << 3,        ///< pandoc's Markdown, not GitHub's

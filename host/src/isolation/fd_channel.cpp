@@ -6,8 +6,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "bytes/patiently.h"
-
 namespace dorvex {
 namespace {
 
@@ -40,9 +38,7 @@ ssize_t retried(Call call) {
 
 std::pair<UniqueFd, UniqueFd> makeChannel() {
   std::array<int, 2> ends{-1, -1};
-  const bool made = patiently(
-      [&] { return ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) == 0; });
-  if (!made) return {};
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return {};
   return {UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 

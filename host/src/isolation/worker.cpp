@@ -206,6 +206,9 @@ WarmModule warmUp(const HostOptions& options) {
 
 void runWorker(UniqueFd channel, const HostOptions& options, const WarmModule& warm) {
   ::prctl(PR_SET_NAME, "dorvex-worker");
+  // libzip asks for the local time of each member, and the C library would look each
+  // time whether its file has changed. Nothing that the reader gives depends on it.
+  if (!options.rendering) ::setenv("TZ", ":/etc/localtime", 0);
   std::signal(SIGXFSZ, SIG_IGN);  // a scratch file that grows too large is a failed write
   channelOfThisProcess = channel.get();
   std::set_new_handler(reportOutOfMemory);

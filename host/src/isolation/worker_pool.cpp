@@ -47,8 +47,8 @@ std::optional<int> Worker::end() {
   return server_->end(std::exchange(process_.process, -1));
 }
 
-WorkerPool::WorkerPool(const HostOptions& options)
-    : options_(options), server_(ForkServer::start(options)) {}
+WorkerPool::WorkerPool(const HostOptions& options, std::chrono::milliseconds patience)
+    : options_(options), patience_(patience), server_(ForkServer::start(options)) {}
 
 std::shared_ptr<ForkServer> WorkerPool::server() {
   const std::lock_guard lock(mutex_);
@@ -95,6 +95,14 @@ std::unique_ptr<Worker> WorkerPool::takeOrMake(bool directory, bool& isNew) {
   return worker;
 }
 
+// Once a wait was in vain, documents do not take the whole of it one after the other.
+std::unique_ptr<Worker> WorkerPool::waitForOne(bool directory, bool& isNew) {
+  auto worker = patiently([&] { return takeOrMake(directory, isNew); },
+                          waitedInVain_ ? patience_ / 100 : patience_);
+  waitedInVain_ = !worker && isShortage(errno);
+  return worker;
+}
+
 // A worker that does not take the document has read nothing of it: an idle one that
 // has died meanwhile, or left because it had grown large, or a new one that somebody
 // has killed. So it is passed over, but for a new one that only keeps silent: the
@@ -103,7 +111,7 @@ std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
   const bool directory = order == Order::kReadDirectory;
   for (int tried = 0; tried < kNewWorkersTried;) {
     bool isNew = false;
-    auto worker = patiently([&] { return takeOrMake(directory, isNew); });
+    auto worker = waitForOne(directory, isNew);
     if (!worker) return nullptr;
     tried += static_cast<int>(isNew);
     const Answer answer = handOver(worker->channel(), order, document);

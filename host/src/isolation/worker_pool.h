@@ -2,6 +2,8 @@
 // replaced when they have served their time.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -35,7 +37,9 @@ class Worker {
 // For several threads at once.
 class WorkerPool {
  public:
-  explicit WorkerPool(const HostOptions& options);
+  // patience: for descriptors, processes and memory that others may give back.
+  explicit WorkerPool(const HostOptions& options,
+                      std::chrono::milliseconds patience = std::chrono::seconds(10));
 
   // A worker that has taken document, or null and errno: ECHILD when one new
   // worker after the other dies before it takes it.
@@ -49,13 +53,16 @@ class WorkerPool {
   std::unique_ptr<Worker> takeIdle();
   std::unique_ptr<Worker> makeNew();
   std::unique_ptr<Worker> takeOrMake(bool directory, bool& isNew);
+  std::unique_ptr<Worker> waitForOne(bool directory, bool& isNew);
   std::shared_ptr<ForkServer> server();
   std::shared_ptr<ForkServer> restarted(const std::shared_ptr<ForkServer>& gone);
 
   const HostOptions options_;
+  const std::chrono::milliseconds patience_;
   std::mutex mutex_;
   std::shared_ptr<ForkServer> server_;
   std::vector<std::unique_ptr<Worker>> idle_;
+  std::atomic<bool> waitedInVain_ = false;  // last time, for what the machine is short of
 };
 
 }  // namespace dorvex

@@ -173,6 +173,7 @@ class WorkerSource final : public Document::Source {
   // A worker that is gone is noticed when it is read from. One that asks and
   // does not take what it gets has to do without.
   void handOverScratch() {
+    if (worker_ == nullptr) return;  // one that has given its result asks for nothing
     const UniqueFd file = openUnnamedFile();
     const auto answer = file ? ScratchAnswer::kFile : ScratchAnswer::kNone;
     sendByte(worker_->channel(), static_cast<unsigned char>(answer), file.get());

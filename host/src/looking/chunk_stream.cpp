@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "looking/object_stream.h"
@@ -46,21 +47,113 @@ class BodyReader {
   std::vector<char> buffer_;
 };
 
-// False for a block that is not a sound one.
-bool appendBlock(const char* body, std::size_t length, ObjectStream& objects) {
-  std::size_t size = 0;
-  if (!snappy::IsValidCompressedBuffer(body, length) ||
-      !snappy::GetUncompressedLength(body, length, &size)) {
-    return false;
+// No element of a block of so many bytes stands for more than this many times its own
+// length, so that a block which states more is not a sound one.
+constexpr std::uint64_t kMostExpansion = 22;
+
+// Takes the blocks of a stream one after the other.
+template <typename Objects>
+class BlockDecoder {
+ public:
+  explicit BlockDecoder(Objects& objects) : objects_(objects) {}
+
+  std::uint64_t total() const { return total_; }
+
+  // False for a block that is not a sound one. Decompressing one finds that out as
+  // well as a look that writes nothing, and takes no longer.
+  bool take(const char* body, std::size_t length) {
+    std::size_t size = 0;
+    if (!snappy::GetUncompressedLength(body, length, &size) || size > length * kMostExpansion) {
+      return false;
+    }
+    const bool sound =
+        total_ + size > kMostReadableObjects ? pass(body, length) : decompress(body, length, size);
+    if (sound) total_ += size;
+    return sound;
   }
-  objects.size += size;
-  if (objects.size > kMostReadableObjects) {
-    objects.bytes = {};
+
+ private:
+  bool pass(const char* body, std::size_t length) {
+    if (!snappy::IsValidCompressedBuffer(body, length)) return false;
+    objects_.drop();
     return true;
   }
-  const std::size_t start = objects.bytes.size();
-  objects.bytes.resize(start + size);
-  return snappy::RawUncompress(body, length, objects.bytes.data() + start);
+
+  bool decompress(const char* body, std::size_t length, std::size_t size) {
+    if (!snappy::RawUncompress(body, length, objects_.room(size))) return false;
+    objects_.take(size);
+    return true;
+  }
+
+  Objects& objects_;
+  std::uint64_t total_ = 0;
+};
+
+// Keeps them.
+class Keeping {
+ public:
+  explicit Keeping(std::string& bytes) : bytes_(bytes) {}
+
+  char* room(std::size_t count) {
+    bytes_.resize(kept_ + count);
+    return bytes_.data() + kept_;
+  }
+  void take(std::size_t count) { kept_ += count; }
+  void drop() {
+    bytes_ = {};
+    kept_ = 0;
+  }
+  void finish() { bytes_.resize(kept_); }
+
+ private:
+  std::string& bytes_;
+  std::size_t kept_ = 0;
+};
+
+// Shows them.
+class Showing {
+ public:
+  explicit Showing(ObjectLook& look) : look_(look) {}
+
+  char* room(std::size_t count) { return look_.room(count); }
+  void take(std::size_t count) { look_.take(count); }
+  void drop() {}
+
+ private:
+  ObjectLook& look_;
+};
+
+// Without anything to decompress into.
+class Checker {
+ public:
+  bool take(const char* body, std::size_t length) {
+    return snappy::IsValidCompressedBuffer(body, length);
+  }
+};
+
+template <typename Blocks>
+std::optional<std::string> findFault(ByteStore& store, Blocks& blocks) {
+  const std::uint64_t size = store.size();
+  BodyReader bodies(store);
+  std::uint64_t position = 0;
+  for (std::uint64_t number = 1; position < size; ++number) {
+    const std::uint64_t left = size - position;
+    if (left < kHeaderSize) return "it has stray bytes behind its last chunk";
+    Header header;
+    if (store.readAt(position, header.data(), kHeaderSize) != kHeaderSize) {
+      return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
+    }
+    if (!isHeader(header)) return atChunk(number, "has no valid header");
+    const std::uint64_t length = bodyLength(header);
+    if (length > left - kHeaderSize) return atChunk(number, "is cut short");
+    const char* body = bodies.read(position + kHeaderSize, length);
+    if (body == nullptr) {
+      return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
+    }
+    if (!blocks.take(body, length)) return atChunk(number, "holds damaged data");
+    position += kHeaderSize + length;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -95,31 +188,23 @@ bool ChunkAlignedReader::followHeader() {
 }
 
 std::optional<std::string> findChunkFault(ByteStore& store, ObjectStream* objects) {
-  const std::uint64_t size = store.size();
-  BodyReader bodies(store);
-  std::uint64_t position = 0;
-  for (std::uint64_t number = 1; position < size; ++number) {
-    const std::uint64_t left = size - position;
-    if (left < kHeaderSize) return "it has stray bytes behind its last chunk";
-    Header header;
-    if (store.readAt(position, header.data(), kHeaderSize) != kHeaderSize) {
-      return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
-    }
-    if (!isHeader(header)) return atChunk(number, "has no valid header");
-    const std::uint64_t length = bodyLength(header);
-    if (length > left - kHeaderSize) return atChunk(number, "is cut short");
-    const char* body = bodies.read(position + kHeaderSize, length);
-    if (body == nullptr) {
-      return atChunk(number, std::string("cannot be read: ") + std::strerror(errno));
-    }
-    const bool sound = objects != nullptr ? appendBlock(body, length, *objects)
-                                          : snappy::IsValidCompressedBuffer(body, length);
-    if (!sound) {
-      return atChunk(number, "holds damaged data");
-    }
-    position += kHeaderSize + length;
+  if (objects == nullptr) {
+    Checker checker;
+    return findFault(store, checker);
   }
-  return std::nullopt;
+  Keeping keeping(objects->bytes);
+  BlockDecoder blocks(keeping);
+  auto fault = findFault(store, blocks);
+  keeping.finish();
+  objects->size = blocks.total();
+  return fault;
+}
+
+ChunkLook lookThroughChunks(ByteStore& store, ObjectLook& look) {
+  Showing showing(look);
+  BlockDecoder blocks(showing);
+  auto fault = findFault(store, blocks);
+  return {std::move(fault), blocks.total()};
 }
 
 }  // namespace dorvex

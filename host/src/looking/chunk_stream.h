@@ -20,6 +20,8 @@
 
 namespace dorvex {
 
+class ObjectLook;
+
 // Tells how much of a chunk stream may be given in one read.
 class ChunkAlignedReader {
  public:
@@ -55,5 +57,13 @@ struct ObjectStream {
 // such a stream, or its end, without a word. The blocks go decompressed into
 // objects if it is given, up to the first fault.
 std::optional<std::string> findChunkFault(ByteStore& store, ObjectStream* objects = nullptr);
+
+// The same, with look to look through what the blocks hold. Gives how much that is, as
+// far as it has come; look is not shown what is beyond kMostReadableObjects.
+struct ChunkLook {
+  std::optional<std::string> fault;
+  std::uint64_t objectBytes = 0;
+};
+ChunkLook lookThroughChunks(ByteStore& store, ObjectLook& look);
 
 }  // namespace dorvex

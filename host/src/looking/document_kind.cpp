@@ -29,12 +29,17 @@ void KindEvidence::noteName(std::string_view name) {
                                           [&](auto slide) { return file.starts_with(slide); }));
 }
 
-void KindEvidence::noteObjects(std::string_view name, std::string_view objectStream) {
+bool KindEvidence::mayHoldRoot(std::string_view name) { return fileName(name) == "Document.iwa"; }
+
+void KindEvidence::noteRoot(std::string_view name, std::optional<std::uint64_t> type) {
   noteName(name);
-  if (fileName(name) != "Document.iwa") return;
-  const auto type = findRootType(objectStream);
+  if (!mayHoldRoot(name)) return;
   hasPagesRoot_ = hasPagesRoot_ || type == kPagesRoot;
   hasOtherRoot_ = hasOtherRoot_ || type == kOtherRoot;
+}
+
+void KindEvidence::noteObjects(std::string_view name, std::string_view objectStream) {
+  noteRoot(name, mayHoldRoot(name) ? findRootType(objectStream) : std::nullopt);
 }
 
 void KindEvidence::add(const KindEvidence& other) {

@@ -1,10 +1,16 @@
 #include "looking/object_stream.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <vector>
+#include <utility>
+
+#include "looking/read_types.h"
 
 namespace dorvex {
 namespace {
+
+using MessageInfo = ObjectLook::MessageInfo;
+using ArchiveInfo = ObjectLook::ArchiveInfo;
 
 enum WireType : unsigned {
   kVarint = 0,
@@ -38,6 +44,7 @@ class Bytes {
   explicit Bytes(std::string_view left) : left_(left) {}
 
   bool empty() const { return left_.empty(); }
+  std::size_t size() const { return left_.size(); }
 
   bool take(std::uint64_t count, std::string_view& taken) {
     if (count > left_.size()) return false;
@@ -105,27 +112,36 @@ bool isRunOfFields(std::string_view message) {
   return true;
 }
 
-// The length that an entry of a header states; 0 where it states none.
-bool readStatedLength(std::string_view entry, std::uint64_t& length) {
+bool readMessageInfo(std::string_view entry, MessageInfo& info) {
   Bytes bytes(entry);
   Field field;
-  length = 0;
   while (!bytes.empty()) {
     if (!bytes.takeField(field)) return false;
-    if (field.number == kMessageLength) length = field.value;
+    if (field.number == kMessageType) info.type = field.value;
+    if (field.number == kMessageLength) info.length = field.value;
   }
   return true;
 }
 
-bool readStatedLengths(std::string_view header, std::vector<std::uint64_t>& lengths) {
+bool readArchiveInfo(std::string_view header, ArchiveInfo& info) {
+  info.identifier = 0;
+  info.messages.clear();
   Bytes bytes(header);
   Field field;
   while (!bytes.empty()) {
     if (!bytes.takeField(field)) return false;
+    if (field.number == kIdentifier) info.identifier = field.value;
     if (field.number != kMessageInfos) continue;
-    if (!readStatedLength(field.bytes, lengths.emplace_back())) return false;
+    if (!readMessageInfo(field.bytes, info.messages.emplace_back())) return false;
   }
   return true;
+}
+
+// An object of several messages has one identifier for them, and the first that the
+// reader knows is the object.
+bool isFiled(const ArchiveInfo& info) {
+  return std::any_of(info.messages.begin(), info.messages.end(),
+                     [](const MessageInfo& message) { return isReadType(message.type); });
 }
 
 // The type of the first message that a header lists, if the header is the
@@ -151,41 +167,136 @@ std::string atArchive(std::uint64_t number, const char* fault) {
   return "object " + std::to_string(number) + " " + fault;
 }
 
+// Of room that is kept for the next look of a thread, in bytes.
+constexpr std::size_t kMostKept = std::size_t{1024} * 1024;
+
+thread_local std::string spareRoom;
+
+constexpr std::size_t kLongestVarint = 10;
+
 }  // namespace
 
-std::optional<std::string> findObjectFault(std::string_view objectStream) {
-  Bytes stream(objectStream);
-  for (std::uint64_t number = 1; !stream.empty(); ++number) {
-    std::uint64_t length = 0;
-    std::string_view header;
-    if (!stream.takeVarint(length) || !stream.take(length, header))
-      return atArchive(number, "is cut short");
-    std::vector<std::uint64_t> lengths;
-    if (!readStatedLengths(header, lengths)) return atArchive(number, "has a damaged header");
-    for (const std::uint64_t stated : lengths) {
-      std::string_view message;
-      if (!stream.take(stated, message)) return atArchive(number, "is cut short");
-      if (!isRunOfFields(message)) return atArchive(number, "holds damaged data");
-    }
+ObjectLook::ObjectLook(Root root)
+    : room_(std::exchange(spareRoom, {})), wantsRoot_(root == Root::kWanted) {}
+
+ObjectLook::~ObjectLook() {
+  if (room_.size() <= kMostKept) spareRoom = std::move(room_);
+}
+
+char* ObjectLook::room(std::size_t count) {
+  if (end_ + count > room_.size() && begin_ > 0) {
+    std::copy(room_.data() + begin_, room_.data() + end_, room_.data());
+    end_ -= std::exchange(begin_, 0);
   }
-  return std::nullopt;
+  if (end_ + count > room_.size()) room_.resize(std::max(end_ + count, 2 * room_.size()));
+  return room_.data() + end_;
+}
+
+void ObjectLook::take(std::size_t count) {
+  end_ += count;
+  while (!lost_ && next()) {
+  }
+  if (lost_ || begin_ == end_) begin_ = end_ = 0;
+}
+
+void ObjectLook::takeCopy(std::string_view bytes) {
+  constexpr std::size_t kPiece = std::size_t{64} * 1024;
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kPiece))) {
+    const std::size_t count = bytes.copy(room(std::min(bytes.size(), kPiece)), kPiece);
+    take(count);
+  }
+}
+
+// False where there is nothing more to be seen in what has come.
+bool ObjectLook::next() {
+  if (fault_ && (root_ || !wantsRoot_)) {
+    lost_ = true;
+    return false;
+  }
+  if (end_ - begin_ < needed_) return false;
+  return message_ < archive_.messages.size() ? nextMessage() : nextHeader();
+}
+
+// Archives without a header, of one zero byte each, of which a bomb may hold 64 million.
+void ObjectLook::passEmptyArchives() {
+  const std::string_view bytes = atHand();
+  const std::size_t count = std::min(bytes.find_first_not_of('\0'), bytes.size());
+  begin_ += count;
+  number_ += count;
+}
+
+bool ObjectLook::nextHeader() {
+  passEmptyArchives();
+  if (begin_ == end_) return false;
+  Bytes stream(atHand());
+  std::uint64_t length = 0;
+  std::string_view header;
+  if (!stream.takeVarint(length)) {
+    if (end_ - begin_ >= kLongestVarint) return lose("is cut short");
+    needed_ = end_ - begin_ + 1;
+    return false;
+  }
+  if (length > kMostReadableObjects) return lose("is cut short");
+  if (!stream.take(length, header)) {
+    needed_ = end_ - begin_ - stream.size() + length;
+    return false;
+  }
+  if (wantsRoot_ && !root_) root_ = rootTypeIn(header);
+  message_ = 0;
+  needed_ = 0;
+  if (!readArchiveInfo(header, archive_)) return lose("has a damaged header");
+  begin_ = end_ - stream.size();
+  if (archive_.messages.empty()) finishArchive();
+  return true;
+}
+
+bool ObjectLook::nextMessage() {
+  const std::uint64_t length = archive_.messages[message_].length;
+  if (length > kMostReadableObjects) return lose("is cut short");
+  if (length > end_ - begin_) {
+    needed_ = length;
+    return false;
+  }
+  if (!fault_ && !isRunOfFields(atHand().substr(0, length))) note("holds damaged data");
+  begin_ += length;
+  needed_ = 0;
+  if (++message_ == archive_.messages.size()) finishArchive();
+  return true;
+}
+
+void ObjectLook::finishArchive() {
+  if (!fault_ && isFiled(archive_)) filed_.push_back(archive_.identifier);
+  ++number_;
+}
+
+void ObjectLook::note(const char* fault) {
+  if (!fault_) fault_ = atArchive(number_, fault);
+}
+
+bool ObjectLook::lose(const char* fault) {
+  note(fault);
+  lost_ = true;
+  return false;
+}
+
+std::optional<std::string> ObjectLook::fault() const {
+  if (fault_) return fault_;
+  if (begin_ == end_ && message_ == archive_.messages.size()) return std::nullopt;
+  return atArchive(number_, "is cut short");
+}
+
+std::optional<std::string> findObjectFault(std::string_view objectStream,
+                                           std::vector<std::uint64_t>* filed) {
+  ObjectLook look(ObjectLook::Root::kIgnored);
+  look.takeCopy(objectStream);
+  if (filed != nullptr) *filed = look.takeFiled();
+  return look.fault();
 }
 
 std::optional<std::uint64_t> findRootType(std::string_view objectStream) {
-  Bytes stream(objectStream);
-  while (!stream.empty()) {
-    std::uint64_t length = 0;
-    std::string_view header;
-    if (!stream.takeVarint(length) || !stream.take(length, header)) return std::nullopt;
-    if (const auto type = rootTypeIn(header)) return type;
-    std::vector<std::uint64_t> lengths;
-    if (!readStatedLengths(header, lengths)) return std::nullopt;
-    for (const std::uint64_t stated : lengths) {
-      std::string_view message;
-      if (!stream.take(stated, message)) return std::nullopt;
-    }
-  }
-  return std::nullopt;
+  ObjectLook look(ObjectLook::Root::kWanted);
+  look.takeCopy(objectStream);
+  return look.rootType();
 }
 
 }  // namespace dorvex

@@ -9,6 +9,7 @@
 
 #include "dorvex/result.h"
 #include "looking/document_kind.h"
+#include "looking/filed_objects.h"
 
 namespace dorvex {
 
@@ -40,6 +41,7 @@ struct PassedLimit {
 struct Observations {
   KindEvidence kind;
   std::vector<SkippedMember> unsound;        // streams that the reader drops or cuts
+  FiledObjects filed;                        // of the streams that it takes
   std::optional<RefusedMember> refused;      // the last member refused
   std::optional<std::string> notAContainer;  // what the container module would not open
   // What the refusal cost: how many other streams there are, and that one of them is

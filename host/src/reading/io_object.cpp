@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "looking/object_stream.h"
 
@@ -72,13 +73,19 @@ void IoObject::lookThrough() {
 
 void IoObject::lookThroughChunks() {
   if (settings_.alignReads) aligned_.emplace(*store_);
-  ObjectStream objects;
-  auto fault = findChunkFault(*store_, &objects);
-  observations_.kind.noteObjects(settings_.name, objects.bytes);
-  const bool endless = !fault && objects.size > kMostReadableObjects;
+  using Root = ObjectLook::Root;
+  const bool mayHoldRoot = KindEvidence::mayHoldRoot(settings_.name);
+  ObjectLook objects(mayHoldRoot ? Root::kWanted : Root::kIgnored);
+  auto [fault, bytes] = ::dorvex::lookThroughChunks(*store_, objects);
+  const bool tooMany = bytes > kMostReadableObjects;
+  observations_.kind.noteRoot(settings_.name, tooMany ? std::nullopt : objects.rootType());
+  const bool endless = !fault && tooMany;
   if (endless) fault = "it holds more than 64 MiB of objects";
-  if (!fault) fault = findObjectFault(objects.bytes);
-  if (!fault && objects.size == 0) fault = "it is empty";
+  if (!fault) {
+    fault = objects.fault();
+    observations_.filed.add(settings_.name, objects.takeFiled());
+  }
+  if (!fault && bytes == 0) fault = "it is empty";
   if (!fault) return;
   observations_.unsound.push_back({settings_.name, std::move(*fault)});
   if (!endless) return;

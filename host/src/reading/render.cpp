@@ -25,7 +25,7 @@ DorvexContentOptions contentOptions(const Rendering& rendering) {
   options.comments = static_cast<DorvexContentComments>(rendering.comments);
   options.changes = static_cast<DorvexContentChanges>(rendering.changes);
   options.values = static_cast<DorvexContentValues>(rendering.values);
-  options.delimiter = rendering.delimiter;
+  options.delimiter = static_cast<unsigned char>(rendering.delimiter);
   const auto set = [&options](bool wanted, DorvexContentFlags flag) {
     if (wanted) options.flags |= flag;
   };

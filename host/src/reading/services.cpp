@@ -39,6 +39,9 @@ UniqueFd openRegular(const char* path) {
   return {};
 }
 
+// What the reader follows as a zip within the zip.
+bool isNestedContainer(std::string_view name) { return name.ends_with("Index.zip"); }
+
 // The limits of a document as the container module takes them.
 UnzipLimits toUnzipLimits(const ContainerLimits& limits) {
   // One set of defaults, whether a host sets limits or not.
@@ -333,64 +336,125 @@ int HostServices::getEntryCount(void* container) {
   return count;
 }
 
-template <typename Visit>
-bool HostServices::visitMembers(_VPTPIOobj& io, Visit visit) {
-  void* module = load(kContainerModule);
-  if (module == nullptr) return false;
-  const auto closeModule = [](void* handle) { ::dlclose(handle); };
-  const std::unique_ptr<void, decltype(closeModule)> guard(module, closeModule);
-  void* const entryPoint = ::dlsym(module, kContainerEntryPoint);
-  if (entryPoint == nullptr) return false;
-  const ContainerModule functions = ContainerModule::of(module, entryPoint);
-  const ContainerReaderInterface& container = functions.interface;
-  UnzipLimits limits = toUnzipLimits(settings_.containers);
-  void* handle = functions.open(&io, this, limits);
-  if (handle == nullptr) return false;
-  const std::unique_ptr<void, int (*)(void*)> close(handle, container.CloseContainer);
-  const int count = container.GetEntryCount(handle);
-  for (std::int32_t index = 0; index < count; ++index) {
-    ContainerEntryInfo entry;
-    if (container.GetEntryInfo(handle, index, &entry) == VN_CONTAINER_OK) {
-      visit(container, handle, index, entry);
-    }
+// The container module for a look of the host's own, past the tap.
+class HostServices::OwnContainerModule {
+ public:
+  explicit OwnContainerModule(HostServices& host)
+      : host_(host),
+        handle_(host.load(kContainerModule)),
+        limits_(toUnzipLimits(host.settings_.containers)) {
+    void* const entryPoint = handle_ != nullptr ? ::dlsym(handle_, kContainerEntryPoint) : nullptr;
+    if (entryPoint != nullptr) functions_ = ContainerModule::of(handle_, entryPoint);
   }
-  return true;
-}
+  ~OwnContainerModule() {
+    if (handle_ != nullptr) ::dlclose(handle_);
+  }
+  OwnContainerModule(const OwnContainerModule&) = delete;
+  OwnContainerModule& operator=(const OwnContainerModule&) = delete;
+
+  // Calls visit for each member of a zip, with a function that extracts it. False for
+  // what is no zip.
+  template <typename Visit>
+  bool visitMembers(_VPTPIOobj& io, Visit visit) {
+    const ContainerReaderInterface& container = functions_.interface;
+    if (container.OpenContainer == nullptr) return false;
+    void* const handle = functions_.open(&io, &host_, limits_);
+    if (handle == nullptr) return false;
+    const std::unique_ptr<void, int (*)(void*)> close(handle, container.CloseContainer);
+    const int count = container.GetEntryCount(handle);
+    for (std::int32_t index = 0; index < count; ++index) {
+      ContainerEntryInfo entry;
+      if (container.GetEntryInfo(handle, index, &entry) != VN_CONTAINER_OK) continue;
+      visit(std::string(entry.name),
+            [&](_VPTPIOobj& stream) { return container.ExtractEntry(handle, index, &stream); });
+    }
+    return true;
+  }
+
+ private:
+  HostServices& host_;
+  void* handle_;
+  ContainerModule functions_;
+  UnzipLimits limits_;
+};
 
 std::optional<std::vector<std::string>> HostServices::listMembers(_VPTPIOobj& io) {
   std::vector<std::string> names;
-  const bool listed = visitMembers(io, [&](const auto&, void*, std::int32_t, const auto& entry) {
-    names.emplace_back(entry.name);
-  });
+  const bool listed = OwnContainerModule(*this).visitMembers(
+      io, [&](std::string name, const auto&) { names.push_back(std::move(name)); });
   return listed ? std::optional(std::move(names)) : std::nullopt;
 }
 
-std::vector<SkippedMember> HostServices::findUnsoundStreams(_VPTPIOobj& io, std::size_t& sound) {
+// Looks for streams that are not sound, in nested containers as well.
+class HostServices::StreamSearch {
+ public:
+  explicit StreamSearch(HostServices& host)
+      : host_(host),
+        quota_(host.settings_.scratchBytes, host.settings_.containers),
+        module_(host) {}
+
+  // The names of the container's members go behind prefix. depth: 1 for the document.
+  bool searchContainer(_VPTPIOobj& io, const std::string& prefix, std::uint32_t depth) {
+    return module_.visitMembers(io, [&](const std::string& name, const auto& extract) {
+      if (isNestedContainer(name)) {
+        searchNested(prefix + name, depth + 1, extract);
+      } else if (contentOf(name) == IoObject::Content::kChunks) {
+        count(prefix + name, faultOfStream(extract));
+      }
+    });
+  }
+
   std::vector<SkippedMember> unsound;
-  visitMembers(io, [&](const ContainerReaderInterface& container, void* handle, std::int32_t index,
-                       const ContainerEntryInfo& entry) {
-    if (contentOf(entry.name) != IoObject::Content::kChunks) return;
-    if (auto fault = findFault(container, handle, index)) {
-      unsound.push_back({entry.name, std::move(*fault)});
+  std::size_t sound = 0;
+
+ private:
+  void count(const std::string& name, std::optional<std::string> fault) {
+    if (fault) {
+      unsound.push_back({name, std::move(*fault)});
     } else {
       ++sound;
     }
-  });
-  return unsound;
-}
+  }
 
-std::optional<std::string> HostServices::findFault(const ContainerReaderInterface& container,
-                                                   void* handle, std::int32_t index) {
-  Observations unnoted;
-  IoObject::Settings settings;
-  settings.quota = &quota_;
-  IoObject stream(makeScratchStore(settings_.scratchMemory, settings_.openScratchFile),
-                  std::move(settings), unnoted);
-  const int status = container.ExtractEntry(handle, index, &stream);
-  if (status != VN_CONTAINER_OK) return refusalText(status);
-  ObjectStream objects;
-  auto fault = findChunkFault(stream.store(), &objects);
-  return fault ? fault : findObjectFault(objects.bytes);
+  template <typename Extract>
+  std::optional<std::string> faultOfStream(const Extract& extract) {
+    const auto stream = scratch();
+    const int status = extract(*stream);
+    if (status != VN_CONTAINER_OK) return refusalText(status);
+    ObjectLook objects(ObjectLook::Root::kIgnored);
+    auto [fault, bytes] = lookThroughChunks(stream->store(), objects);
+    return fault || bytes > kMostReadableObjects ? fault : objects.fault();
+  }
+
+  template <typename Extract>
+  void searchNested(const std::string& name, std::uint32_t depth, const Extract& extract) {
+    const std::uint32_t deepest = host_.settings_.containers.depth;
+    if (deepest != 0 && depth > deepest) return count(name, "it lies too deep");
+    const auto stream = scratch();
+    const int status = extract(*stream);
+    if (status != VN_CONTAINER_OK) return count(name, refusalText(status));
+    if (!searchContainer(*stream, name + "/", depth)) count(name, "is not a readable zip");
+  }
+
+  std::unique_ptr<IoObject> scratch() {
+    IoObject::Settings settings;
+    settings.quota = &quota_;
+    return std::make_unique<IoObject>(
+        makeScratchStore(host_.settings_.scratchMemory, host_.settings_.openScratchFile),
+        std::move(settings), unnoted_);
+  }
+
+  HostServices& host_;
+  Quota quota_;
+  Observations unnoted_;
+  OwnContainerModule module_;
+};
+
+std::vector<SkippedMember> HostServices::findUnsoundStreams(_VPTPIOobj& io, std::size_t& sound) {
+  StreamSearch search(*this);
+  search.searchContainer(io, "", 1);
+  sound = search.sound;
+  return std::move(search.unsound);
 }
 
 }  // namespace dorvex

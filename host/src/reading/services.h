@@ -55,13 +55,15 @@ class HostServices : public tag_TPVAPIServices {
   // when it cannot be loaded or cannot open io. Not noted in the observations.
   std::optional<std::vector<std::string>> listMembers(_VPTPIOobj& io);
 
-  // Looks through every member stream of a zip. Gives those that are not sound,
-  // and counts the others. Not noted in the observations.
+  // Looks through every member stream of a zip, those of nested zips included. Gives
+  // those that are not sound, and counts the others. Not noted in the observations.
   std::vector<SkippedMember> findUnsoundStreams(_VPTPIOobj& io, std::size_t& sound);
 
  private:
   struct OwnedObject;
   struct Container;
+  class OwnContainerModule;
+  class StreamSearch;
 
   // The container module's functions, as GetDllSymbol found them last.
   struct ContainerModule {
@@ -86,10 +88,6 @@ class HostServices : public tag_TPVAPIServices {
   static int extractEntry(void* container, std::int32_t index, _VPTPIOobj* stream);
   static int getEntryCount(void* container);
 
-  template <typename Visit>
-  bool visitMembers(_VPTPIOobj& io, Visit visit);
-  std::optional<std::string> findFault(const ContainerReaderInterface& container, void* handle,
-                                       std::int32_t index);
   void* load(const std::string& name);
   _VPTPIOobj* openPath(const char* path);
   _VPTPIOobj* openScratch();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -99,6 +100,7 @@ class Session final : public Document::Source {
     } else if (seen_.refused) {
       lookAtTheOthers();
     }
+    if (!seen_.refused) noteDropped();
     Result result = diagnose(returned_, seen_, [this] { return look(); });
     if (hasChanged_) noteChange(result);
     result.kind = seen_.kind.kind();
@@ -176,6 +178,12 @@ class Session final : public Document::Source {
     if (errno == ENOENT) {
       seen_.listFailure = SystemFailure{"a package directory without /proc", ENOENT};
     }
+  }
+
+  // What a document that ends early would have dropped does not matter.
+  void noteDropped() {
+    auto dropped = seen_.filed.dropped();
+    std::move(dropped.begin(), dropped.end(), std::back_inserter(seen_.unsound));
   }
 
   // The member that the container module refused ended the document, whatever else

@@ -14,6 +14,7 @@ namespace {
 
 using Archive = TP::FloatingDrawablesArchive;
 using Group = TP::FloatingDrawablesArchive_PageGroup;
+using ZOrder = TP::DrawablesZOrderArchive;
 using testing::object;
 using testing::Objects;
 using testing::Recorder;
@@ -35,9 +36,10 @@ Wire entry(std::uint64_t drawable) {
 class Floating : public ::testing::Test {
  protected:
   // The pages with their texts, in short.
-  std::string read(const Wire& floating) {
+  std::string read(const Wire& floating, const Wire& order = {}) {
     Recorder recorder;
-    readFloating(objects_.reading(), Message<Archive>(floating.str()), recorder);
+    readFloating(objects_.reading(), Message<Archive>(floating.str()), Message<ZOrder>(order.str()),
+                 recorder);
     std::string pages;
     for (const FloatingPage& page : recorder.floatingPages) {
       pages += std::to_string(page.page) + ':';
@@ -68,6 +70,20 @@ TEST_F(Floating, DrawsFromBackToFront) {
             "1:c b a ");
 }
 
+TEST_F(Floating, KeepsToTheOrderOfDrawingWhereTheDocumentHasOne) {
+  const Wire floating =
+      Wire().message(Archive::page_groups.number, group(0)
+                                                      .message(Group::drawables.number, entry(10))
+                                                      .message(Group::drawables.number, entry(11))
+                                                      .message(Group::drawables.number, entry(12)));
+  // 1 is the text of the pages, which has a layer like any drawable; 10 has none.
+  const Wire order = Wire()
+                         .message(ZOrder::drawables.number, reference(1))
+                         .message(ZOrder::drawables.number, reference(12))
+                         .message(ZOrder::drawables.number, reference(11));
+  EXPECT_EQ(read(floating, order), "1:c b a ");
+}
+
 TEST_F(Floating, LeavesEmptyPagesOut) {
   EXPECT_EQ(read(Wire().message(Archive::page_groups.number,
                                 group(0).message(Group::drawables.number, entry(99)))),
@@ -88,7 +104,7 @@ TEST_F(Floating, ShowsTheTextOfLinkedBoxesOnce) {
                                                       .message(Group::drawables.number, entry(10))
                                                       .message(Group::drawables.number, entry(11)));
   Recorder recorder;
-  readFloating(objects.reading(), Message<Archive>(floating.str()), recorder);
+  readFloating(objects.reading(), Message<Archive>(floating.str()), {}, recorder);
   ASSERT_EQ(recorder.floatingPages.size(), 1U);
   EXPECT_EQ(textOf(recorder.floatingPages[0].blocks), "flows");
 }

@@ -87,8 +87,8 @@ TEST_F(FootnotesTest, MayBeginAnewWithEachSection) {
 
 TEST_F(FootnotesTest, AreNotCountedWhereTheyAreDeleted) {
   Footnotes footnotes = withSettings(Settings::footnote_format.number, 0);
-  EXPECT_EQ(footnotes.add(objects_.object(10), true), "1");
-  EXPECT_EQ(footnotes.add(objects_.object(12), false), "2");
+  EXPECT_EQ(footnotes.add(objects_.object(10), true).id, "1");
+  EXPECT_EQ(footnotes.add(objects_.object(12), false).id, "2");
   EXPECT_EQ(written(footnotes), " 1 ");
 }
 
@@ -109,8 +109,8 @@ TEST_F(FootnotesTest, AreEndnotesWhereTheDocumentSaysSo) {
 
 TEST_F(FootnotesTest, StandInOnePlaceOnly) {
   Footnotes footnotes = withSettings(Settings::footnote_format.number, 0);
-  EXPECT_EQ(footnotes.add(objects_.object(10), false), "1");
-  EXPECT_EQ(footnotes.add(objects_.object(10), false), "");
+  EXPECT_EQ(footnotes.add(objects_.object(10), false).id, "1");
+  EXPECT_EQ(footnotes.add(objects_.object(10), false).id, "");
 }
 
 }  // namespace

@@ -80,6 +80,23 @@ TEST(ReadPages, HidesTheBodyOfPageLayouts) {
   EXPECT_EQ(objects.leftOut().hiddenTexts, 1U);
 }
 
+TEST(ReadPages, GivesPageLayoutsTheHeadersOfTheirSections) {
+  using Section = TP::SectionArchive;
+  using Master = TP::PageMasterArchive;
+  Objects objects(
+      {document(), settings(false),
+       object(2, testing::kStorageType,
+              Wire().message(Storage::table_section.number, objectTable({{0, 12}}))),
+       object(12, 10011, Wire().message(Section::odd_page_master.number, reference(13))),
+       object(13, 10143, Wire().message(Master::headers.number, reference(14))),
+       testing::storage(14, {"at the head"})});
+  Recorder recorder;
+  readPages(objects.reading(), recorder);
+  ASSERT_EQ(recorder.sections.size(), 1U);
+  EXPECT_EQ(recorder.sections[0].headers.at(PageClass::kDefault).center, "at the head");
+  EXPECT_EQ(objects.leftOut().hiddenTexts, 0U);
+}
+
 TEST(ReadPages, ReadsADocumentWithoutAnything) {
   Objects objects({object(1, 10000, Wire())});
   Recorder recorder;

@@ -21,6 +21,8 @@ TEST(RoleOfIdentifier, IsThatOfItsTail) {
   EXPECT_EQ(roleOfIdentifier("text-6-paragraphstyle-Label"), plain(Role::kLabel));
   EXPECT_EQ(roleOfIdentifier("text-16-paragraphstyle-Header & Footer 1"), plain(Role::kHeader));
   EXPECT_EQ(roleOfIdentifier("text-30-paragraphstyle-Footnote Text"), plain(Role::kFootnote));
+  EXPECT_EQ(roleOfIdentifier("text-34-paragraphstyle-Label Dark"), plain(Role::kLabel));
+  EXPECT_EQ(roleOfIdentifier("text-8-paragraphstyle-Masthead"), plain(Role::kTitle));
   EXPECT_EQ(roleOfIdentifier("kSFWPFootnoteTextStyleIdentifier"), plain(Role::kFootnote));
 }
 
@@ -49,8 +51,19 @@ TEST(RoleOfName, KnowsNamesOfOlderDocuments) {
 
 TEST(RoleOfName, KnowsOtherLanguages) {
   EXPECT_EQ(roleOfName("Überschrift 3"), heading(3));
+  EXPECT_EQ(roleOfName("Standard"), plain(Role::kBody));
   EXPECT_EQ(roleOfName("Sous-titre"), plain(Role::kSubtitle));
   EXPECT_EQ(roleOfName("正文"), plain(Role::kBody));
+  EXPECT_EQ(roleOfName("Заголовок 2"), heading(2));
+  EXPECT_EQ(roleOfName("Nadpis 1"), heading(1));
+}
+
+TEST(RoleOfName, TellsHeadingsFromTitlesByTheirNumbers) {
+  EXPECT_EQ(roleOfName("Titre"), plain(Role::kTitle));
+  EXPECT_EQ(roleOfName("Titre 2"), heading(2));
+  EXPECT_EQ(roleOfName("Título 1"), heading(1));
+  EXPECT_EQ(roleOfName("제목 3"), heading(3));
+  EXPECT_EQ(roleOfName("Title 2"), plain(Role::kTitle));
 }
 
 TEST(RoleOfName, OverlooksTheLettersOfCopies) {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "TNArchives.h"
+#include "TSAArchives.h"
 #include "content/support/objects.h"
 #include "tables/format.h"
 
@@ -75,7 +77,9 @@ TEST_F(FormatsTest, ShowNumbers) {
       {"none", grouped(places(format(256), 2)), 1234567.891, "1,234,567.89"},
       {"none", places(format(256), 253), 0.1 + 0.2, "0.3"},
       {"none", places(format(256), 253), 123456789012345678.0, "123456789012346000"},
-      {"none", places(format(256), 0), -0.4, "0"},
+      {"none", places(format(256), 0), -0.4, "-0"},
+      {"none", negative(places(format(256), 0), 2), -0.4, "(0)"},
+      {"none", places(format(256), 0), -0.0, "0"},
       {"none", places(format(256), 4000000000), 0.5, "0.500000000000000000000000000000"},
       {"test-7", places(format(258), 253), 0.012, "1.2%"},
       {"test-8", places(format(258), 1), 0.2, "20.0%"},
@@ -114,6 +118,14 @@ TEST_F(FormatsTest, PutACurrencyWhereItsLocaleDoes) {
   DecimalFormat::currency(FormatArchive(grouped(currency("EUR", 2)).str()), german)
       .append(Decimal(-1234.5), german, text);
   EXPECT_EQ(text, "-1.234,50\u00A0€");
+}
+
+TEST_F(FormatsTest, PutAPercentSignWhereItsLocaleDoes) {
+  const Symbols german("de_DE");
+  std::string text;
+  DecimalFormat::percentage(FormatArchive(places(format(258), 1).str()), german)
+      .append(Decimal(0.2), german, text);
+  EXPECT_EQ(text, "20,0\u00A0%");
 }
 
 TEST_F(FormatsTest, GroupDigitsAsTheirLocaleDoes) {
@@ -274,6 +286,9 @@ TEST(DateFormat, ShowsEachLetter) {
       {"none", "QQQ QQQQ", kMay, "Q2 2nd quarter"},
       {"none", "GGGG", kMay, "Anno Domini"},
       {"none", "SS", 0.567, "56"},
+      {"none", "SSSSSSSS", 0.29, "29000000"},
+      {"none", "A", 1.5, "1500"},
+      {"none", "HH:mm:ss", 43199.99999999, "12:00:00"},
       {"none", "yyyy-MM-dd", -63113904000.0, "0001-01-01"},
       {"none", "'open", kMay, "open"},
   };
@@ -307,6 +322,7 @@ TEST(IsoDate, CountsFromTheBeginningOf2001) {
   EXPECT_EQ(iso(0), "2001-01-01T00:00:00");
   EXPECT_EQ(iso(-1), "2000-12-31T23:59:59");
   EXPECT_EQ(iso(0.9), "2001-01-01T00:00:00");
+  EXPECT_EQ(iso(-0.00000001), "2001-01-01T00:00:00");
   EXPECT_EQ(iso(kMay), "2026-05-17T14:35:12");
   EXPECT_EQ(iso(1e300), "");
   EXPECT_EQ(iso(std::numeric_limits<double>::quiet_NaN()), "");
@@ -418,6 +434,71 @@ TEST(CustomFormat, PutsATextInItsPlace) {
   std::string text;
   CustomFormat(Message<TSK::CustomFormatArchive>(whole.str()), english()).appendText("a", text);
   EXPECT_EQ(text, "<a>");
+}
+
+TEST_F(FormatsTest, UseTheCustomFormatThatTheyBringAlong) {
+  const Wire custom =
+      Wire().message(TSK::CustomFormatArchive::default_format.number,
+                     format(270).bytes(Archive::custom_format_string.number, "#' kg'"));
+  EXPECT_EQ(shown(format(270).message(Archive::custom_format.number, custom), 5), "5 kg");
+}
+
+// A document with one custom format of that type, and a format that means it.
+struct WithCustom {
+  explicit WithCustom(unsigned type, std::string_view pattern)
+      : objects(archives(type, pattern), Application::kNumbers),
+        formatting(objects.reading()),
+        use(FormatArchive(wire(type).str()), formatting) {}
+
+  static Wire uid() { return Wire().varint(1, 8).varint(2, 9); }
+  static Wire wire(unsigned type) {
+    return format(type).message(Archive::custom_uid.number, uid());
+  }
+  static std::vector<testing::Archive> archives(unsigned type, std::string_view pattern) {
+    using List = TSK::CustomFormatListArchive;
+    const Wire custom =
+        Wire().message(TSK::CustomFormatArchive::default_format.number,
+                       format(type).bytes(Archive::custom_format_string.number, pattern));
+    const Wire list =
+        Wire().message(List::uuids.number, uid()).message(List::custom_formats.number, custom);
+    const Wire shared =
+        Wire().message(TSA::DocumentArchive::custom_format_list.number, testing::reference(2));
+    return {testing::object(1, 1, Wire().message(TN::DocumentArchive::super.number, shared)),
+            testing::object(2, 222, list)};
+  }
+  std::string number(double value) {
+    std::string text;
+    use.appendNumber(Decimal(value), english(), text);
+    return text;
+  }
+  std::string date(double seconds) {
+    std::string text;
+    use.appendDate(seconds, english(), text);
+    return text;
+  }
+  std::string text(std::string_view value) {
+    std::string shown;
+    use.appendText(value, shown);
+    return shown;
+  }
+
+  testing::Objects objects;
+  Formatting formatting;
+  Format use;
+};
+
+TEST(CustomFormat, ShowsOnlyWhatItWasMadeFor) {
+  WithCustom numbers(270, "#' kg'");
+  EXPECT_EQ(numbers.number(5), "5 kg");
+  EXPECT_EQ(numbers.text("Weight"), "Weight");
+  EXPECT_EQ(numbers.date(kMay), "17 May 2026 14:35");
+  WithCustom dates(272, "yyyy");
+  EXPECT_EQ(dates.date(kMay), "2026");
+  EXPECT_EQ(dates.text("Year"), "Year");
+  EXPECT_EQ(dates.number(5), "5");
+  WithCustom texts(271, "'<'\uE421'>'");
+  EXPECT_EQ(texts.text("a"), "<a>");
+  EXPECT_EQ(texts.date(kMay), "17 May 2026 14:35");
 }
 
 }  // namespace

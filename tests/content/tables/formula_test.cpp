@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "TNArchives.h"
+#include "TSTArchives.h"
 #include "cells.h"
 #include "content/support/objects.h"
 #include "newer.h"
@@ -30,6 +32,14 @@ Wire number(double value) {
 }
 Wire text(std::string_view value) {
   return node(Type::STRING_NODE).bytes(Node::AST_string_node_string.number, value);
+}
+// So many of a unit, as a person typed it in units from the largest to the smallest.
+Wire literalDuration(double count, unsigned unit, unsigned smallest) {
+  return node(Type::DURATION_NODE)
+      .fixed64(Node::AST_duration_node_unitNum.number, bitsOf(count))
+      .varint(Node::AST_duration_node_unit.number, unit)
+      .varint(Node::AST_duration_node_duration_unit_largest.number, unit)
+      .varint(Node::AST_duration_node_duration_unit_smallest.number, smallest);
 }
 Wire function(unsigned index, unsigned arguments) {
   return node(Type::FUNCTION_NODE)
@@ -112,6 +122,8 @@ TEST(Formula, HasTheBracketsThatItNeedsAndNoMore) {
       {"none", {number(1), number(2), minus, number(3), minus}, "1-2-3"},
       {"none", {number(1), number(2), plus, node(Type::NEGATION_NODE)}, "-(1+2)"},
       {"none", {number(1), number(2), plus, node(Type::PERCENT_NODE)}, "(1+2)%"},
+      {"none", {number(5), node(Type::NEGATION_NODE), node(Type::PERCENT_NODE)}, "-5%"},
+      {"none", {number(5), node(Type::PERCENT_NODE), node(Type::NEGATION_NODE)}, "-5%"},
       // Brackets that a person typed are a list of one.
       {"none",
        {number(1), node(Type::LIST_NODE).varint(Node::AST_list_node_numArgs.number, 1), number(2),
@@ -143,6 +155,8 @@ TEST(Formula, HasItsOperandsInEachForm) {
             .fixed64(Node::AST_duration_node_unitNum.number, bitsOf(1.5))
             .varint(Node::AST_duration_node_unit.number, 4)},
        "1h 30m"},
+      {"none", {literalDuration(90, 8, 8)}, "90m"},
+      {"none", {literalDuration(1.5, 8, 8)}, "1m 30s"},
       {"date_formats",
        {node(Type::EMPTY_ARGUMENT_NODE), node(Type::EMPTY_ARGUMENT_NODE), cell(0, 0),
         function(212, 3)},
@@ -230,6 +244,64 @@ TEST(Formula, RefersToCellsAndRanges) {
     EXPECT_EQ(decoded(row.nodes).text, row.text) << row.document;
     EXPECT_EQ(decoded(row.nodes).problem, "") << row.document;
   }
+}
+
+// A document of sheets with tables of those names; the identifiers of the tables count
+// up from 1, those of their models from 101.
+std::vector<testing::Archive> documentOf(
+    const std::vector<std::pair<std::string, std::vector<std::string>>>& sheets) {
+  using Sheet = TN::SheetArchive;
+  using Model = TST::TableModelArchive;
+  std::vector<testing::Archive> archives;
+  Wire document;
+  std::uint64_t tables = 0;
+  for (std::uint64_t s = 0; s < sheets.size(); ++s) {
+    Wire sheet = Wire().bytes(Sheet::name.number, sheets[s].first);
+    for (const std::string& name : sheets[s].second) {
+      const std::uint64_t number = ++tables;
+      sheet.message(Sheet::drawable_infos.number, testing::reference(200 + number));
+      archives.push_back(testing::object(200 + number, 6000,
+                                         Wire().message(TST::TableInfoArchive::tableModel.number,
+                                                        testing::reference(100 + number))));
+      archives.push_back(testing::object(
+          100 + number, 6001,
+          Wire()
+              .bytes(Model::table_id.number,
+                     "0" + std::to_string(number) + "000000-0000-0000-0000-000000000000")
+              .bytes(Model::table_name.number, name)
+              .varint(Model::number_of_rows.number, 9)
+              .varint(Model::number_of_columns.number, 9)));
+    }
+    archives.push_back(testing::object(50 + s, 2, sheet));
+    document.message(TN::DocumentArchive::sheets.number, testing::reference(50 + s));
+  }
+  archives.push_back(testing::object(1, 1, document));
+  return archives;
+}
+
+// A node that refers to the table of that number.
+Wire inTable(Wire reference, unsigned number) {
+  return reference.message(Node::AST_cross_table_reference_extra_info.number,
+                           Wire().message(1, Wire().varint(2, number)));
+}
+
+TEST(Formula, NamesOtherTablesAsShortAsTheyCanBeTold) {
+  testing::Objects objects(documentOf({{"Home", {"Here", "Twice"}}, {"Away", {"There", "Twice"}}}),
+                           Application::kNumbers);
+  const auto shown = [&](const std::vector<Wire>& nodes) {
+    const Wire formula = Wire().message(TSCE::FormulaArchive::AST_node_array.number, list(nodes));
+    const Host host{objects.reading().keep<TableDirectory>().byModel(101), {2, 1}};
+    return formulaText(objects.reading(), Message<TSCE::FormulaArchive>(formula.str()), host).text;
+  };
+  const Wire colon = node(Type::COLON_NODE);
+  EXPECT_EQ(shown({inTable(cell(0, 0), 1)}), "B3");
+  EXPECT_EQ(shown({inTable(cell(0, 0), 2)}), "Twice::B3");
+  EXPECT_EQ(shown({inTable(cell(0, 0), 3)}), "There::B3");
+  EXPECT_EQ(shown({inTable(cell(0, 0), 4)}), "Away::Twice::B3");
+  EXPECT_EQ(shown({inTable(cell(0, 0), 3), inTable(cell(1, 1), 3), colon}), "There::B3:C4")
+      << "a range names its table once";
+  EXPECT_EQ(shown({inTable(cell(0, 0), 3), inTable(cell(1, 1), 2), colon}), "There::B3:Twice::C4");
+  EXPECT_EQ(shown({inTable(row(1), 3)}), "There::4:4");
 }
 
 TEST(Formula, IsAProblemWhereItCannotBeTold) {

@@ -165,6 +165,44 @@ TEST_F(TableTest, FindsCellsByWideOffsets) {
   EXPECT_EQ(cells[2].number, 3);
 }
 
+TEST_F(TableTest, CountsRowsByTheSizeOfTiles) {
+  using Storage = TST::TileStorage;
+  const auto tile = [](unsigned id, std::uint64_t object) {
+    return Wire().varint(1, id).message(TST::TileStorage_Tile::tile.number, reference(object));
+  };
+  const Wire tiles = Wire()
+                         .message(Storage::tiles.number, tile(0, kTile))
+                         .message(Storage::tiles.number, tile(1, kTile + 100))
+                         .varint(newer::TST_TileStorage::tile_size.number, 2);
+  const auto archives = [&](const Wire& store) {
+    const Wire model = Wire()
+                           .message(Model::base_data_store.number, store)
+                           .varint(Model::number_of_rows.number, 4)
+                           .varint(Model::number_of_columns.number, 1);
+    const auto rows = TST::Tile::rowInfos.number;
+    return std::vector<Archive>{
+        object(kInfo, 6000, Wire().message(Info::tableModel.number, reference(kModel))),
+        object(kModel, 6001, model),
+        object(kTile, 6002, Wire().message(rows, rowOf(0, {numberCell(1)}))),
+        object(kTile + 100, 6002, Wire().message(rows, rowOf(1, {numberCell(2)})))};
+  };
+  const auto numberAt = [&](const Wire& store, std::uint32_t number) {
+    objects_ = std::make_unique<Objects>(archives(store), Application::kNumbers);
+    return row(readTable(objects_->reading(), objects_->message<Info>(kInfo)), number).at(0).number;
+  };
+  const Wire plain = Wire().message(Store::tiles.number, tiles);
+  EXPECT_EQ(numberAt(plain, 0), 1);
+  EXPECT_EQ(numberAt(plain, 3), 2);
+  // Where a tree says where tiles begin, that counts.
+  Wire tree = plain;
+  tree.message(Store::rowTileTree.number,
+               Wire().message(TST::TableRBTree::nodes.number,
+                              Wire()
+                                  .varint(TST::TableRBTree_Node::key.number, 1)
+                                  .varint(TST::TableRBTree_Node::value.number, 1)));
+  EXPECT_EQ(numberAt(tree, 2), 2);
+}
+
 TEST_F(TableTest, ReadsOlderCellsOnlyWhereThereAreNoOthers) {
   const std::string older = olderCell(2, 0x20, little64(2.5));
   const auto pair = [&](Wire wire) {

@@ -77,6 +77,13 @@ TEST(RunMaker, KnowsTheFieldsThatTheApplicationFills) {
   EXPECT_FALSE(isMarked(fieldRun(2031, Wire())));
 }
 
+TEST(RunMaker, NamesABookmarkWithoutANameAsLinksDo) {
+  const Wire field =
+      Wire().bytes(TSWP::SmartFieldArchive::text_attribute_uuid_string.number, "C4EE-FAFB");
+  const Wire bookmark = Wire().message(TSWP::BookmarkFieldArchive::super.number, field);
+  EXPECT_EQ(fieldRun(2035, bookmark).bookmark, "C4EE-FAFB");
+}
+
 TEST(RunMaker, ReadsBookmarksOfBothTables) {
   const Wire bookmark = Wire().bytes(TSWP::BookmarkFieldArchive::name.number, "here");
   EXPECT_EQ(fieldRun(2035, bookmark).bookmark, "here");

@@ -75,7 +75,7 @@ TEST_F(ParagraphTextTest, PartsTextAroundFieldsAndFootnotes) {
   text_.append("a");
   text_.appendField(FieldKind::kPageNumber);
   text_.append("b");
-  text_.appendFootnote("1");
+  text_.appendFootnote({"1", "*"});
   text_.append("c");
   const Paragraph paragraph = take();
   EXPECT_EQ(paragraph.text, "abc");

@@ -197,8 +197,19 @@ class Lists : public ::testing::Test {
     return labels;
   }
 
+  // A variation of the numbers, and bullets.
+  static Wire romanNumbers() {
+    return Wire()
+        .message(1, Wire().message(TSS::StyleArchive::parent.number, reference(10)))
+        .varint(Style::number_types.number, 3);
+  }
+  static Wire bullets() {
+    return Wire().varint(Style::label_types.number, 2).bytes(Style::strings.number, "-");
+  }
+
   Objects objects_{{object(10, kListStyle, numbers()),
-                    object(11, kListStyle, Wire().varint(Style::label_types.number, 0))}};
+                    object(11, kListStyle, Wire().varint(Style::label_types.number, 0)),
+                    object(12, kListStyle, romanNumbers()), object(13, kListStyle, bullets())}};
 };
 
 TEST_F(Lists, NumberTheirItemsByLevel) {
@@ -221,6 +232,19 @@ TEST_F(Lists, GoOnBehindParagraphsOfNoList) {
   const Wire storage = textOnly("a\nb\nc").message(Storage::table_list_style.number,
                                                    objectTable({{0, 10}, {2, 11}, {4, 10}}));
   EXPECT_EQ(labels(storage), "1. 2.");
+}
+
+TEST_F(Lists, CountOnWhereTheStyleIsVaried) {
+  const Wire storage = textOnly("a\nb\nc").message(Storage::table_list_style.number,
+                                                   objectTable({{0, 10}, {2, 12}, {4, 10}}));
+  EXPECT_EQ(labels(storage), "1.II.3.");
+}
+
+TEST_F(Lists, CountOnlyItemsWithNumbers) {
+  const Wire storage = textOnly("a\nb\nc\nd")
+                           .message(Storage::table_list_style.number,
+                                    objectTable({{0, 13}, {2, 10}, {4, 13}, {6, 10}}));
+  EXPECT_EQ(labels(storage), "-1.-2.");
 }
 
 TEST_F(Lists, MakeListItemsOfPlainParagraphs) {
@@ -337,6 +361,58 @@ TEST_F(Attachments, CountThePages) {
   EXPECT_EQ(read[0].runs[1].field, FieldKind::kPageCount);
 }
 
+TEST(SlideNumbers, AreFieldsOfPresentations) {
+  const std::string mark = "\xEF\xBF\xBC";
+  for (const int type : {14, 22, 2043}) {
+    Objects objects({object(10, type, Wire())}, Application::kKeynote);
+    const auto read = paragraphs(
+        textOnly(mark).message(Storage::table_attachment.number, objectTable({{0, 10}})), objects);
+    ASSERT_EQ(read.at(0).runs.size(), 1U) << type;
+    EXPECT_EQ(read[0].runs[0].field, FieldKind::kPageNumber) << type;
+  }
+}
+
+TEST_F(Attachments, LeadWhereTheTextAboutThemLeads) {
+  Objects objects({object(10, 2003, Wire().message(1, reference(11))), object(11, 3005, Wire()),
+                   object(20, 2032, Wire().bytes(2, "tea:"))});
+  const auto blocks =
+      readStorage(objects.reading(),
+                  Message<Storage>(
+                      textOnly(kMark)
+                          .message(Storage::table_attachment.number, objectTable({{0, 10}}))
+                          .message(Storage::table_smartfield.number, objectTable({{0, 20}, {1, 0}}))
+                          .str()));
+  ASSERT_EQ(blocks.size(), 1U);
+  EXPECT_EQ(blocks[0].link, "tea:");
+}
+
+class Targets : public ::testing::Test {
+ protected:
+  // The texts and links of the runs, by paragraphs.
+  std::string read(const std::string& text, std::uint32_t from, std::uint32_t behind) {
+    const Wire storage = textOnly(text).message(Storage::table_smartfield.number,
+                                                objectTable({{from, 20}, {behind, 0}}));
+    std::string all;
+    for (const Paragraph& paragraph : paragraphs(storage, objects_)) {
+      for (const auto& run : paragraph.runs) all += run.text + "(" + run.link + ")";
+      all += '|';
+    }
+    return all;
+  }
+
+  Objects objects_{{object(20, 2032, Wire().bytes(2, "tea:"))}};
+};
+
+TEST_F(Targets, AreKeptOnTheEndOfAParagraph) {
+  EXPECT_EQ(read("a\nb", 1, 2), "a()(tea:)||");
+  EXPECT_EQ(read("a\n\nb", 2, 3), "|(tea:)||");
+}
+
+TEST_F(Targets, AreNotRepeatedBehindTheirText) {
+  EXPECT_EQ(read("a\nb", 0, 2), "a(tea:)||");
+  EXPECT_EQ(read("a\n\nb", 0, 3), "a(tea:)|||");
+}
+
 TEST_F(Attachments, AreNotShownWhereTheyAreDeleted) {
   EXPECT_EQ(outline(textOnly(std::string("a") + kMark)
                         .message(Storage::table_attachment.number, objectTable({{1, 10}}))
@@ -352,9 +428,9 @@ class Notes : public StorageSink {
   void section(const Object& object) override {
     notes.push_back("section " + std::to_string(object.identifier));
   }
-  std::string footnote(const Object& object, bool deleted) override {
+  NoteMark footnote(const Object& object, bool deleted) override {
     notes.push_back((deleted ? "deleted " : "note ") + std::to_string(object.identifier));
-    return "id";
+    return {"id", "*"};
   }
 
   Outline notes;

@@ -6,45 +6,18 @@
 #include <map>
 #include <utility>
 
+#include "content/support/fixed_table.h"
+
 namespace dorvex::content {
 namespace {
 
-using Rows = std::vector<std::vector<Cell>>;
+using testing::CellRows;
+using testing::numberCell;
+using testing::textCell;
 
-class FixedRows final : public TableRows {
- public:
-  explicit FixedRows(Rows rows) : rows_(std::move(rows)) {}
-  void read(std::uint32_t index, const CellParts&, std::vector<Cell>& cells) override {
-    cells = rows_.at(index);
-  }
-
- private:
-  Rows rows_;
-};
-
-Cell text(std::string value) {
-  Cell cell;
-  cell.type = CellType::kText;
-  cell.value = value;
-  cell.text = std::move(value);
-  return cell;
-}
-
-Cell number(double value, std::string shown) {
-  Cell cell;
-  cell.type = CellType::kNumber;
-  cell.number = value;
-  cell.text = std::move(shown);
-  return cell;
-}
-
-Block table(std::string name, const Rows& rows, const std::function<void(Table&)>& change = {}) {
-  Table table;
-  table.name = std::move(name);
-  table.rows = static_cast<std::uint32_t>(rows.size());
-  table.columns = rows.empty() ? 0 : static_cast<std::uint32_t>(rows.front().size());
-  table.headerRows = 1;
-  table.cells = std::make_shared<FixedRows>(rows);
+Block table(std::string name, const CellRows& rows,
+            const std::function<void(Table&)>& change = {}) {
+  Table table = testing::fixedTable(std::move(name), rows);
   if (change) change(table);
   Block block;
   block.what = std::move(table);
@@ -72,7 +45,8 @@ Written write(const std::vector<Block>& blocks, const CsvOptions& options = {}) 
   return written;
 }
 
-const Rows kRows = {{text("a"), text("b")}, {text("x,\"y\"\nz"), number(1.5, "1.50")}};
+const CellRows kRows = {{textCell("a"), textCell("b")},
+                        {textCell("x,\"y\"\nz"), numberCell(1.5, "1.50")}};
 
 TEST(CsvWriter, QuotesWhatNeedsIt) {
   EXPECT_EQ(write({table("T", kRows)}).output, "a,b\r\n\"x,\"\"y\"\"\nz\",1.50\r\n");
@@ -87,7 +61,7 @@ TEST(CsvWriter, GivesValuesAndLeavesHeadersOutOnRequest) {
 }
 
 TEST(CsvWriter, NeedsAChoiceOfSeveralTables) {
-  const std::vector<Block> two = {table("A", kRows), table("B", {{text("q")}})};
+  const std::vector<Block> two = {table("A", kRows), table("B", {{textCell("q")}})};
   EXPECT_THROW(write(two), NoSuchTable);
   CsvOptions options;
   options.table = "B";
@@ -102,14 +76,14 @@ TEST(CsvWriter, GivesEachTableAsAFileOfItsOwnName) {
   CsvOptions options;
   options.eachTable = true;
   const Written written =
-      write({table("A/B", {{text("1")}}), table("A/B", {{text("2")}})}, options);
+      write({table("A/B", {{textCell("1")}}), table("A/B", {{textCell("2")}})}, options);
   EXPECT_EQ(written.output, "");
   EXPECT_EQ(written.files.at("Sheet 1-A-B.csv"), "1\r\n");
   EXPECT_EQ(written.files.at("Sheet 1-A-B-2.csv"), "2\r\n");
 }
 
 TEST(CsvWriter, LeavesHiddenRowsOutAndGivesMergedValuesOnce) {
-  const Rows rows = {{text("m"), Cell{}}, {Cell{}, Cell{}}, {text("h"), text("i")}};
+  const CellRows rows = {{textCell("m"), Cell{}}, {Cell{}, Cell{}}, {textCell("h"), textCell("i")}};
   const auto block = table("T", rows, [](Table& table) {
     table.merges = {{0, 0, 2, 2}};
     table.hiddenRows = {2};
@@ -123,7 +97,7 @@ TEST(CsvWriter, LeavesHiddenRowsOutAndGivesMergedValuesOnce) {
 TEST(CsvWriter, GuardsTextsThatLookLikeFormulas) {
   CsvOptions options;
   options.guard = true;
-  EXPECT_EQ(write({table("T", {{text("=1+1"), number(-1, "-1")}})}, options).output,
+  EXPECT_EQ(write({table("T", {{textCell("=1+1"), numberCell(-1, "-1")}})}, options).output,
             "'=1+1,-1\r\n");
 }
 

@@ -39,6 +39,17 @@ TEST(MarkdownInline, EscapesWhatBeginsALine) {
   EXPECT_EQ(escaped("   a"), "a");
 }
 
+TEST(MarkdownInline, LeavesAloneWhatBeginsALineAndNothingElse) {
+  EXPECT_EQ(escaped("-h, --help\n--verbose\n+1\n=A1"), "-h, --help\\\n--verbose\\\n+1\\\n=A1");
+  EXPECT_EQ(escaped("1.1 Download\n(3) a"), "1.1 Download\\\n(3) a");
+  EXPECT_EQ(escaped("1.1 Download", MarkdownPlace::kBlock, true), "1.1 Download");
+  EXPECT_EQ(escaped("1. Introduction", MarkdownPlace::kHeading), "1. Introduction");
+}
+
+TEST(MarkdownInline, EscapesRules) {
+  EXPECT_EQ(escaped("--- -\n--|--\n=="), "\\--- -\\\n\\--|--\\\n\\==");
+}
+
 TEST(MarkdownInline, LeavesNamesAndTimesOfDayAlone) {
   EXPECT_EQ(escaped("snake_case at 10:00:00"), "snake_case at 10:00:00");
   EXPECT_EQ(escaped("a :smile: b"), "a \\:smile: b");
@@ -46,6 +57,20 @@ TEST(MarkdownInline, LeavesNamesAndTimesOfDayAlone) {
 
 TEST(MarkdownInline, KeepsCellsInOneLine) {
   EXPECT_EQ(escaped("a|b\nc", MarkdownPlace::kCell), "a\\|b<br>c");
+}
+
+TEST(MarkdownInline, EscapesALineThatFollowsASingleMark) {
+  EXPECT_EQ(escaped("=\n|a"), "\\=\\\n\\|a");
+  EXPECT_EQ(escaped("1.\n- b"), "1\\.\\\n\\- b");
+}
+
+TEST(MarkdownInline, LetsNoAuthorPartCells) {
+  auto inserted = run("new");
+  inserted.inserted = Change{"A|B", ""};
+  WriterOptions options;
+  options.changes = ShownChanges::kAll;
+  options.pandoc = true;
+  EXPECT_EQ(inlined({inserted}, options), "[new]{.insertion author=\"A&#124;B\"}");
 }
 
 TEST(MarkdownInline, PutsSpacesOutsideOfMarks) {

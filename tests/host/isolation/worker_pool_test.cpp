@@ -2,8 +2,10 @@
 
 #include "isolation/worker_pool.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): kill is POSIX
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <atomic>
@@ -261,6 +263,39 @@ TEST(WorkerPool, ServesManyDocumentsFromManyThreads) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(read, (std::vector<int>(4, 50)));
+}
+
+// No descriptors beyond those that are open, for as long as it lives.
+class NoMoreDescriptors {
+ public:
+  NoMoreDescriptors() {
+    ::getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit none{0, before_.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+  NoMoreDescriptors(const NoMoreDescriptors&) = delete;
+  NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST(WorkerPool, WaitsShortlyForWhatItHasJustWaitedForInVain) {
+  WorkerPool pool(fakeReader(Isolation::kWorkers), 500ms);
+  const UniqueFd document(::open("/dev/null", O_RDONLY));
+  const auto timeOfOneStart = [&] {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(pool.start(Order::kReadFile, document.get()), nullptr);
+    EXPECT_EQ(errno, EMFILE);
+    return std::chrono::steady_clock::now() - start;
+  };
+  {
+    const NoMoreDescriptors none;
+    EXPECT_GE(timeOfOneStart(), 500ms);
+    for (int i = 0; i < 10; ++i) EXPECT_LT(timeOfOneStart(), 400ms);
+  }
+  EXPECT_NE(pool.start(Order::kReadFile, document.get()), nullptr);
 }
 
 }  // namespace

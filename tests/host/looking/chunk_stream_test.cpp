@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "looking/object_stream.h"
 #include "support/package_writer.h"
 
 namespace dorvex {
@@ -135,6 +136,45 @@ TEST(FindChunkFault, CountsObjectsBeyond64MiBWithoutKeepingThem) {
   EXPECT_EQ(findChunkFault(*storeOf(stream + chunk(literalBlock("x"))), &large), std::nullopt);
   EXPECT_EQ(large.size, (64u << 20) + 1);
   EXPECT_EQ(large.bytes.size(), 0u);
+}
+
+// How a block is told from a sound one is not to depend on whether it is decompressed.
+TEST(LookThroughChunks, TellsOfADamagedBlockWhatACheckWithoutDecompressingTells) {
+  std::string text;
+  for (int i = 0; i < 300; ++i) text += std::to_string(i * i % 97) + " lamps ";
+  const std::string block = testing::compressedBlock(text);
+  std::size_t damaged = 0;
+  for (std::size_t at = 0; at < block.size(); ++at) {
+    for (const char flip : {'\x01', '\x04', '\x10', '\x80', '\xFF'}) {
+      std::string body = block;
+      body[at] = static_cast<char>(body[at] ^ flip);
+      const auto store = storeOf(chunk(body));
+      ObjectLook look(ObjectLook::Root::kIgnored);
+      const auto fault = lookThroughChunks(*store, look).fault;
+      ASSERT_EQ(fault, findChunkFault(*store)) << at;
+      damaged += fault ? 1 : 0;
+    }
+  }
+  EXPECT_GT(damaged, 100u);
+}
+
+TEST(LookThroughChunks, TakesABlockThatExpandsAsFarAsOneCan) {
+  const auto store = storeOf(chunk(testing::compressedBlock(std::string(1 << 20, '\0'))));
+  ObjectLook look(ObjectLook::Root::kIgnored);
+  const ChunkLook found = lookThroughChunks(*store, look);
+  EXPECT_EQ(found.fault, std::nullopt);
+  EXPECT_EQ(found.objectBytes, 1u << 20);
+}
+
+TEST(LookThroughChunks, CountsWhatIsBeyond64MiBAndStillFindsDamageThere) {
+  const std::string block = chunk(testing::compressedBlock(std::string(1 << 20, '\0')));
+  std::string stream;
+  for (int i = 0; i < 65; ++i) stream += block;
+  ObjectLook look(ObjectLook::Root::kIgnored);
+  EXPECT_EQ(lookThroughChunks(*storeOf(stream), look).objectBytes, 65u << 20);
+  ObjectLook again(ObjectLook::Root::kIgnored);
+  EXPECT_EQ(lookThroughChunks(*storeOf(stream + damagedChunk()), again).fault,
+            "chunk 66 holds damaged data");
 }
 
 struct FaultCase {

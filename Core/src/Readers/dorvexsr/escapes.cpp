@@ -3,7 +3,9 @@
 // of the reader looks like follows from these tables and their order.
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <stdexcept>
 #include <string_view>
 
@@ -11,14 +13,15 @@
 
 namespace {
 
-struct Replacement {
+struct Row {
   std::string_view search;
   std::string_view replacement;
 };
 
 // The search texts are printed escapes, not the bytes that they denote. Rows 1,
-// 2, 9, 10 and 15 name no valid UTF-8 and stay all the same.
-constexpr Replacement kReplaceTable[] = {
+// 2, 9, 10 and 15 name no valid UTF-8 and stay all the same. No octal number has
+// an 8 or 9; those rows match just these four characters.
+constexpr Row kRows[] = {
     {R"(\342\200\176)", "'"},    // 0xE2 0x80 0x7E
     {R"(\342\200\177)", "'"},    // 0xE2 0x80 0x7F
     {R"(\342\200\230)", "'"},    // U+2018
@@ -36,33 +39,72 @@ constexpr Replacement kReplaceTable[] = {
     {R"(\342\200\042)", "--"},   // 0xE2 0x80 0x22
     {R"(\342\200\246)", "..."},  // U+2026
     {R"(\")", "\""},
+    {R"(\001)", ""},
+    {R"(\002)", ""},
+    {R"(\003)", ""},
+    {R"(\004)", ""},
+    {R"(\005)", ""},
+    {R"(\006)", ""},
+    {R"(\007)", ""},
+    {R"(\008)", ""},
+    {R"(\009)", ""},
+    {R"(\357\277\274)", ""},  // U+FFFC
 };
+constexpr std::size_t kEscapedQuote = 16;
+constexpr std::size_t kFirstErasure = 17;
+constexpr std::size_t kNoRow = std::size(kRows);
+static_assert(kRows[kEscapedQuote].search == R"(\")");
 
-// No octal number has an 8 or 9; those rows match just these four characters.
-constexpr std::string_view kDeleteTable[] = {
-    R"(\001)", R"(\002)", R"(\003)", R"(\004)", R"(\005)",
-    R"(\006)", R"(\007)", R"(\008)", R"(\009)", R"(\357\277\274)",
-};
+// Whether a text begins within another, or both are the same.
+constexpr bool overlap(std::string_view first, std::string_view second) {
+  for (std::size_t at = 1; at < first.size(); ++at) {
+    if (second.starts_with(first.substr(at, second.size()))) return true;
+  }
+  return false;
+}
+constexpr bool searchTextsOverlap() {
+  return std::any_of(std::begin(kRows), std::end(kRows), [](const Row& first) {
+    return std::any_of(std::begin(kRows), std::end(kRows),
+                       [&](const Row& second) { return overlap(first.search, second.search); });
+  });
+}
+static_assert(!searchTextsOverlap());
 
-std::size_t findInDense(std::string_view value, std::string_view search, std::size_t from) {
-  const char* start = value.data();
-  const void* found = memmem(start + from, value.size() - from, search.data(), search.size());
-  return found != nullptr ? static_cast<std::size_t>(static_cast<const char*>(found) - start)
-                          : std::string_view::npos;
+constexpr std::size_t longestSearch() {
+  return std::max_element(
+             std::begin(kRows), std::end(kRows),
+             [](const Row& a, const Row& b) { return a.search.size() < b.search.size(); })
+      ->search.size();
 }
 
-// Looks for the first character, which is fast where there are few of it; a value
-// may also be nothing but backslashes, and is then searched for the whole text.
+// The bytes that stand behind the backslash with which each row begins.
+constexpr std::array<bool, 256> secondBytes() {
+  std::array<bool, 256> present{};
+  for (const Row& row : kRows) present.at(static_cast<unsigned char>(row.search[1])) = true;
+  return present;
+}
+constexpr auto kSecondBytes = secondBytes();
+
+bool isSecondByte(char byte) { return kSecondBytes[static_cast<unsigned char>(byte)]; }
+
+// The row whose search text a text begins with.
+std::size_t rowAt(std::string_view text) {
+  if (text.size() < 2 || text.front() != '\\' || !isSecondByte(text[1])) return kNoRow;
+  const auto* const row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& each) {
+    return each.search[1] == text[1] && text.starts_with(each.search);
+  });
+  return static_cast<std::size_t>(row - std::begin(kRows));
+}
+
+// A run of the first character is gone through without a call for each of it: a value
+// may be nothing but backslashes.
 std::size_t findText(std::string_view value, std::string_view search, std::size_t from) {
-  constexpr std::size_t kFewMisses = 16;
-  constexpr std::size_t kBytesForEachMiss = 8;
   if (search.empty()) return from;
-  std::size_t misses = 0;
-  for (std::size_t found = value.find(search.front(), from); found != std::string_view::npos;
-       found = value.find(search.front(), found + 1)) {
-    if (value.compare(found, search.size(), search) == 0) return found;
-    if (++misses > kFewMisses && misses * kBytesForEachMiss > found - from) {
-      return findInDense(value, search, found + 1);
+  const char first = search.front();
+  for (std::size_t found = value.find(first, from); found != std::string_view::npos;
+       found = value.find(first, found)) {
+    for (; found < value.size() && value[found] == first; ++found) {
+      if (value.substr(found).starts_with(search)) return found;
     }
   }
   return std::string_view::npos;
@@ -117,51 +159,138 @@ void replaceEach(std::string& value, std::string_view search, std::string_view r
   rewriter.finish();
 }
 
-// Which bytes stand behind a backslash somewhere in a value: a search text whose
-// first two bytes do not stand together is not in it, and a long value need not
-// be gone through once for each row.
-class BytesBehindBackslashes {
+// All rows in one pass, with the outcome of one row after the other: each sees what
+// those before it have left.
+//
+// No search text begins within another, so where the value is as it was, the rows do
+// not touch each other and can be looked for together. What is put in place holds
+// no backslash, so no search text goes across it; only a double quote that comes
+// behind a backslash is an escaped one, whose row is still to come. An erasure leaves
+// a seam, and a search text may have closed up across it. That is found by the rows
+// behind the erasing one and not by the others, which had their turn before. So near a
+// seam each byte is looked at as the end of a search text.
+class RowsInOnePass {
  public:
-  explicit BytesBehindBackslashes(const std::string& value) { lookAt(value); }
+  explicit RowsInOnePass(std::string& value) : value_(value) {}
 
-  bool mayHold(std::string_view search) const {
-    return present_[static_cast<unsigned char>(search[1])];
-  }
-
-  // A rewritten value may hold what the old one did not: an erasure closes up
-  // what stood around it.
-  void lookAt(const std::string& value) {
-    present_ = {};
-    for (std::size_t found = value.find('\\'); found != std::string::npos;
-         found = value.find('\\', found + 1)) {
-      if (found + 1 < value.size()) present_[static_cast<unsigned char>(value[found + 1])] = true;
+  void run() {
+    for (;;) {
+      if (!isNearSeam_) keepUpToNextRow();
+      if (read_ == value_.size()) break;
+      const std::size_t row = rowAt(std::string_view(value_).substr(read_));
+      if (row == kNoRow) {
+        isNearSeam_ ? keepByteNearSeam() : keepByte();
+      } else if (row < kFirstErasure) {
+        replace(row);
+      } else {
+        skip(row);
+        addSeam(row);
+      }
     }
+    value_.resize(write_);
   }
 
  private:
-  std::array<bool, 256> present_{};
-};
+  void keepUpToNextRow() {
+    const std::size_t end = nextRow();
+    // The two places may overlap, or be the same.
+    if (read_ != write_)
+      std::string::traits_type::move(value_.data() + write_, value_.data() + read_, end - read_);
+    write_ += end - read_;
+    read_ = end;
+  }
 
-void replaceEachRow(std::string& value, BytesBehindBackslashes& behind, std::string_view search,
-                    std::string_view replacement) {
-  if (!behind.mayHold(search)) return;
-  const std::size_t size = value.size();
-  replaceEach(value, search, replacement);
-  // Every replacement is shorter than what it stands for.
-  if (value.size() != size) behind.lookAt(value);
-}
+  // Where a row may begin, by two bytes.
+  std::size_t nextRow() const {
+    for (std::size_t at = value_.find('\\', read_); at != std::string::npos;
+         at = value_.find('\\', at)) {
+      for (; at + 1 < value_.size() && value_[at] == '\\'; ++at) {
+        if (isSecondByte(value_[at + 1])) return at;
+      }
+      if (at + 1 == value_.size()) break;
+    }
+    return value_.size();
+  }
+
+  void keepByte() { value_[write_++] = value_[read_++]; }
+
+  void skip(std::size_t row) {
+    read_ += kRows[row].search.size();
+    matchEnd_ = read_;
+  }
+
+  void replace(std::size_t row) {
+    const std::string_view replacement = kRows[row].replacement;
+    const bool isBehindBackslash = read_ > matchEnd_ && value_[write_ - 1] == '\\';
+    if (isBehindBackslash && replacement == "\"" && row < kEscapedQuote) --write_;
+    replacement.copy(value_.data() + write_, replacement.size());
+    write_ += replacement.size();
+    skip(row);
+    forgetSeams();
+  }
+
+  void keepByteNearSeam() {
+    keepByte();
+    seamBefore(write_) = 0;
+    const std::size_t row = erasureThatEndsHere();
+    if (row != kNoRow) {
+      write_ -= kRows[row].search.size();
+      matchEnd_ = read_;
+      addSeam(row);
+    } else if (write_ - lastSeam_ >= kReach) {
+      forgetSeams();
+    }
+  }
+
+  std::size_t erasureThatEndsHere() const {
+    const std::string_view kept(value_.data(), write_);
+    for (std::size_t row = kFirstErasure; row < kNoRow; ++row) {
+      const std::string_view search = kRows[row].search;
+      if (search.back() == kept.back() && kept.ends_with(search) && isBehindSeams(row)) return row;
+    }
+    return kNoRow;
+  }
+
+  // Whether the row is behind those that made the seams in its search text, which ends
+  // here.
+  bool isBehindSeams(std::size_t row) const {
+    for (std::size_t at = write_ - kRows[row].search.size() + 1; at < write_; ++at) {
+      if (seams_[at % kReach] > row) return false;
+    }
+    return true;
+  }
+
+  // Several erasures may meet in one seam.
+  void addSeam(std::size_t row) {
+    lastSeam_ = write_;
+    isNearSeam_ = true;
+    seamBefore(write_) = std::max(seamBefore(write_), static_cast<std::uint8_t>(row + 1));
+  }
+
+  void forgetSeams() {
+    if (isNearSeam_) seams_.fill(0);
+    isNearSeam_ = false;
+  }
+
+  std::uint8_t& seamBefore(std::size_t position) { return seams_[position % kReach]; }
+
+  static constexpr std::size_t kReach = 16;
+  static_assert(longestSearch() < kReach);
+
+  std::string& value_;
+  std::size_t read_ = 0;
+  std::size_t write_ = 0;
+  std::size_t matchEnd_ = 0;  // where the last search text ended in the old value
+  // Seams before the last bytes that were written, by their positions: the last row
+  // that made it, counted from 1, or 0.
+  std::array<std::uint8_t, kReach> seams_{};
+  std::size_t lastSeam_ = 0;
+  bool isNearSeam_ = false;
+};
 
 }  // namespace
 
-void convertAllOctalCodesToAscii(std::string& value) {
-  // Every row begins with a backslash.
-  if (value.find('\\') == std::string::npos) return;
-  BytesBehindBackslashes behind(value);
-  for (const auto& [search, replacement] : kReplaceTable) {
-    replaceEachRow(value, behind, search, replacement);
-  }
-  for (const std::string_view search : kDeleteTable) replaceEachRow(value, behind, search, "");
-}
+void convertAllOctalCodesToAscii(std::string& value) { RowsInOnePass(value).run(); }
 
 void replaceAllLFsAndTabs(std::string& value) {
   replaceInplace(value, "\\n", "\n");

@@ -5,6 +5,8 @@
 
 #include <new>
 
+#include "late_registration.h"
+
 namespace vn::iwork13 {
 namespace {
 
@@ -41,6 +43,7 @@ void build(const FileDescriptor* file) {
 
 bool buildAll() {
   try {
+    registerSchema();
     for (const char* name : kSchemaFiles)
       build(DescriptorPool::generated_pool()->FindFileByName(name));
     return true;

@@ -73,9 +73,7 @@ const unsigned char* continueChunk(DataDecompresser& decompresser, const unsigne
 }  // namespace
 
 void DataDecompresser::decompressChunk(const unsigned char* body, std::uint32_t length) {
-  const std::vector<char> chunk =
-      snappyUncompressChunk(reinterpret_cast<const char*>(body), length);
-  objectStream.insert(objectStream.end(), chunk.begin(), chunk.end());
+  appendUncompressedChunk(reinterpret_cast<const char*>(body), length, objectStream);
 }
 
 void DataDecompresser::read(_VPTPIOobj* io) {

@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "late_registration.h"
+
 namespace {
 
 using google::protobuf::Descriptor;
@@ -36,6 +38,7 @@ void addClass(const Descriptor* descriptor, Classes& classes) {
 
 Classes collectClasses(std::span<char*> schemaFiles) {
   Classes classes;
+  vn::iwork13::registerSchema();
   for (const char* name : schemaFiles) {
     const auto* file = DescriptorPool::generated_pool()->FindFileByName(name);
     for (int i = 0; i < file->message_type_count(); ++i) addClass(file->message_type(i), classes);
