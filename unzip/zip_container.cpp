@@ -1,9 +1,8 @@
 #include "zip_container.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -18,7 +17,6 @@ namespace {
 constexpr std::uint16_t kUtf8Flag = 1U << 11;
 constexpr std::uint16_t kLevelFlags = 3U << 1;
 constexpr std::uint16_t kDescriptorFlag = 1U << 3;
-constexpr std::size_t kCopySize = 65536;
 constexpr zip_uint64_t kLargestSize = std::numeric_limits<std::uint32_t>::max();
 
 struct CloseFile {
@@ -41,50 +39,32 @@ VNContainerStatus statusOf(const zip_error_t* error) {
   }
 }
 
-bool writeAll(_VPTPIOobj* stream, const char* data, std::size_t size) {
-  while (size > 0) {
-    const int written = stream->Write(stream, data, static_cast<std::uint32_t>(size));
-    if (written <= 0 || static_cast<std::size_t>(written) > size) return false;
-    data += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
-}
-
 // Reads to the end, since libzip compares the checksum only there.
-VNContainerStatus copy(zip_file_t* file, zip_uint64_t size, _VPTPIOobj* stream,
-                       std::uint64_t& written) {
+VNContainerStatus copy(zip_file_t* file, MemberOutlet& outlet) {
   std::array<char, kCopySize> block;
-  zip_uint64_t total = 0;
   for (;;) {
     const zip_int64_t got = zip_fread(file, block.data(), block.size());
     if (got < 0) return statusOf(zip_file_get_error(file));
-    if (got == 0) break;
-    total += static_cast<zip_uint64_t>(got);
-    if (total > size) return VN_CONTAINER_DAMAGED;
-    if (!writeAll(stream, block.data(), static_cast<std::size_t>(got))) {
-      return VN_CONTAINER_WRITE_FAILURE;
-    }
-    written += static_cast<std::uint64_t>(got);
-  }
-  return total == size ? VN_CONTAINER_OK : VN_CONTAINER_DAMAGED;
-}
-
-// What a host's slot throws counts as a read that fails, as it does below libzip.
-bool readBlock(IoReader& reader, std::uint64_t offset, char* block, std::uint64_t count) {
-  try {
-    return reader.readAll(offset, block, count);
-  } catch (...) {
-    return false;
+    if (got == 0) return outlet.finish();
+    const VNContainerStatus status = outlet.take(block.data(), static_cast<std::size_t>(got));
+    if (status != VN_CONTAINER_OK) return status;
   }
 }
 
-// A member whose bytes lie in the zip as they are, and of which nothing has to be known
-// that this does not know.
-bool isPlainStored(const ZipEntry& entry) {
+// Of which nothing has to be known that this does not know.
+bool hasKnownFlags(const ZipEntry& entry) {
   constexpr std::uint16_t kKnownFlags = kLevelFlags | kDescriptorFlag | kUtf8Flag;
-  return entry.method == ZIP_CM_STORE && entry.compressedSize == entry.size &&
-         (entry.flags & ~kKnownFlags) == 0;
+  return (entry.flags & ~kKnownFlags) == 0;
+}
+
+// A member whose bytes lie in the zip as they are.
+bool isPlainStored(const ZipEntry& entry) {
+  return entry.method == ZIP_CM_STORE && entry.compressedSize == entry.size && hasKnownFlags(entry);
+}
+
+// Without data it would be an empty member to libzip, whatever its method.
+bool isPlainDeflated(const ZipEntry& entry) {
+  return entry.method == ZIP_CM_DEFLATE && entry.compressedSize > 0 && hasKnownFlags(entry);
 }
 
 // Two readings of one zip that differ make neither trustworthy.
@@ -101,10 +81,14 @@ bool copyName(std::string_view name, char (&shown)[sizeof(ContainerEntryInfo::na
   const bool isCut = length >= sizeof shown;
   if (isCut && (name.ends_with(".iwa") || name.ends_with("Index.zip"))) return false;
   if (isCut) length = sizeof shown - 1 - kCut.size();
-  char* end = std::copy_n(name.data(), length, shown);
+  char* end = std::ranges::replace_copy(name.substr(0, length), shown, '\0', ' ').out;
   if (isCut) end = std::ranges::copy(kCut, end).out;
   *end = '\0';
   return true;
+}
+
+std::uint32_t recordSize(std::uint64_t size) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kLargestSize));
 }
 
 bool expandsBeyond(const ZipEntry& entry, std::uint32_t expansion) {
@@ -117,31 +101,39 @@ bool expandsBeyond(const ZipEntry& entry, std::uint32_t expansion) {
 std::unique_ptr<ZipContainer> ZipContainer::open(_VPTPIOobj* io, UnzipLimits* limits) {
   const auto reader = IoReader::over(io);
   if (!reader) return nullptr;
-  std::unique_ptr<ZipContainer> container(new ZipContainer(ZipLayout(*reader), limits));
-  return container->openArchive(io) ? std::move(container) : nullptr;
+  std::unique_ptr<ZipContainer> container(new ZipContainer(io, ZipLayout(*reader), limits));
+  const bool isOpen =
+      container->readLayout() && (container->layout_.isPlain() || container->openArchive());
+  return isOpen ? std::move(container) : nullptr;
 }
 
-ZipContainer::ZipContainer(ZipLayout layout, UnzipLimits* limits)
-    : layout_(std::move(layout)), limits_(limits != nullptr ? *limits : ownLimits_) {}
+ZipContainer::ZipContainer(_VPTPIOobj* io, ZipLayout layout, UnzipLimits* limits)
+    : io_(io), layout_(std::move(layout)), limits_(limits != nullptr ? *limits : ownLimits_) {}
 
-bool ZipContainer::openArchive(_VPTPIOobj* io) {
+bool ZipContainer::readLayout() {
   const ZipLayout::Outcome outcome = layout_.read(limits_.members);
   if (outcome == ZipLayout::Outcome::kTooManyMembers) limits_.passed = UNZIP_LIMIT_MEMBERS;
-  if (outcome != ZipLayout::Outcome::kRead) return false;
+  return outcome == ZipLayout::Outcome::kRead;
+}
+
+bool ZipContainer::openArchive() {
   std::vector<std::uint64_t> flags;
   for (const ZipEntry& entry : layout_.entries()) {
     if ((entry.flags & kUtf8Flag) != 0) flags.push_back(entry.flagsOffset);
   }
-  zip_source_t* source = makeIoSource(io, std::move(flags));
+  zip_source_t* source = makeIoSource(io_, std::move(flags));
   if (source == nullptr) return false;
   archive_.reset(zip_open_from_source(source, ZIP_RDONLY, nullptr));
   if (!archive_) zip_source_free(source);
-  return archive_ && static_cast<std::size_t>(entryCount()) == layout_.entries().size();
+  const bool isSame =
+      archive_ && std::cmp_equal(zip_get_num_entries(archive_.get(), 0), layout_.entries().size());
+  if (!isSame) archive_.reset();
+  return isSame;
 }
 
 int ZipContainer::entryCount() const {
-  const zip_int64_t count = zip_get_num_entries(archive_.get(), 0);
-  return static_cast<int>(std::clamp<zip_int64_t>(count, 0, std::numeric_limits<int>::max()));
+  constexpr std::size_t kMost = std::numeric_limits<int>::max();
+  return static_cast<int>(std::min(layout_.entries().size(), kMost));
 }
 
 bool ZipContainer::has(std::int32_t index) const { return index >= 0 && index < entryCount(); }
@@ -150,14 +142,25 @@ VNContainerStatus ZipContainer::entryInfo(std::int32_t index, ContainerEntryInfo
   entry.name[0] = '\0';
   entry.size = 0;
   if (!has(index)) return VN_CONTAINER_INVALID_ARGUMENT;
+  return layout_.isPlain() ? plainInfo(index, entry) : infoByLibzip(index, entry);
+}
+
+VNContainerStatus ZipContainer::plainInfo(std::int32_t index, ContainerEntryInfo& info) const {
+  const ZipEntry& entry = layout_.entries()[static_cast<std::size_t>(index)];
+  if (!copyName(layout_.nameOf(entry), info.name)) return VN_CONTAINER_DAMAGED;
+  info.size = recordSize(entry.size);
+  return VN_CONTAINER_OK;
+}
+
+VNContainerStatus ZipContainer::infoByLibzip(std::int32_t index, ContainerEntryInfo& info) const {
   const auto position = static_cast<zip_uint64_t>(index);
   zip_stat_t stat;
   const char* name = zip_get_name(archive_.get(), position, ZIP_FL_ENC_RAW);
   if (name == nullptr || zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
     return statusOf(zip_get_error(archive_.get()));
   }
-  if (!copyName(name, entry.name)) return VN_CONTAINER_DAMAGED;
-  entry.size = static_cast<std::uint32_t>(std::min<zip_uint64_t>(stat.size, kLargestSize));
+  if (!copyName(name, info.name)) return VN_CONTAINER_DAMAGED;
+  info.size = recordSize(stat.size);
   return VN_CONTAINER_OK;
 }
 
@@ -170,10 +173,20 @@ UnzipLimit ZipContainer::limitPassedBy(const ZipEntry& entry) const {
   return UNZIP_LIMIT_NONE;
 }
 
+// Whether libzip reads of a member what the layout has of it.
+VNContainerStatus ZipContainer::compareWithLibzip(std::int32_t index) const {
+  const auto position = static_cast<zip_uint64_t>(index);
+  zip_stat_t stat;
+  if (zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
+    return statusOf(zip_get_error(archive_.get()));
+  }
+  if (stat.encryption_method != ZIP_EM_NONE) return VN_CONTAINER_ENCRYPTED;
+  return isTheSame(layout_.entries()[position], stat) ? VN_CONTAINER_OK : VN_CONTAINER_DAMAGED;
+}
+
 // data: where they begin.
-VNContainerStatus ZipContainer::check(const ZipEntry& entry, const zip_stat_t& stat,
-                                      std::uint64_t& data) {
-  if (entry.overlaps || !isTheSame(entry, stat)) return VN_CONTAINER_DAMAGED;
+VNContainerStatus ZipContainer::check(const ZipEntry& entry, std::uint64_t& data) {
+  if (entry.overlaps) return VN_CONTAINER_DAMAGED;
   const auto found = layout_.findData(entry);
   if (!found) return VN_CONTAINER_DAMAGED;
   data = *found;
@@ -185,40 +198,30 @@ VNContainerStatus ZipContainer::check(const ZipEntry& entry, const zip_stat_t& s
   return entry.size > kLargestSize ? VN_CONTAINER_GENERAL_FAILURE : VN_CONTAINER_OK;
 }
 
-// Without libzip, which would pass the bytes from one of its layers to the next.
-VNContainerStatus ZipContainer::copyStored(const ZipEntry& entry, std::uint64_t data,
-                                           _VPTPIOobj* stream) {
-  std::array<char, kCopySize> block;
-  uLong crc = 0;
-  for (std::uint64_t left = entry.size; left > 0;) {
-    const std::uint64_t count = std::min<std::uint64_t>(left, block.size());
-    if (!readBlock(layout_.reader(), data, block.data(), count)) return VN_CONTAINER_DAMAGED;
-    crc = crc32(crc, reinterpret_cast<const Bytef*>(block.data()), static_cast<uInt>(count));
-    if (!writeAll(stream, block.data(), count)) return VN_CONTAINER_WRITE_FAILURE;
-    limits_.writtenBytes += count;
-    data += count;
-    left -= count;
+VNContainerStatus ZipContainer::copyByLibzip(std::int32_t index, MemberOutlet& outlet) {
+  errno = 0;
+  if (!archive_ && !openArchive()) {
+    return errno == ENOMEM ? VN_CONTAINER_OUT_OF_MEMORY : VN_CONTAINER_DAMAGED;
   }
-  return crc == entry.crc ? VN_CONTAINER_OK : VN_CONTAINER_DAMAGED;
+  const File file(zip_fopen_index(archive_.get(), static_cast<zip_uint64_t>(index), 0));
+  if (!file) return statusOf(zip_get_error(archive_.get()));
+  return copy(file.get(), outlet);
 }
 
+// libzip would pass the bytes from one of its layers to the next.
 VNContainerStatus ZipContainer::extract(std::int32_t index, _VPTPIOobj* stream) {
   if (!has(index) || stream == nullptr) return VN_CONTAINER_INVALID_ARGUMENT;
   if (stream->Write == nullptr) return VN_CONTAINER_WRITE_FAILURE;
-  const auto position = static_cast<zip_uint64_t>(index);
-  zip_stat_t stat;
-  if (zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
-    return statusOf(zip_get_error(archive_.get()));
-  }
-  if (stat.encryption_method != ZIP_EM_NONE) return VN_CONTAINER_ENCRYPTED;
-  const ZipEntry& entry = layout_.entries()[position];
-  std::uint64_t data = 0;
-  const VNContainerStatus status = check(entry, stat, data);
+  VNContainerStatus status = layout_.isPlain() ? VN_CONTAINER_OK : compareWithLibzip(index);
   if (status != VN_CONTAINER_OK) return status;
-  if (isPlainStored(entry)) return copyStored(entry, data, stream);
-  const File file(zip_fopen_index(archive_.get(), position, 0));
-  if (!file) return statusOf(zip_get_error(archive_.get()));
-  return copy(file.get(), stat.size, stream, limits_.writtenBytes);
+  const ZipEntry& entry = layout_.entries()[static_cast<std::size_t>(index)];
+  std::uint64_t data = 0;
+  status = check(entry, data);
+  if (status != VN_CONTAINER_OK) return status;
+  MemberOutlet outlet(entry, stream, limits_.writtenBytes);
+  if (isPlainStored(entry)) return copyStored(layout_.reader(), data, entry, outlet);
+  if (isPlainDeflated(entry)) return copyDeflated(layout_.reader(), data, entry, outlet);
+  return copyByLibzip(index, outlet);
 }
 
 }  // namespace dorvex::unzip

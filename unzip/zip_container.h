@@ -8,6 +8,7 @@
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
 #include "dorvex/unzip_limits.h"
+#include "member_copy.h"
 #include "zip_layout.h"
 
 namespace dorvex::unzip {
@@ -17,7 +18,7 @@ namespace dorvex::unzip {
 //  - A directory is a member of size 0 whose name ends in a slash.
 //  - Names are given as their bytes stand, absolute ones and those with ".." too:
 //    nobody takes them for paths of a file system.
-//  - A NUL within a name is shown as a blank (libzip's doing), so that it cannot
+//  - A NUL within a name is shown as a blank (as libzip does), so that it cannot
 //    cut the name short.
 //  - A name of 1048 bytes and more, which the record cannot hold, is cut to 1044
 //    bytes and "...". One that ends in ".iwa" or "Index.zip" makes entryInfo fail as
@@ -62,16 +63,22 @@ class ZipContainer {
   };
   using Archive = std::unique_ptr<zip_t, Discard>;
 
-  ZipContainer(ZipLayout layout, UnzipLimits* limits);
-  bool openArchive(_VPTPIOobj* io);
+  ZipContainer(_VPTPIOobj* io, ZipLayout layout, UnzipLimits* limits);
+  bool readLayout();
+  bool openArchive();
   bool has(std::int32_t index) const;
-  VNContainerStatus check(const ZipEntry& entry, const zip_stat_t& stat, std::uint64_t& data);
-  VNContainerStatus copyStored(const ZipEntry& entry, std::uint64_t data, _VPTPIOobj* stream);
+  VNContainerStatus plainInfo(std::int32_t index, ContainerEntryInfo& info) const;
+  VNContainerStatus infoByLibzip(std::int32_t index, ContainerEntryInfo& info) const;
+  VNContainerStatus compareWithLibzip(std::int32_t index) const;
+  VNContainerStatus check(const ZipEntry& entry, std::uint64_t& data);
+  VNContainerStatus copyByLibzip(std::int32_t index, MemberOutlet& outlet);
   UnzipLimit limitPassedBy(const ZipEntry& entry) const;
 
+  _VPTPIOobj* io_;
   ZipLayout layout_;
   UnzipLimits ownLimits_;
   UnzipLimits& limits_;
+  // Of a plain zip only once a member needs it: opening costs more than all the rest.
   Archive archive_;
 };
 

@@ -63,6 +63,44 @@ bool takeZip64(const Byte* extra, std::size_t length,
   return true;  // without the field, the value is what it looks like
 }
 
+// --- What makes a zip plain ---
+
+// Whether the end record at that place in the tail of a file is the only one there, is
+// of one disk and leaves nothing to ZIP64 records.
+bool isPlainEnd(std::string_view tail, std::size_t at) {
+  constexpr std::string_view kSignature = "PK\5\6";
+  constexpr std::uint16_t kCountInZip64 = 0xFFFF;
+  const auto* end = reinterpret_cast<const Byte*>(tail.data()) + at;
+  return tail.find(kSignature) == at && tail.find(kSignature, at + 1) == std::string_view::npos &&
+         u32(end + 4) == 0 && u16(end + 8) == u16(end + 10) && u16(end + 10) != kCountInZip64 &&
+         u32(end + 12) != kInZip64Field && u32(end + 16) != kInZip64Field;
+}
+
+// Extra fields that change what a header says: of ZIP64, names and comments in UTF-8,
+// encryption.
+constexpr std::array<std::uint16_t, 4> kTellingFields = {kZip64Field, 0x7075, 0x6375, 0x9901};
+
+// Fields that end where they say, and none that tells something.
+bool isPlainExtra(const Byte* extra, std::size_t length) {
+  while (length >= 4) {
+    const std::size_t field = u16(extra + 2);
+    if (field > length - 4 || std::ranges::count(kTellingFields, u16(extra)) > 0) return false;
+    extra += 4 + field;
+    length -= 4 + field;
+  }
+  return length == 0;
+}
+
+bool isPlainHeader(const Byte* header) {
+  constexpr std::uint16_t kLevelFlags = 3U << 1;
+  constexpr std::uint16_t kUtf8Flag = 1U << 11;
+  constexpr std::uint16_t kHarmless = kLevelFlags | kDescriptorFlag | kUtf8Flag;
+  constexpr std::uint16_t kEncryptedMethod = 99;
+  return (u16(header + 8) & ~kHarmless) == 0 && u16(header + 10) != kEncryptedMethod &&
+         u32(header + 20) != kInZip64Field && u32(header + 24) != kInZip64Field &&
+         u16(header + 34) == 0 && u32(header + 42) != kInZip64Field;
+}
+
 // Reads a range of the file from front to back.
 class Window {
  public:
@@ -121,23 +159,29 @@ ZipLayout::Outcome ZipLayout::read(std::uint64_t mostMembers) {
   if (!directory) return Outcome::kNoZip;
   if (mostMembers != 0 && directory->count > mostMembers) return Outcome::kTooManyMembers;
   if (!readEntries(*directory)) return Outcome::kNoZip;
+  isPlain_ = isPlain_ && directory->isPlain;
   findOverlaps(directory->offset);
   return Outcome::kRead;
 }
 
 std::optional<ZipLayout::Directory> ZipLayout::findDirectory() {
   const std::uint64_t size = reader_.size();
-  std::vector<Byte> tail(
-      static_cast<std::size_t>(std::min<std::uint64_t>(size, kEndSize + kLongestComment)));
+  // libzip takes end records that begin a little further back, too.
+  constexpr std::uint64_t kLongestTail = kEnd64LocatorSize + kEndSize + kLongestComment;
+  std::string tail(static_cast<std::size_t>(std::min(size, kLongestTail)), '\0');
   const std::uint64_t tailOffset = size - tail.size();
   if (tail.size() < kEndSize || !reader_.readAll(tailOffset, tail.data(), tail.size())) {
     return std::nullopt;
   }
-  for (std::size_t at = tail.size() - kEndSize + 1; at-- > 0;) {
-    const Byte* end = tail.data() + at;
+  const std::size_t first = tail.size() - std::min(tail.size(), kEndSize + kLongestComment);
+  for (std::size_t at = tail.size() - kEndSize + 1; at-- > first;) {
+    const auto* end = reinterpret_cast<const Byte*>(tail.data()) + at;
     if (u32(end) != kEndSignature || u16(end + 20) > tail.size() - at - kEndSize) continue;
-    const auto directory = widen(
-        {.count = u16(end + 10), .offset = u32(end + 16), .size = u32(end + 12)}, tailOffset + at);
+    const auto directory = widen({.count = u16(end + 10),
+                                  .offset = u32(end + 16),
+                                  .size = u32(end + 12),
+                                  .isPlain = isPlainEnd(tail, at)},
+                                 tailOffset + at);
     if (directory && fits(directory->offset, directory->size, tailOffset + at)) return directory;
   }
   return std::nullopt;
@@ -164,6 +208,7 @@ bool ZipLayout::readEntries(const Directory& directory) {
   if (directory.count > directory.size / kCentralSize) return false;
   entries_.reserve(static_cast<std::size_t>(directory.count));
   Window window(reader_, directory.offset, directory.size);
+  isPlain_ = true;
   std::uint64_t offset = directory.offset;
   for (std::uint64_t i = 0; i < directory.count; ++i) {
     const Byte* header = window.take(kCentralSize);
@@ -179,10 +224,12 @@ bool ZipLayout::readEntries(const Directory& directory) {
                    .nameLength = u16(header + 28)};
     const std::size_t extraLength = u16(header + 30);
     const std::size_t commentLength = u16(header + 32);
+    isPlain_ = isPlain_ && isPlainHeader(header);
     const Byte* name = window.take(entry.nameLength + extraLength + commentLength);
     if (name == nullptr) return false;
     offset += kCentralSize + entry.nameLength + extraLength + commentLength;
     names_.append(reinterpret_cast<const char*>(name), entry.nameLength);
+    isPlain_ = isPlain_ && isPlainExtra(name + entry.nameLength, extraLength);
     if (!takeZip64(name + entry.nameLength, extraLength,
                    {&entry.size, &entry.compressedSize, &entry.offset})) {
       return false;

@@ -45,6 +45,14 @@ class ZipLayout {
   // In the order of the central directory.
   const std::vector<ZipEntry>& entries() const { return entries_; }
 
+  // As its bytes stand.
+  std::string_view nameOf(const ZipEntry& entry) const;
+
+  // Whether libzip is bound to read the same out of the central directory: nothing in it
+  // could be taken in two ways, or refused. Not so of many a zip that is sound: of one
+  // with ZIP64 records, say.
+  bool isPlain() const { return isPlain_; }
+
   // Reads the local header of a member, and the data descriptor where there is
   // one: whether they say what the central directory says (method, encryption,
   // name, checksum, both sizes) and the member ends before what follows it. One
@@ -61,6 +69,7 @@ class ZipLayout {
     std::uint64_t count = 0;
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
+    bool isPlain = false;
   };
 
   std::optional<Directory> findDirectory();
@@ -68,11 +77,10 @@ class ZipLayout {
   bool readEntries(const Directory& directory);
   void findOverlaps(std::uint64_t directoryOffset);
   bool hasDescriptor(const ZipEntry& entry, std::uint64_t offset);
-  std::string_view nameOf(const ZipEntry& entry) const;
-
   IoReader reader_;
   std::vector<ZipEntry> entries_;
   std::string names_;  // of all members, one behind the other
+  bool isPlain_ = false;
 };
 
 }  // namespace dorvex::unzip

@@ -79,6 +79,37 @@ TEST_F(ZipContainerTest, ListsAndExtractsStoredAndDeflatedMembers) {
   EXPECT_EQ(out.bytes, "");
 }
 
+TEST_F(ZipContainerTest, ExtractsDeflatedMembersOfManyBlocks) {
+  std::string large;
+  for (int i = 0; i < 100000; ++i) large += std::to_string(i * 7919 % 10007);
+  ASSERT_TRUE(open(zip({{"a", large, true}, {"b", large + "x", true}})));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, large);
+  EXPECT_EQ(extract(1), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, large + "x");
+}
+
+// The end record, what may stand before it, the directory; libzip, too, would read them.
+TEST_F(ZipContainerTest, ReadsThePlainDirectoryOnce) {
+  const std::string bytes = zip({{"a", std::string(100000, 'x')}, {"b", "2"}});
+  io.reads = 0;
+  ASSERT_TRUE(open(bytes));
+  EXPECT_LE(io.reads, 3);
+}
+
+TEST_F(ZipContainerTest, TakesDeflatedDataThatLackOnlyTheMarkOfTheirEnd) {
+  // One block with codes that the format fixes: "a", and the end cut off.
+  const std::string cut = "\x4B\x04";
+  const auto member = [&](std::uint32_t crc) {
+    return rawZip({{.name = "a", .contents = cut, .method = 8, .crc = crc, .size = 1}});
+  };
+  ASSERT_TRUE(open(member(crcOf("a"))));
+  EXPECT_EQ(extract(0), VN_CONTAINER_OK);
+  EXPECT_EQ(out.bytes, "a");
+  ASSERT_TRUE(open(member(crcOf("b"))));
+  EXPECT_EQ(extract(0), VN_CONTAINER_DAMAGED);
+}
+
 TEST_F(ZipContainerTest, ExtractsAZipThatIsItsOwnMember) {
   const std::string bytes = selfContainingZip();
   ASSERT_TRUE(openLimited(bytes));

@@ -3,10 +3,13 @@
 #include "zip_layout.h"
 
 #include <gtest/gtest.h>
+#include <zip.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 
+#include "io_source.h"
 #include "loaded_module.h"
 #include "support/zip_bytes.h"
 
@@ -108,6 +111,94 @@ TEST(ZipLayout, FindsOverlapsInAChain) {
   };
   EXPECT_EQ(overlapsOf({member("a", 0), member("b", 50), member("c", 100), member("d", 153)}),
             (std::vector<bool>{true, true, true, false}));
+}
+
+// --- Plain zips ---
+
+struct Discard {
+  void operator()(zip_t* archive) const { zip_discard(archive); }
+};
+
+// What libzip reads of the member, against what the layout has.
+void expectTheSame(zip_t* archive, zip_uint64_t index, const ZipEntry& entry) {
+  zip_stat_t stat;
+  ASSERT_EQ(zip_stat_index(archive, index, 0, &stat), 0);
+  EXPECT_EQ(stat.size, entry.size);
+  EXPECT_EQ(stat.comp_size, entry.compressedSize);
+  EXPECT_EQ(stat.crc, entry.crc);
+  EXPECT_EQ(stat.comp_method, entry.method);
+  EXPECT_EQ(stat.encryption_method, ZIP_EM_NONE);
+}
+
+// Whether a zip is plain; libzip must then read the same out of it.
+bool isPlain(const std::string& bytes) {
+  MemoryObject io(bytes);
+  ZipLayout layout(*IoReader::over(&io));
+  if (layout.read(0) != Outcome::kRead || !layout.isPlain()) return false;
+  std::vector<std::uint64_t> marked;
+  for (const ZipEntry& entry : layout.entries()) {
+    if ((entry.flags & 1U << 11) != 0) marked.push_back(entry.flagsOffset);
+  }
+  zip_source_t* source = makeIoSource(&io, marked);
+  const std::unique_ptr<zip_t, Discard> archive(zip_open_from_source(source, ZIP_RDONLY, nullptr));
+  if (!archive) zip_source_free(source);
+  EXPECT_NE(archive, nullptr);
+  if (!archive) return true;
+  const auto& entries = layout.entries();
+  EXPECT_EQ(zip_get_num_entries(archive.get(), 0), static_cast<zip_int64_t>(entries.size()));
+  for (zip_uint64_t i = 0; i < entries.size(); ++i) {
+    expectTheSame(archive.get(), i, entries[i]);
+    std::string name(layout.nameOf(entries[i]));
+    std::ranges::replace(name, '\0', ' ');
+    EXPECT_EQ(zip_get_name(archive.get(), i, ZIP_FL_ENC_RAW), name);
+  }
+  return true;
+}
+
+const std::string kFewBytes = "UT\x05" + std::string(1, '\0') + "12345";  // an extra field
+
+TEST(ZipLayout, KnowsPlainZips) {
+  EXPECT_TRUE(isPlain(rawZip({})));
+  EXPECT_TRUE(isPlain(rawZip({{"a", "contents"}, {.name = "", .contents = "x", .method = 8}})));
+  EXPECT_TRUE(isPlain(rawZip({{.name = "a", .contents = "contents", .extra = kFewBytes}})));
+  EXPECT_TRUE(isPlain(rawZip({{.name = "\xFF", .contents = "x", .flags = 1U << 11}})));
+  EXPECT_TRUE(isPlain("#!/bin/sh\n" + rawZip({{"a", "contents"}}, {}, 10)));
+  EXPECT_TRUE(isPlain(rawZip({{"a", "contents"}}) + std::string(65535, 'x')));
+}
+
+TEST(ZipLayout, LeavesToLibzipWhatMayBeTakenInTwoWays) {
+  const auto withExtra = [](const std::string& extra) {
+    return rawZip({{.name = "a", .contents = "contents", .extra = extra}});
+  };
+  EXPECT_FALSE(isPlain(rawZip64({{"a", "contents"}})));
+  EXPECT_FALSE(isPlain(withExtra(zip64Field({}))));
+  EXPECT_FALSE(isPlain(withExtra(std::string("up\x05\0\1\0\0\0\0", 9))));
+  EXPECT_FALSE(isPlain(withExtra(kFewBytes.substr(0, 8))));
+  EXPECT_FALSE(isPlain(withExtra(kFewBytes + "x")));
+  EXPECT_FALSE(isPlain(rawZip({{.name = "a", .contents = "contents", .flags = 1}})));
+  EXPECT_FALSE(isPlain(rawZip({{.name = "a", .contents = "contents", .method = 99}})));
+  EXPECT_FALSE(isPlain(rawZip({{.name = "a", .contents = "", .size = 0xFFFFFFFF}})));
+  const std::string whole = rawZip({{"a", "contents"}});
+  EXPECT_FALSE(isPlain(whole + rawZip({{"b", "2"}}, {}, whole.size())));
+  // libzip sees an end record that begins further back than any comment is long.
+  EXPECT_FALSE(isPlain("PK\5\6" + std::string(16, '\0') +
+                       rawZip({{.name = "a", .contents = std::string(65450, 'x')}}, {}, 20)));
+}
+
+TEST(ZipLayout, AgreesWithLibzipOnPlainZipsWhateverOneByteBecomes) {
+  const std::string whole =
+      rawZip({{"Index/a.iwa", "contents"},
+              {.name = "b", .contents = "2", .flags = 1U << 11, .extra = kFewBytes}});
+  std::size_t plain = 0;
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (const int flip : {0x01, 0x02, 0x08, 0x80, 0xFF}) {
+      std::string bytes = whole;
+      bytes[at] = static_cast<char>(bytes[at] ^ flip);
+      plain += static_cast<std::size_t>(isPlain(bytes));
+      ASSERT_FALSE(HasFailure()) << at;
+    }
+  }
+  EXPECT_GT(plain, whole.size());
 }
 
 TEST(ZipLayout, ReadsALongListInFewReadsAndEachLocalHeaderInOne) {
