@@ -3,6 +3,7 @@
 #include <snappy.h>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "KNArchives.h"
@@ -11,7 +12,6 @@
 #include "TSPMessages.h"
 #include "Tools/formats/vniwork13/snappy_utils.h"
 #include "graph/message.h"
-#include "graph/sorted.h"
 #include "graph/types.h"
 
 namespace dorvex::content {
@@ -68,10 +68,38 @@ bool decompress(std::string_view member, std::string& stream) {
   }
 }
 
-void addDamage(std::string_view name, const char* reason, LeftOut& leftOut) {
-  leftOut.damaged.push_back({std::string(name), reason});
+void addDamage(std::string_view name, std::string reason, LeftOut& leftOut) {
   leftOut.problems.push_back(std::string(name) + " " + reason);
+  leftOut.damaged.push_back({std::string(name), std::move(reason)});
 }
+
+// Objects of a member whose identifiers others have taken.
+class Displaced {
+ public:
+  void add(const Object& keeper) {
+    if (count_++ == 0) {
+      keeper_ = keeper;
+    } else {
+      severalKeepers_ = severalKeepers_ || keeper.member != keeper_.member;
+    }
+  }
+
+  std::string reason(const Package& package, std::uint32_t member) const {
+    std::string keeper = keeper_.member == member ? "it" : package.members()[keeper_.member].name;
+    if (severalKeepers_) keeper += " or another member";
+    const std::string has = keeper_.member == member ? " has another" : " has one";
+    if (count_ == 1)
+      return "its object " + std::to_string(keeper_.identifier) + " is dropped, since " + keeper +
+             has + " of that identifier";
+    return std::to_string(count_) + " of its objects are dropped, since " + keeper + has +
+           " of each of their identifiers";
+  }
+
+ private:
+  Object keeper_;  // that of the first one
+  std::uint64_t count_ = 0;
+  bool severalKeepers_ = false;
+};
 
 }  // namespace
 
@@ -86,19 +114,39 @@ Graph::Graph(Package& package, LeftOut& leftOut) {
     }
     const auto bytes = package.read(i);
     if (bytes) {
-      addStream(name, *bytes, leftOut);
+      addStream(i, name, *bytes, leftOut);
     } else {
       addDamage(name, "cannot be read", leftOut);
     }
   }
-  // The first object stored under an identifier is the one.
-  sortAndKeepFirst(objects_, &Object::identifier);
+  dropDisplaced(package, leftOut);
 }
 
-void Graph::addStream(std::string_view name, std::string_view member, LeftOut& leftOut) {
-  std::string& streams = streamsWithRoom(statedLength(member));
+// The first object stored under an identifier is the one.
+void Graph::dropDisplaced(const Package& package, LeftOut& leftOut) {
+  if (!std::ranges::is_sorted(objects_, {}, &Object::identifier))
+    std::ranges::stable_sort(objects_, {}, &Object::identifier);
+  std::map<std::uint32_t, Displaced> displaced;  // by member
+  std::size_t kept = 0;
+  for (const Object& object : objects_) {
+    if (kept > 0 && objects_[kept - 1].identifier == object.identifier) {
+      displaced[object.member].add(objects_[kept - 1]);
+    } else {
+      objects_[kept++] = object;
+    }
+  }
+  objects_.resize(kept);
+  for (const auto& [member, objects] : displaced) {
+    const std::string& name = package.members()[member].name;
+    addDamage(name, objects.reason(package, member), leftOut);
+  }
+}
+
+void Graph::addStream(std::size_t member, std::string_view name, std::string_view bytes,
+                      LeftOut& leftOut) {
+  std::string& streams = streamsWithRoom(statedLength(bytes));
   const std::size_t start = streams.size();
-  const bool whole = decompress(member, streams);
+  const bool whole = decompress(bytes, streams);
   std::string_view rest = std::string_view(streams).substr(start);
   if (rest.empty() && !whole) {
     ++leftOut.passedOver;
@@ -107,7 +155,7 @@ void Graph::addStream(std::string_view name, std::string_view member, LeftOut& l
   do {
     // Archives without a header hold nothing: a bomb of them is not gone through singly.
     rest.remove_prefix(std::min(rest.find_first_not_of('\0'), rest.size()));
-  } while (!rest.empty() && addArchive(rest));
+  } while (!rest.empty() && addArchive(member, rest));
   if (!whole || !rest.empty()) addDamage(name, "is damaged", leftOut);
 }
 
@@ -121,7 +169,7 @@ std::string& Graph::streamsWithRoom(std::size_t bytes) {
 }
 
 // Adds the object of the archive that stream begins with, and takes it off.
-bool Graph::addArchive(std::string_view& stream) {
+bool Graph::addArchive(std::size_t member, std::string_view& stream) {
   using Info = TSP::ArchiveInfo;
   WireReader reader(stream);
   std::uint64_t length = 0;
@@ -134,8 +182,8 @@ bool Graph::addArchive(std::string_view& stream) {
     if (size > rest.size()) return false;
     // What follows the first message of an object are differences to it.
     if (std::exchange(first, false)) {
-      objects_.push_back(
-          {info.get(Info::identifier), message.get(TSP::MessageInfo::type), rest.substr(0, size)});
+      objects_.push_back({info.get(Info::identifier), message.get(TSP::MessageInfo::type),
+                          static_cast<std::uint32_t>(member), rest.substr(0, size)});
     }
     rest.remove_prefix(size);
   }

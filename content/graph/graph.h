@@ -16,13 +16,15 @@ namespace dorvex::content {
 struct Object {
   std::uint64_t identifier = 0;
   std::uint32_t type = 0;
+  std::uint32_t member = 0;  // the number of the package's member that it stands in
   std::string_view payload;
 };
 
 class Graph {
  public:
   // Reads every object stream of a package, whatever its name. Members that are none,
-  // and the rest of a stream behind what cannot be read, are counted in leftOut.
+  // the rest of a stream behind what cannot be read, and objects whose identifier one
+  // before them has are counted in leftOut.
   Graph(Package& package, LeftOut& leftOut);
 
   // Nothing where object 1 is not the document of an application.
@@ -38,8 +40,10 @@ class Graph {
   const std::vector<Object>& objects() const { return objects_; }
 
  private:
-  void addStream(std::string_view name, std::string_view member, LeftOut& leftOut);
-  bool addArchive(std::string_view& stream);
+  void addStream(std::size_t member, std::string_view name, std::string_view bytes,
+                 LeftOut& leftOut);
+  bool addArchive(std::size_t member, std::string_view& stream);
+  void dropDisplaced(const Package& package, LeftOut& leftOut);
   std::string& streamsWithRoom(std::size_t bytes);
 
   std::deque<std::string> streams_;  // each of several members; never reallocated

@@ -50,6 +50,31 @@ TEST(Graph, ReadsAMemberUpToTheChunkThatLiesAboutItsLength) {
   EXPECT_EQ(objects.leftOut().passedOver, 1U) << "a member that begins with a lie has nothing";
 }
 
+TEST(Graph, TellsOfObjectsWhoseIdentifierIsTaken) {
+  const auto member = [](const char* name, const std::vector<Archive>& archives) {
+    return Member{name, testing::iwa(archives)};
+  };
+  const Objects objects({}, Application::kPages,
+                        {member("Index/A.iwa", {object(7, 9, "first"), object(8, 9, "eight")}),
+                         member("Index/B.iwa", {object(7, 9, "second"), object(9, 9, "nine")}),
+                         member("Index/C.iwa", {object(8, 9, "x"), object(9, 9, "y")}),
+                         member("Index/D.iwa", {object(5, 9, "five"), object(5, 9, "six")})});
+  EXPECT_EQ(objects.object(7).payload, "first");
+  EXPECT_EQ(objects.object(9).payload, "nine");
+  EXPECT_EQ(objects.object(5).payload, "five");
+  std::vector<std::string> told;
+  for (const DamagedMember& damaged : objects.leftOut().damaged)
+    told.push_back(damaged.name + ": " + damaged.reason);
+  EXPECT_EQ(
+      told,
+      (std::vector<std::string>{
+          "Index/B.iwa: its object 7 is dropped, since Index/A.iwa has one of that identifier",
+          "Index/C.iwa: 2 of its objects are dropped, since Index/A.iwa or another member has "
+          "one of each of their identifiers",
+          "Index/D.iwa: its object 5 is dropped, since it has another of that identifier"}));
+  EXPECT_EQ(objects.leftOut().problems.size(), 3U);
+}
+
 TEST(Graph, PassesOverArchivesWithoutAHeader) {
   const std::string empty(5'000'000, '\0');
   const std::string stream = empty + testing::objectStream({object(100, 9, "behind them")}) + empty;
