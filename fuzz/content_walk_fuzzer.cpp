@@ -68,6 +68,11 @@ class Promises final : public content::Sink {
     checkBlock(block);
   }
 
+  void beginSection(const content::Section& section) override {
+    enter(Stage::kParts);
+    require(section.from == parts_, "a section begins before its first block");
+  }
+
   void section(const content::Section& section) override {
     enter(Stage::kSections);
     require(section.from <= parts_, "a section begins in the body");
@@ -75,6 +80,7 @@ class Promises final : public content::Sink {
       for (const auto& [pages, line] : *lines)
         for (const std::string* text : {&line.left, &line.center, &line.right}) checkText(*text);
     }
+    for (const auto& [pages, blocks] : section.drawables) checkBlocks(blocks);
   }
 
   void floating(const content::FloatingPage& page) override {

@@ -64,6 +64,12 @@ void Watch::sheet(const Sheet& sheet) {
   writer_.sheet(sheet);
 }
 
+void Watch::beginSection(const Section& section) {
+  showsAnything_ = showsAnything_ || !section.headers.empty() || !section.footers.empty();
+  for (const auto& [pages, blocks] : section.drawables) look(blocks);
+  writer_.beginSection(section);
+}
+
 void Watch::body(const Block& block) {
   showsAnything_ = showsAnything_ || shows(block);
   writer_.body(block);

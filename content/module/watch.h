@@ -21,6 +21,7 @@ class Watch final : public Sink {
   void slide(const Slide& slide) override;
   void sheet(const Sheet& sheet) override;
   void body(const Block& block) override;
+  void beginSection(const Section& section) override;
   void section(const Section& section) override { writer_.section(section); }
   void floating(const FloatingPage& page) override;
   void footnote(const Footnote& footnote) override { writer_.footnote(footnote); }

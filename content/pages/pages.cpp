@@ -1,6 +1,7 @@
 #include "pages/pages.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,10 +49,11 @@ class Body : public StorageSink {
   void section(const Object& object) override {
     read_.push_back(sections_.read(object, blocks_));
     footnotes_.beginSection();
+    sink_.beginSection(read_.back());
   }
 
-  NoteMark footnote(const Object& attachment, bool deleted) override {
-    if (!isShown_) return {};
+  std::optional<NoteMark> footnote(const Object& attachment, bool deleted) override {
+    if (!isShown_) return NoteMark{};
     return footnotes_.add(attachment, deleted);
   }
 

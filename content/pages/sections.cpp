@@ -4,9 +4,11 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "TSWPArchives.h"
 #include "drawables/box_text.h"
+#include "drawables/drawable.h"
 #include "text/storage.h"
 
 namespace dorvex::content {
@@ -35,6 +37,12 @@ void addLine(PageClass page, HeaderText&& line, Texts& texts) {
   if (line != HeaderText{}) texts[page] = std::move(line);
 }
 
+void addDrawables(Reading& reading, PageClass page, const References& drawables, Section& section) {
+  std::vector<Block> blocks;
+  for (const auto& reference : drawables) appendDrawable(reading, reference, blocks);
+  if (!blocks.empty()) section.drawables[page] = std::move(blocks);
+}
+
 // What a section repeats need not be said again.
 void dropRepeated(bool repeats, Texts& texts, Texts& before) {
   if (repeats && (texts.empty() || texts == before)) {
@@ -58,13 +66,13 @@ Section Sections::read(const Object& object, std::size_t from) {
   section.from = from;
   if (!Types<Archive>::hold(object.type)) return section;
   const Message<Archive> archive(object.payload);
-  if (archive.get(Archive::page_master_first_page_different) &&
-      !archive.get(Archive::page_master_first_page_hides_header_footer))
-    add(PageClass::kFirst, archive.get(Archive::first_page_master), section);
+  if (archive.get(Archive::page_master_first_page_different))
+    add(PageClass::kFirst, archive.get(Archive::first_page_master),
+        !archive.get(Archive::page_master_first_page_hides_header_footer), section);
   if (archive.get(Archive::page_master_even_odd_pages_different))
-    add(PageClass::kEven, archive.get(Archive::even_page_master), section);
+    add(PageClass::kEven, archive.get(Archive::even_page_master), true, section);
   if (archive.has(Archive::odd_page_master)) {
-    add(PageClass::kDefault, archive.get(Archive::odd_page_master), section);
+    add(PageClass::kDefault, archive.get(Archive::odd_page_master), true, section);
   } else {
     addOlder(archive, section);
   }
@@ -74,12 +82,15 @@ Section Sections::read(const Object& object, std::size_t from) {
   return section;
 }
 
-void Sections::add(PageClass page, const Message<TSP::Reference>& reference, Section& section) {
+// withLines: not only what is drawn, but the header and the footer too.
+void Sections::add(PageClass page, const Message<TSP::Reference>& reference, bool withLines,
+                   Section& section) {
   const auto master = reading_.get<Master>(reference);
-  if (headersShown_)
+  if (withLines && headersShown_)
     addLine(page, readLine(reading_, master.all(Master::headers)), section.headers);
-  if (footersShown_)
+  if (withLines && footersShown_)
     addLine(page, readLine(reading_, master.all(Master::footers)), section.footers);
+  addDrawables(reading_, page, master.all(Master::master_drawables), section);
 }
 
 // Before there were masters, a section had its lines itself.
@@ -90,6 +101,8 @@ void Sections::addOlder(const Message<Archive>& archive, Section& section) {
   if (footersShown_)
     addLine(PageClass::kDefault, readLine(reading_, archive.all(Archive::OBSOLETE_footers)),
             section.footers);
+  addDrawables(reading_, PageClass::kDefault, archive.all(Archive::OBSOLETE_master_drawables),
+               section);
 }
 
 }  // namespace dorvex::content

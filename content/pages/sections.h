@@ -21,7 +21,8 @@ class Sections {
  private:
   using Texts = std::map<PageClass, HeaderText>;
 
-  void add(PageClass page, const Message<TSP::Reference>& reference, Section& section);
+  void add(PageClass page, const Message<TSP::Reference>& reference, bool withLines,
+           Section& section);
   void addOlder(const Message<TP::SectionArchive>& archive, Section& section);
 
   Reading& reading_;

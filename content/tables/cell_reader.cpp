@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <utility>
+#include <variant>
+#include <vector>
 
 #include "TSCEArchives.h"
 #include "TSDArchives.h"
@@ -66,6 +68,30 @@ std::optional<Decimal> numberIn(const CellRecord& record) {
   if (record.number && std::isfinite(*record.number)) return Decimal(*record.number);
   return std::nullopt;
 }
+
+// The paragraphs of a cell, which has no place for anything else.
+class CellText final : public StorageSink {
+ public:
+  void block(Block&& block) override {
+    if (auto* paragraph = std::get_if<Paragraph>(&block.what)) {
+      paragraphs_.push_back(std::move(*paragraph));
+    } else if (!std::holds_alternative<Break>(block.what)) {
+      problem_ = "what is drawn in its text is not shown";
+    }
+  }
+  std::optional<NoteMark> footnote(const Object&, bool deleted) override {
+    if (!deleted) problem_ = "a footnote in its text is not shown";
+    return NoteMark{};
+  }
+
+  std::vector<Paragraph>& paragraphs() { return paragraphs_; }
+  // What of the text is not among the paragraphs; empty for nothing.
+  std::string_view problem() const { return problem_; }
+
+ private:
+  std::vector<Paragraph> paragraphs_;
+  std::string_view problem_;
+};
 
 void setText(std::string_view text, const Format& format, const CellParts& parts, Cell& cell) {
   cell.type = CellType::kText;
@@ -264,14 +290,15 @@ void CellReader::readRich(const CellRecord& record, const Format& format, const 
   const auto storage =
       reading_.get<TSWP::StorageArchive>(payload.get(TST::RichTextPayloadArchive::storage));
   cell.type = CellType::kRich;
+  CellText text;
+  readStorage(reading_, storage, text);
+  if (!text.problem().empty()) addProblem(text.problem(), place);
   bool first = true;
-  for (Block& block : readStorage(reading_, storage)) {
-    auto* paragraph = std::get_if<Paragraph>(&block.what);
-    if (paragraph == nullptr) continue;
+  for (const Paragraph& paragraph : text.paragraphs()) {
     if (!std::exchange(first, false)) cell.value += '\n';
-    cell.value += paragraph->text;
-    if (parts.rich) cell.paragraphs.push_back(std::move(*paragraph));
+    cell.value += paragraph.text;
   }
+  if (parts.rich) cell.paragraphs = std::move(text.paragraphs());
   if (parts.text) cell.text = cell.value;
 }
 

@@ -13,7 +13,7 @@ void ParagraphText::setMarks(const Marks& marks) {
 
 ParagraphText::Piece& ParagraphText::addPiece() {
   left_ = left_ || marks_.deletion == nullptr;
-  return pieces_.emplace_back(Piece{marks_, {}, {}, FieldKind::kNone});
+  return pieces_.emplace_back(Piece{marks_, {}, {}, FieldKind::kNone, false});
 }
 
 std::string& ParagraphText::textPiece() {
@@ -24,6 +24,13 @@ std::string& ParagraphText::textPiece() {
 void ParagraphText::append(std::string_view text) { textPiece() += text; }
 
 void ParagraphText::append(char32_t character) { appendCharacter(textPiece(), character); }
+
+void ParagraphText::appendEnd() {
+  Piece& piece = addPiece();
+  piece.text = '\n';
+  piece.endsParagraph = true;
+  goesOn_ = false;
+}
 
 void ParagraphText::appendFootnote(NoteMark note) {
   addPiece().footnote = std::move(note);
@@ -43,6 +50,7 @@ void ParagraphText::take(RunMaker& maker, const CharacterMarks& ofParagraph, Par
     run.footnote = std::move(piece.footnote.id);
     run.footnoteMark = std::move(piece.footnote.mark);
     if (piece.field != FieldKind::kNone) run.field = piece.field;
+    run.endsParagraph = piece.endsParagraph;
     if (!run.deleted) paragraph.text += run.text;
     marked = marked || isMarked(run);
     paragraph.runs.push_back(std::move(run));

@@ -22,6 +22,8 @@ class ParagraphText {
   // Text that is shown, with the marks that are set.
   void append(std::string_view text);
   void append(char32_t character);
+  // The end of a paragraph, which is deleted.
+  void appendEnd();
   // What stands in the place of an attachment.
   void appendFootnote(NoteMark note);
   void appendField(FieldKind field);
@@ -43,8 +45,11 @@ class ParagraphText {
     std::string text;
     NoteMark footnote;
     FieldKind field = FieldKind::kNone;
+    bool endsParagraph = false;
 
-    bool isText() const { return footnote.id.empty() && field == FieldKind::kNone; }
+    bool isText() const {
+      return footnote.id.empty() && field == FieldKind::kNone && !endsParagraph;
+    }
   };
 
   Piece& addPiece();

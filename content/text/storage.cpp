@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -33,6 +34,9 @@ constexpr char32_t kColumnBreak = 0x0C;
 constexpr char32_t kFootnoteMark = 0x0E;
 constexpr char32_t kParagraphSeparator = 0x2029;
 constexpr char32_t kAttachment = 0xFFFC;
+
+// More paragraphs than a person could tell apart that were one.
+constexpr std::size_t kMostJoined = 1000;
 
 bool endsParagraph(char32_t character) {
   switch (character) {
@@ -130,6 +134,14 @@ class StorageReader {
     text_.setMarks(marks_.marks());
   }
 
+  // The styles of a paragraph, by the tables at its start.
+  struct Form {
+    const Object* style = nullptr;
+    const Object* list = nullptr;
+    std::size_t level = 0;
+    std::uint32_t number = 0;  // that it has in a list by its own account; 0 for none
+  };
+
   bool deleted() const { return marks_.marks().deletion != nullptr; }
 
   // Takes characters that stand for themselves in one piece: most of most texts.
@@ -185,9 +197,18 @@ class StorageReader {
 
   // A paragraph starts at the position.
   void begin() {
-    start_ = position_;
-    for (ObjectRuns* runs : {&styles_, &lists_, &sections_}) runs->moveTo(start_);
-    for (NumberRuns* runs : {&levels_, &starts_}) runs->moveTo(start_);
+    form_ = originalForm_ = formHere();
+    beginSection();
+  }
+
+  Form formHere() {
+    for (ObjectRuns* runs : {&styles_, &lists_}) runs->moveTo(position_);
+    for (NumberRuns* runs : {&levels_, &starts_}) runs->moveTo(position_);
+    return {styles_.value(), lists_.value(), levels_.value(), starts_.valueOnlyAt(position_)};
+  }
+
+  void beginSection() {
+    sections_.moveTo(position_);
     if (sections_.value() == section_) return;
     section_ = sections_.value();
     if (section_ != nullptr) sink_.section(*section_);
@@ -195,17 +216,24 @@ class StorageReader {
 
   // A separator stands before the position.
   void finish(std::optional<Break> brokenBy) {
-    if (!deleted()) {
-      keepTargets();
-      end(brokenBy);
-      begin();
-      return;
-    }
-    // Two paragraphs without what parted them are one, with the style of the first unless
-    // nothing is left of that.
+    if (deleted()) return join();
+    keepTargets();
+    endInserted_ = marks_.marks().insertion != nullptr;
+    end(brokenBy);
+    endInserted_ = false;
+    begin();
+  }
+
+  // Two paragraphs without what parted them are one, with the style of the first unless
+  // nothing is left of that.
+  void join() {
     const bool nothingLeft = text_.nothingLeft() && before_.empty();
-    text_.append(U'\n');
-    if (nothingLeft) begin();
+    text_.appendEnd();
+    if (joined_.size() < kMostJoined) joined_.push_back(originalForm_);
+    originalForm_ = formHere();
+    if (!nothingLeft) return;
+    form_ = originalForm_;
+    beginSection();
   }
 
   void end(std::optional<Break> brokenBy) {
@@ -215,7 +243,7 @@ class StorageReader {
     if (!text_.empty() || (!drawables && !brokenBy)) {
       emitParagraph();
     } else if (drawables) {
-      mark(listStyle());
+      mark(form_, numbers_);
     }
     emit(behind_);
     if (brokenBy) {
@@ -231,43 +259,64 @@ class StorageReader {
   }
 
   void emitParagraph() {
-    const ParagraphStyle& style = paragraphStyle();
-    Paragraph paragraph;
-    paragraph.style = style.name;
-    paragraph.role = style.role.role;
-    paragraph.level = style.role.level;
-    paragraph.list = mark(listStyle());
-    if (kind_ == Kind::TABLEOFCONTENTS || paragraph.role == Role::kOther)
-      paragraph.role = roleByPlace(kind_);
-    if (paragraph.list && (paragraph.role == Role::kOther || paragraph.role == Role::kBody))
-      paragraph.role = Role::kList;
-    text_.take(runMaker_, style.marks, paragraph);
+    std::vector<Paragraph> original = originals();
+    Paragraph paragraph = paragraphOf(form_, numbers_);
+    paragraph.original = std::move(original);
+    paragraph.endInserted = endInserted_;
+    text_.take(runMaker_, paragraphStyle(form_.style).marks, paragraph);
     Block block;
     block.what = std::move(paragraph);
     sink_.block(std::move(block));
   }
 
-  const ParagraphStyle& paragraphStyle() {
-    const auto [known, isNew] = paragraphStyles_.try_emplace(styles_.value());
-    if (isNew) known->second = readParagraphStyle(reading_, styles_.value());
+  // What the paragraph was before the ends in it were deleted. Those are numbered for
+  // themselves: the items that follow are counted by what is left.
+  std::vector<Paragraph> originals() {
+    std::vector<Paragraph> original;
+    if (joined_.empty()) return original;
+    joined_.push_back(originalForm_);
+    ListNumbers numbers = numbers_;
+    for (const Form& form : std::exchange(joined_, {}))
+      original.push_back(paragraphOf(form, numbers));
+    return original;
+  }
+
+  // A paragraph without its text.
+  Paragraph paragraphOf(const Form& form, ListNumbers& numbers) {
+    const ParagraphStyle& style = paragraphStyle(form.style);
+    Paragraph paragraph;
+    paragraph.style = style.name;
+    paragraph.role = style.role.role;
+    paragraph.level = style.role.level;
+    paragraph.list = mark(form, numbers);
+    if (kind_ == Kind::TABLEOFCONTENTS || paragraph.role == Role::kOther)
+      paragraph.role = roleByPlace(kind_);
+    if (paragraph.list && (paragraph.role == Role::kOther || paragraph.role == Role::kBody))
+      paragraph.role = Role::kList;
+    return paragraph;
+  }
+
+  const ParagraphStyle& paragraphStyle(const Object* object) {
+    const auto [known, isNew] = paragraphStyles_.try_emplace(object);
+    if (isNew) known->second = readParagraphStyle(reading_, object);
     return known->second;
   }
 
-  const ListStyle& listStyle() {
-    const auto [known, isNew] = listStyles_.try_emplace(lists_.value());
-    if (isNew) known->second = readListStyle(reading_, lists_.value());
+  const ListStyle& listStyle(const Object* object) {
+    const auto [known, isNew] = listStyles_.try_emplace(object);
+    if (isNew) known->second = readListStyle(reading_, object);
     return known->second;
   }
 
-  // Counts the paragraph as an item of a list, where it is one.
-  std::optional<ListMark> mark(const ListStyle& style) {
-    const std::size_t level = levels_.value();
-    if (level >= std::min(style.size(), ListNumbers::kLevels) || !style[level].marked)
+  // Counts a paragraph as an item of a list, where it is one.
+  std::optional<ListMark> mark(const Form& form, ListNumbers& numbers) {
+    const ListStyle& style = listStyle(form.list);
+    if (form.level >= std::min(style.size(), ListNumbers::kLevels) || !style[form.level].marked)
       return std::nullopt;
-    if (style[level].kind == ListKind::kNumber)
-      return listMark(style, numbers_.count(level, starts_.valueOnlyAt(start_)));
-    numbers_.pass(level);
-    return listMark(style, std::vector<std::uint32_t>(level + 1));
+    if (style[form.level].kind == ListKind::kNumber)
+      return listMark(style, numbers.count(form.level, form.number));
+    numbers.pass(form.level);
+    return listMark(style, std::vector<std::uint32_t>(form.level + 1));
   }
 
   void takeAttachment(Position at) {
@@ -277,13 +326,31 @@ class StorageReader {
     if (object == nullptr) object = attachments_.valueOnlyAt(at);
     if (object == nullptr) return;
     if (Types<TSWP::FootnoteReferenceAttachmentArchive>::hold(object->type)) {
-      NoteMark note = sink_.footnote(*object, deleted());
-      if (!note.id.empty()) text_.appendFootnote(std::move(note));
+      takeFootnote(*object);
     } else if (const auto field = fieldOf(*object)) {
       text_.appendField(*field);
     } else {
       takeDrawable(*object);
     }
+  }
+
+  void takeFootnote(const Object& attachment) {
+    if (auto note = sink_.footnote(attachment, deleted())) {
+      if (!note->id.empty()) text_.appendFootnote(*std::move(note));
+    } else if (!deleted()) {
+      takeNoteText(attachment);
+    }
+  }
+
+  void takeNoteText(const Object& attachment) {
+    using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
+    const Object* note =
+        reading_.follow(Message<Attachment>(attachment.payload).get(Attachment::contained_storage));
+    if (note == nullptr || !Types<Storage>::hold(note->type) || !reading_.claim(*note)) return;
+    const Descent descent(reading_);
+    if (descent.tooDeep()) return;
+    std::vector<Block> blocks = readStorage(reading_, Message<Storage>(note->payload));
+    std::ranges::move(blocks, std::back_inserter(behind_));
   }
 
   // The field that a textual attachment is. The mark of a footnote in its own text is
@@ -348,7 +415,10 @@ class StorageReader {
   std::unordered_map<const Object*, ListStyle> listStyles_;
 
   Position position_ = 0;
-  Position start_ = 0;  // of the paragraph
+  Form form_;                 // of the paragraph
+  Form originalForm_;         // of the one that it was, at the position
+  std::vector<Form> joined_;  // of those that it was before, whose ends are deleted
+  bool endInserted_ = false;  // the end of the paragraph that is read
   const Object* section_ = nullptr;
   const Object* shownField_ = nullptr;  // of what was shown last
   const Object* shownBookmark_ = nullptr;
@@ -366,8 +436,6 @@ class Collector : public StorageSink {
 };
 
 }  // namespace
-
-NoteMark StorageSink::footnote(const Object&, bool) { return {}; }
 
 void readStorage(Reading& reading, const Message<Storage>& storage, StorageSink& sink) {
   const JoinedText joined(storage);

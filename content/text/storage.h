@@ -2,6 +2,7 @@
 // is drawn in line between them.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,9 @@ class StorageSink {
   // A section begins with the next block.
   virtual void section(const Object&) {}
   // A footnote's mark stands in the paragraph that comes next, in text that is deleted
-  // or not. Gives the footnote's id and its mark.
-  virtual NoteMark footnote(const Object& attachment, bool deleted);
+  // or not. Gives the footnote's id and its mark, an empty id where it is not shown;
+  // nothing where there is no place for footnotes: what it says follows the paragraph.
+  virtual std::optional<NoteMark> footnote(const Object&, bool) { return std::nullopt; }
 };
 
 void readStorage(Reading& reading, const Message<TSWP::StorageArchive>& storage, StorageSink& sink);

@@ -1,6 +1,7 @@
 #include "writers/block_walk.h"
 
 #include <algorithm>
+#include <utility>
 #include <variant>
 
 #include "writers/file_names.h"
@@ -31,7 +32,33 @@ void BlockWalk::document(Application application, const Metadata& metadata) {
   putBeginning(metadata);
 }
 
+// A line that runs through the pages stands once: that of the head before the text of
+// its section, that of the foot behind it.
+void BlockWalk::beginSection(const Section& section) {
+  endSection();
+  for (const auto& [pages, text] : section.headers) putRunning(Running::kHeader, pages, text);
+  for (const auto& [pages, blocks] : section.drawables) visit(blocks);
+  footers_ = section.footers;
+}
+
+void BlockWalk::endSection() {
+  putHeld();
+  for (const auto& [pages, text] : std::exchange(footers_, {}))
+    putRunning(Running::kFooter, pages, text);
+}
+
+void BlockWalk::floating(const FloatingPage& page) {
+  endSection();
+  visit(page.blocks);
+}
+
+void BlockWalk::footnote(const Footnote& footnote) {
+  endSection();
+  putFootnote(footnote);
+}
+
 void BlockWalk::end(const Summary&) {
+  endSection();
   if (!forTheEnd_.empty()) putComments(forTheEnd_);
   putEnd();
 }
@@ -71,12 +98,32 @@ void BlockWalk::sheet(const Sheet& sheet) {
 
 void BlockWalk::visit(const std::vector<Block>& blocks) {
   for (const Block& block : blocks) visit(block);
+  putHeld();
+}
+
+void BlockWalk::paragraph(const Paragraph& paragraph) {
+  if (options_.changes == ShownChanges::kFinal) return put(paragraph);
+  auto shown = shownParagraphs(paragraph, options_.changes);
+  if (held_) {
+    shown.front() = joinedOriginal(*std::exchange(held_, std::nullopt), std::move(shown.front()));
+  }
+  if (paragraph.endInserted && options_.changes == ShownChanges::kOriginal) {
+    held_ = std::move(shown.back());
+    shown.pop_back();
+  }
+  for (const Paragraph& each : shown) put(each);
+}
+
+void BlockWalk::putHeld() {
+  if (held_) put(*std::exchange(held_, std::nullopt));
 }
 
 void BlockWalk::visit(const Block& block) {
-  if (const auto* paragraph = std::get_if<Paragraph>(&block.what)) {
-    put(*paragraph);
-    noteComments(*paragraph);
+  const auto* text = std::get_if<Paragraph>(&block.what);
+  if (text == nullptr) putHeld();
+  if (text != nullptr) {
+    paragraph(*text);
+    noteComments(*text);
   } else if (const auto* table = std::get_if<Table>(&block.what)) {
     put(*table);
   } else if (const auto* chart = std::get_if<Chart>(&block.what)) {
@@ -93,8 +140,8 @@ void BlockWalk::visit(const Block& block) {
   } else if (const auto* box = std::get_if<Box>(&block.what)) {
     if (box != shownAsTitle_) visit(box->blocks);
   }
-  for (const std::string* text : {&block.title, &block.caption})
-    if (!text->empty()) putCaption(*text);
+  for (const std::string* line : {&block.title, &block.caption})
+    if (!line->empty()) putCaption(*line);
   // Links within a document lead to places that renderings do not have.
   const std::string link = safeLink(block.link);
   if (link.find(':') < link.find_first_of("/?#")) putLink(link);

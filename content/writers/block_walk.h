@@ -2,6 +2,8 @@
 // lists put together from paragraphs, and what each drawable shows.
 #pragma once
 
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +12,9 @@
 
 namespace dorvex::content {
 
+// Where a line stands that runs through all pages of a section.
+enum class Running { kHeader, kFooter };
+
 // A writer says how each thing looks; BlockWalk says in which order things come.
 class BlockWalk : public Sink {
  public:
@@ -17,9 +22,10 @@ class BlockWalk : public Sink {
 
   void slide(const Slide& slide) final;
   void sheet(const Sheet& sheet) final;
+  void beginSection(const Section& section) final;
   void body(const Block& block) final { visit(block); }
-  void floating(const FloatingPage& page) final { visit(page.blocks); }
-  void footnote(const Footnote& footnote) final { putFootnote(footnote); }
+  void floating(const FloatingPage& page) final;
+  void footnote(const Footnote& footnote) final;
   void document(Application application, const Metadata& metadata) final;
   void end(const Summary& summary) final;
 
@@ -49,6 +55,8 @@ class BlockWalk : public Sink {
   // Where a click on the drawable that came before leads, outside the document.
   virtual void putLink(const std::string&) {}
   virtual void putFootnote(const Footnote& footnote) = 0;
+  // What stands at the head or the foot of the pages of a section, for one class of them.
+  virtual void putRunning(Running place, PageClass pages, const HeaderText& text) = 0;
   // A drawable's comments, where they are shown in their place.
   virtual void put(const Comment& comment) = 0;
   virtual void putComments(const std::vector<Comment>& comments) = 0;
@@ -62,11 +70,16 @@ class BlockWalk : public Sink {
   void noteComments(const std::vector<Comment>& comments);
   void comments(const std::vector<Comment>& comments);
   void media(const Media& media, const std::string& alt);
+  void paragraph(const Paragraph& paragraph);
+  void putHeld();
+  void endSection();
 
   WriterOptions options_;
   Application application_ = Application::kKeynote;
   const Box* shownAsTitle_ = nullptr;
   std::vector<Comment> forTheEnd_;
+  std::optional<Paragraph> held_;            // whose end was inserted, until the next one comes
+  std::map<PageClass, HeaderText> footers_;  // of the section, until it ends
 };
 
 }  // namespace dorvex::content

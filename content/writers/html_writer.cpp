@@ -26,6 +26,7 @@ th, td { border: 1px solid #8888; padding: .25rem .6rem; text-align: left; verti
 th { background: #8882; }
 .number { text-align: right; font-variant-numeric: tabular-nums; }
 aside { border-left: 4px solid #8888; padding: .1rem 1rem; margin: 1rem 0; }
+header p, footer p { display: flex; justify-content: space-between; gap: 1rem; color: GrayText; }
 figure { margin: 1rem 0; }
 img { max-width: 100%; height: auto; }
 figcaption, caption, .caption { color: GrayText; font-size: .9rem; text-align: left; }
@@ -284,6 +285,18 @@ void HtmlWriter::putFootnote(const Footnote& footnote) {
   if (!mark_.empty()) element("p", std::exchange(mark_, {}));
   leaveLists(0);
   line("</aside>");
+}
+
+// The title says for which pages a line is, if not for all.
+void HtmlWriter::putRunning(Running place, PageClass pages, const HeaderText& text) {
+  const std::string name = place == Running::kHeader ? "header" : "footer";
+  const std::string_view which = nameOfPages(pages);
+  std::string parts;
+  for (const std::string* part : {&text.left, &text.center, &text.right})
+    parts += "<span>" + htmlEscaped(*part, true) + "</span>";
+  leaveLists(0);
+  line("<" + name + (which.empty() ? "" : " title=\"" + std::string(which) + "\"") + "><p>" +
+       parts + "</p></" + name + ">");
 }
 
 void HtmlWriter::leaveNotes() {

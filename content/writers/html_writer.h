@@ -39,6 +39,7 @@ class HtmlWriter final : public BlockWalk {
   void putCaption(const std::string& text) override;
   void putLink(const std::string& url) override;
   void putFootnote(const Footnote& footnote) override;
+  void putRunning(Running place, PageClass pages, const HeaderText& text) override;
   void put(const Comment& comment) override;
   void putComments(const std::vector<Comment>& comments) override;
 

@@ -221,6 +221,24 @@ void JsonBlocks::put(const Paragraph& paragraph) {
 }
 
 void JsonBlocks::paragraphFields(const Paragraph& paragraph) {
+  formFields(paragraph);
+  fields_.alwaysText("text", paragraph.text);
+  runs(paragraph.runs);
+  if (!paragraph.original.empty()) {
+    json_.key("original");
+    json_.beginArray();
+    for (const Paragraph& each : paragraph.original) {
+      json_.beginObject();
+      formFields(each);
+      json_.endObject();
+    }
+    json_.endArray();
+  }
+  fields_.mark("end_inserted", paragraph.endInserted);
+}
+
+// All but the text.
+void JsonBlocks::formFields(const Paragraph& paragraph) {
   fields_.alwaysText("role", nameOf(paragraph.role));
   if (paragraph.level > 0) fields_.count("level", paragraph.level);
   fields_.text("style", paragraph.style);
@@ -232,8 +250,6 @@ void JsonBlocks::paragraphFields(const Paragraph& paragraph) {
     fields_.text("label", paragraph.list->label);
     json_.endObject();
   }
-  fields_.alwaysText("text", paragraph.text);
-  runs(paragraph.runs);
 }
 
 void JsonBlocks::runs(const std::vector<Run>& runs) {
@@ -257,6 +273,7 @@ void JsonBlocks::runs(const std::vector<Run>& runs) {
     fields_.text("bookmark", run.bookmark);
     fields_.text("field", nameOf(run.field));
     fields_.text("ruby", run.ruby);
+    fields_.mark("ends_paragraph", run.endsParagraph);
     json_.endObject();
   }
   json_.endArray();

@@ -77,6 +77,7 @@ class JsonBlocks {
 
   void mediaFields(const Media& media);
   void paragraphFields(const Paragraph& paragraph);
+  void formFields(const Paragraph& paragraph);
   void runs(const std::vector<Run>& runs);
   void change(std::string_view key, const std::optional<Change>& change);
   void comment(const Comment& comment);

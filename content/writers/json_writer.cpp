@@ -96,6 +96,14 @@ void putHeaders(JsonFields& fields, std::string_view key,
   json.endObject();
 }
 
+void putDrawables(JsonEmitter& json, const std::map<PageClass, std::vector<Block>>& drawables) {
+  if (drawables.empty()) return;
+  json.key("drawables");
+  json.beginObject();
+  for (const auto& [pages, blocks] : drawables) JsonBlocks(json).list(nameOf(pages), blocks);
+  json.endObject();
+}
+
 void putMedia(JsonFields& fields, const std::vector<std::shared_ptr<const MediaFile>>& media) {
   JsonEmitter& json = fields.json();
   json.key("media");
@@ -196,6 +204,7 @@ void JsonWriter::section(const Section& section) {
   fields.count("from", section.from);
   putHeaders(fields, "headers", section.headers);
   putHeaders(fields, "footers", section.footers);
+  putDrawables(json_, section.drawables);
   json_.endObject();
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <utility>
 
 #include "writers/html.h"
 #include "writers/plain.h"
@@ -321,6 +322,10 @@ std::string markdownComment(const Comment& comment) {
   std::string text = byline(comment.author, comment.date) + ": " + cleanText(comment.text);
   for (const Comment& reply : comment.replies)
     text += " / " + byline(reply.author, reply.date) + ": " + cleanText(reply.text);
+  return markdownHidden(std::move(text));
+}
+
+std::string markdownHidden(std::string text) {
   std::ranges::replace(text, '\n', ' ');
   std::ranges::replace(text, '|', '/');
   // Two dashes would end it.

@@ -32,5 +32,7 @@ std::string markdownLabel(std::string_view id);
 
 // A comment with its replies in one HTML comment.
 std::string markdownComment(const Comment& comment);
+// Text that no rendering of the Markdown shows, likewise. Text is clean.
+std::string markdownHidden(std::string text);
 
 }  // namespace dorvex::content

@@ -409,6 +409,14 @@ void MarkdownWriter::putFootnote(const Footnote& footnote) {
   any_ = true;
 }
 
+// Among the text these lines would be taken for it.
+void MarkdownWriter::putRunning(Running place, PageClass pages, const HeaderText& text) {
+  const std::string_view which = nameOfPages(pages);
+  std::string label = place == Running::kHeader ? "Header" : "Footer";
+  if (!which.empty()) label.append(", ").append(which);
+  block(markdownHidden(label + ": " + joinedParts(text, " / ")));
+}
+
 void MarkdownWriter::put(const Comment& comment) { block(markdownComment(comment)); }
 
 void MarkdownWriter::putComments(const std::vector<Comment>& comments) {

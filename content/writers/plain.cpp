@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <iterator>
 
 #include "graph/utf8.h"
 #include "writers/cell_text.h"
@@ -38,6 +39,23 @@ bool isShown(const Run& run, ShownChanges changes) {
 
 bool areSame(const Comment& left, const Comment& right) {
   return left.author == right.author && left.date == right.date && left.text == right.text;
+}
+
+// Its runs, one for a paragraph without marks.
+std::vector<Run> runsOf(const Paragraph& paragraph) {
+  if (!paragraph.runs.empty()) return paragraph.runs;
+  std::vector<Run> runs(1);
+  runs.front().text = paragraph.text;
+  return runs;
+}
+
+Paragraph withoutText(const Paragraph& paragraph) {
+  Paragraph form;
+  form.role = paragraph.role;
+  form.level = paragraph.level;
+  form.style = paragraph.style;
+  form.list = paragraph.list;
+  return form;
 }
 
 // A comment stands in each run of its range, and is shown behind the last one.
@@ -92,6 +110,32 @@ std::string shownText(const Paragraph& paragraph, ShownChanges changes) {
   return text;
 }
 
+std::vector<Paragraph> shownParagraphs(const Paragraph& paragraph, ShownChanges changes) {
+  if (changes == ShownChanges::kFinal || paragraph.runs.empty()) return {paragraph};
+  const auto& parts = paragraph.original;
+  std::vector<Paragraph> shown = {parts.empty() ? withoutText(paragraph) : parts.front()};
+  std::size_t ends = 0;
+  for (const Run& run : paragraph.runs) {
+    const bool isEnd = run.endsParagraph && ++ends < parts.size();
+    if (!isShown(run, changes)) continue;
+    if (isEnd) {
+      shown.push_back(parts[ends]);
+    } else {
+      shown.back().text += run.text;
+      shown.back().runs.push_back(run);
+    }
+  }
+  return shown;
+}
+
+Paragraph joinedOriginal(Paragraph first, Paragraph next) {
+  if (first.text.empty() && first.runs.empty()) return next;
+  if (first.runs.empty()) first.runs = runsOf(first);
+  first.text += next.text;
+  std::ranges::move(runsOf(next), std::back_inserter(first.runs));
+  return first;
+}
+
 std::string shownText(const Cell& cell) {
   return cleanText(cell.text.empty() && cell.type == CellType::kRich ? richValue(cell) : cell.text);
 }
@@ -111,6 +155,31 @@ std::string safeLink(std::string_view url) {
   std::ranges::transform(scheme, scheme.begin(),
                          [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
   return std::ranges::find(kSchemes, scheme) != kSchemes.end() ? clean : "";
+}
+
+std::string_view nameOfPages(PageClass pages) {
+  switch (pages) {
+    case PageClass::kFirst:
+      return "first page";
+    case PageClass::kEven:
+      return "even pages";
+    case PageClass::kDefault:
+      break;
+  }
+  return {};
+}
+
+std::string joinedParts(const HeaderText& text, std::string_view separator) {
+  std::string joined;
+  for (const std::string* part : {&text.left, &text.center, &text.right}) {
+    std::string clean = cleanText(*part);
+    std::ranges::replace(clean, '\n', ' ');
+    // Of a line with the number of the page the words are left, and spaces.
+    clean.erase(clean.find_last_not_of(' ') + 1);
+    if (clean.empty()) continue;
+    joined.append(joined.empty() ? "" : separator).append(clean);
+  }
+  return joined;
 }
 
 std::string byline(std::string_view author, std::string_view date) {

@@ -20,6 +20,14 @@ std::vector<Run> shownRuns(const Paragraph& paragraph, ShownChanges changes);
 // Their texts joined.
 std::string shownText(const Paragraph& paragraph, ShownChanges changes);
 
+// The paragraphs that are shown of one, with the runs that are: several where their ends
+// are deleted, and what was deleted is shown.
+std::vector<Paragraph> shownParagraphs(const Paragraph& paragraph, ShownChanges changes);
+
+// What two paragraphs of the original were before the end of the first was inserted. Of
+// one that was inserted wholly nothing is left, nor of its form.
+Paragraph joinedOriginal(Paragraph first, Paragraph next);
+
 // What a cell shows, clean.
 std::string shownText(const Cell& cell);
 
@@ -29,6 +37,12 @@ bool standsRight(const Cell& cell);
 // A link that a reader may follow: of the schemes of the web, mail, phone and files, or
 // relative. Others, which could be scripts, are empty.
 std::string safeLink(std::string_view url);
+
+// "first page" of the pages that a header or footer is for; empty for all others.
+std::string_view nameOfPages(PageClass pages);
+
+// The parts of a header or footer that are not empty, clean and in one line.
+std::string joinedParts(const HeaderText& text, std::string_view separator);
 
 // "Ann, 2024-05-06" of a comment or change; either may be missing.
 std::string byline(std::string_view author, std::string_view date);

@@ -167,6 +167,10 @@ void TextWriter::putFootnote(const Footnote& footnote) {
   if (!lead_.empty()) line("");
 }
 
+void TextWriter::putRunning(Running, PageClass, const HeaderText& text) {
+  line(joinedParts(text, kGap));
+}
+
 void TextWriter::put(const Comment& comment) {
   line("[" + byline(comment.author, comment.date) + ": " + oneLine(cleanText(comment.text)) + "]");
   for (const Comment& reply : comment.replies) put(reply);

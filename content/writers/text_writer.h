@@ -31,6 +31,7 @@ class TextWriter final : public BlockWalk {
   void put(const Media& media, const std::string& alt, const std::string& link) override;
   void putCaption(const std::string& text) override;
   void putFootnote(const Footnote& footnote) override;
+  void putRunning(Running place, PageClass pages, const HeaderText& text) override;
   void put(const Comment& comment) override;
   void putComments(const std::vector<Comment>& comments) override;
 

@@ -42,6 +42,7 @@ class PlacedTexts : public Sink {
     for (const auto* lines : {&section.headers, &section.footers})
       for (const auto& [page, line] : *lines)
         for (const std::string* text : {&line.left, &line.center, &line.right}) add(*text);
+    for (const auto& [page, blocks] : section.drawables) add(blocks);
   }
   void floating(const FloatingPage& page) override { add(page.blocks); }
   void footnote(const Footnote& footnote) override { add(footnote.blocks); }

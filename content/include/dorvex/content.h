@@ -63,6 +63,7 @@ struct Run {
   std::vector<Comment> comments;
   std::optional<Change> inserted;
   std::optional<Change> deleted;  // the text is not part of Paragraph::text then
+  bool endsParagraph = false;     // the text is the end of a paragraph, and is deleted
 };
 
 enum class Role {
@@ -97,6 +98,10 @@ struct Paragraph {
   std::string text;  // what a person sees: without deleted text
   // Empty where nothing is marked. The texts joined give text and what was deleted.
   std::vector<Run> runs;
+  // The paragraphs that it was before their ends were deleted, without their texts; the
+  // runs with endsParagraph part these. Empty where it always was one.
+  std::vector<Paragraph> original;
+  bool endInserted = false;  // before that was inserted, it and the next one were one
 };
 
 // ---------------------------------------------------------------------------
@@ -298,6 +303,7 @@ enum class PageClass { kFirst, kEven, kDefault };
 struct Section {
   std::size_t from = 0;  // the number of its first block in the body
   std::map<PageClass, HeaderText> headers, footers;
+  std::map<PageClass, std::vector<Block>> drawables;  // that each of those pages shows
 };
 
 struct FloatingPage {
@@ -336,15 +342,17 @@ struct Summary {
 };
 
 // Takes a document in parts. The calls come in this order: document; then slide for
-// each slide, or sheet for each sheet, or for Pages body for each block of the body,
-// section, floating and footnote; then end. A part is valid during its call, and what
-// its tables read until end returns.
+// each slide, or sheet for each sheet, or for Pages body for each block of the body, with
+// beginSection before the first one of a section; then section, floating and footnote for
+// all of them; then end. A part is valid during its call, and what its tables read until
+// end returns.
 class Sink {
  public:
   virtual ~Sink() = default;
   virtual void document(Application application, const Metadata& metadata) = 0;
   virtual void slide(const Slide&) {}
   virtual void sheet(const Sheet&) {}
+  virtual void beginSection(const Section&) {}
   virtual void body(const Block&) {}
   virtual void section(const Section&) {}
   virtual void floating(const FloatingPage&) {}

@@ -52,6 +52,16 @@ TEST_F(WatchTest, SeesTheNameOfASheetAndNotesOfASlide) {
   EXPECT_TRUE(slides.showsAnything());
 }
 
+TEST_F(WatchTest, SeesTheHeadersOfPages) {
+  Watch watch(recorder, {});
+  watch.beginSection({});
+  EXPECT_FALSE(watch.showsAnything());
+  Section section;
+  section.headers[PageClass::kDefault] = {"a", "", ""};
+  watch.beginSection(section);
+  EXPECT_TRUE(watch.showsAnything());
+}
+
 TEST_F(WatchTest, AddsWhatWasDamagedBeforeToTheEnd) {
   Watch watch(recorder, {{"Index.zip", "cannot be read"}});
   watch.document(Application::kNumbers, {});

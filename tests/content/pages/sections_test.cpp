@@ -6,6 +6,7 @@
 
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
+#include "drawables/box_text.h"
 
 namespace dorvex::content {
 
@@ -126,6 +127,28 @@ TEST_F(SectionsTest, RepeatNothingOfTheSectionBefore) {
   // And so is one that says something else, whatever it claims.
   EXPECT_EQ(sections.read(objects.object(13), 3).headers,
             (Texts{{PageClass::kDefault, {"", "3", ""}}}));
+}
+
+TEST_F(SectionsTest, HaveWhatIsDrawnOnAllTheirPages) {
+  using Shape = TSWP::ShapeInfoArchive;
+  const auto shape = [](std::uint64_t identifier, std::uint64_t storage) {
+    return object(identifier, 2011,
+                  Wire().message(Shape::owned_storage.number, reference(storage)));
+  };
+  const Wire watermark = Wire().message(Master::master_drawables.number, reference(30));
+  const Wire onFirst = Wire().message(Master::master_drawables.number, reference(31));
+  const Wire hiding =
+      section()
+          .varint(SectionArchive::page_master_first_page_different.number, 1)
+          .varint(SectionArchive::page_master_first_page_hides_header_footer.number, 1);
+  Objects objects(withStorages({object(10, kSection, hiding), object(20, kMaster, onFirst),
+                                object(21, kMaster, Wire()), object(22, kMaster, watermark),
+                                shape(30, 2), shape(31, 3)}));
+  Sections sections(objects.reading(), Message<Settings>());
+  const Section read = sections.read(objects.object(10), 0);
+  ASSERT_EQ(read.drawables.size(), 2U);
+  EXPECT_EQ(textOf(read.drawables.at(PageClass::kFirst)), "3");
+  EXPECT_EQ(textOf(read.drawables.at(PageClass::kDefault)), "2");
 }
 
 TEST_F(SectionsTest, SayNothingWhereTheObjectIsNone) {

@@ -175,6 +175,10 @@ Paragraph oddParagraph(Choices& choices) {
     if (!paragraph.runs.back().deleted) paragraph.text += paragraph.runs.back().text;
   }
   if (paragraph.runs.empty()) paragraph.text = oddString(choices);
+  if (!oneIn(choices, 4)) return paragraph;
+  for (Run& run : paragraph.runs) run.endsParagraph = oneIn(choices, 2);
+  paragraph.original.resize(1 + choices.below(3));
+  paragraph.endInserted = oneIn(choices, 2);
   return paragraph;
 }
 
@@ -350,6 +354,7 @@ Sheet oddSheet(Choices& choices) {
 }
 
 void givePages(Choices& choices, Sink& sink) {
+  std::vector<Section> sections;
   for (std::uint32_t part = choices.below(4); part > 0; --part)
     for (const Block& block : oddBlocks(choices)) sink.body(block);
   for (std::uint32_t count = choices.below(2); count > 0; --count) {
@@ -357,8 +362,12 @@ void givePages(Choices& choices, Sink& sink) {
     section.from = choices.below(9);
     section.headers[oneOf<PageClass>(choices, 3)] = {oddString(choices), oddString(choices), ""};
     section.footers[oneOf<PageClass>(choices, 3)].center = oddString(choices);
-    sink.section(section);
+    if (oneIn(choices, 2)) section.drawables[oneOf<PageClass>(choices, 3)] = oddBlocks(choices);
+    sections.push_back(section);
+    sink.beginSection(section);
+    for (const Block& block : oddBlocks(choices)) sink.body(block);
   }
+  for (const Section& section : sections) sink.section(section);
   for (std::uint32_t count = choices.below(2); count > 0; --count)
     sink.floating({1 + choices.below(3), oddBlocks(choices)});
   for (std::uint32_t count = choices.below(3); count > 0; --count)

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "TSWPArchives.h"
 #include "cells.h"
 #include "content/support/objects.h"
 #include "newer.h"
@@ -31,7 +32,7 @@ using testing::Wire;
 
 constexpr std::uint64_t kInfo = 10, kModel = 11, kTile = 12, kStrings = 13, kFormulas = 14,
                         kControls = 15, kFormats = 16, kUids = 17, kOlderFormats = 18,
-                        kSegment = 19;
+                        kSegment = 19, kRichTexts = 20;
 
 Wire word(std::uint16_t offset) { return Wire().raw(testing::encodeLittleEndian(offset, 2)); }
 
@@ -78,6 +79,7 @@ std::vector<Archive> archivesOf(const Parts& parts) {
   const Wire store = Wire()
                          .message(Store::tiles.number, tiles)
                          .message(Store::stringTable.number, reference(kStrings))
+                         .message(Store::rich_text_table.number, reference(kRichTexts))
                          .message(Store::formula_table.number, reference(kFormulas))
                          .message(Store::control_cell_spec_table.number, reference(kControls))
                          .message(Store::format_table.number, reference(kFormats))
@@ -422,6 +424,74 @@ TEST_F(TableTest, KnowsTheOrderThatCategoriesShow) {
   EXPECT_EQ(table.shownRows[3].model, 1U);
   ASSERT_EQ(table.shownColumns.size(), 4U);
   EXPECT_FALSE(table.shownColumns[0].model);
+}
+
+// A cell with that storage for its text.
+Parts richCell(const Wire& storage, std::vector<Archive> more) {
+  using Payload = TST::RichTextPayloadArchive;
+  Parts parts;
+  parts.rows = {rowOf(0, {currentCell(9, 0x10, little32(4))})};
+  more.push_back(object(kRichTexts, 6005,
+                        listOf({Wire()
+                                    .varint(Entry::key.number, 4)
+                                    .message(Entry::rich_text_payload.number, reference(30))})));
+  more.push_back(object(30, 6218, Wire().message(Payload::storage.number, reference(31))));
+  more.push_back(object(31, testing::kStorageType, storage));
+  parts.more = std::move(more);
+  return parts;
+}
+
+// Positions count UTF-16 units: the second line begins at 4, the third at 8.
+TEST_F(TableTest, ReadsParagraphsLinksAndListsOfRichText) {
+  using Storage = TSWP::StorageArchive;
+  using List = TSWP::ListStyleArchive;
+  const Wire bullets = Wire()
+                           .varint(List::label_types.number, 2)
+                           .varint(List::label_types.number, 2)
+                           .bytes(List::strings.number, "•")
+                           .bytes(List::strings.number, "◦");
+  const Wire storage =
+      Wire()
+          .bytes(Storage::text.number, "😀a\nte")
+          .bytes(Storage::text.number,
+                 "a\nb\xE2\x80\xA8"
+                 "c")
+          .message(Storage::table_smartfield.number, testing::objectTable({{4, 40}, {6, 0}}))
+          .message(Storage::table_list_style.number, testing::objectTable({{0, 41}, {8, 42}}))
+          .message(Storage::table_para_data.number, testing::numberTable({{0, 0}, {4, 1}}));
+  const auto cells =
+      row(read(richCell(storage, {object(40, 2032,
+                                         Wire().bytes(TSWP::HyperlinkFieldArchive::url_ref.number,
+                                                      "https://tea.example/")),
+                                  object(41, 2023, bullets), object(42, 2023, Wire())})),
+          0);
+  EXPECT_EQ(cells[0].type, CellType::kRich);
+  EXPECT_EQ(cells[0].value, "😀a\ntea\nb\nc");
+  EXPECT_EQ(cells[0].text, cells[0].value);
+  ASSERT_EQ(cells[0].paragraphs.size(), 3U);
+  const auto& lines = cells[0].paragraphs;
+  ASSERT_TRUE(lines[0].list && lines[1].list);
+  EXPECT_EQ(lines[0].list->label, "•");
+  EXPECT_EQ(lines[1].list->label, "◦");
+  EXPECT_FALSE(lines[2].list);
+  ASSERT_EQ(lines[1].runs.size(), 2U);
+  EXPECT_EQ(lines[1].runs[0].text, "te");
+  EXPECT_EQ(lines[1].runs[0].link, "https://tea.example/");
+  EXPECT_EQ(lines[1].runs[1].link, "");
+  EXPECT_EQ(lines[2].text, "b\nc");
+  EXPECT_TRUE(problems().empty());
+}
+
+TEST_F(TableTest, TellsOfAFootnoteInACell) {
+  using Storage = TSWP::StorageArchive;
+  const Wire storage =
+      Wire()
+          .bytes(Storage::text.number, "a\x0E")
+          .message(Storage::table_footnote.number, testing::objectTable({{1, 40}}));
+  const auto cells = row(read(richCell(storage, {object(40, 2008, Wire())})), 0);
+  EXPECT_EQ(cells[0].text, "a");
+  EXPECT_EQ(problems(),
+            std::vector<std::string>{"Table \"Numbers\", A1: a footnote in its text is not shown"});
 }
 
 TEST_F(TableTest, KnowsTheControlOfACellWithoutAValue) {

@@ -283,6 +283,60 @@ TEST_F(Changes, JoinParagraphsWhoseSeparatorIsDeleted) {
   EXPECT_EQ(read[1].text, "c");
 }
 
+TEST_F(Changes, TellWhatAParagraphWasBeforeEndsInItWereDeleted) {
+  const auto read = paragraphs(deleting("a\nb", 1, 2), objects_);
+  ASSERT_EQ(read.size(), 1U);
+  EXPECT_TRUE(read[0].runs.at(1).endsParagraph);
+  ASSERT_EQ(read[0].original.size(), 2U);
+  EXPECT_EQ(read[0].original[0].role, Role::kTitle);
+  EXPECT_EQ(read[0].original[1].role, Role::kBody);
+  EXPECT_TRUE(paragraphs(textOnly("a\nb"), objects_).at(0).original.empty());
+}
+
+TEST_F(Changes, TellWhatAParagraphWasOfWhichNothingIsLeft) {
+  const auto read = paragraphs(deleting("a\nb", 0, 2), objects_);
+  ASSERT_EQ(read.size(), 1U);
+  ASSERT_EQ(read[0].original.size(), 2U);
+  EXPECT_EQ(read[0].original[0].role, Role::kTitle);
+  EXPECT_EQ(read[0].original[1].role, Role::kBody);
+}
+
+// Items at levels 0 and 1, the second of which loses what parts it from the first.
+TEST_F(Changes, CountItemsByWhatIsLeftOfThem) {
+  using List = TSWP::ListStyleArchive;
+  constexpr auto kNumbers = 3;
+  Objects objects({object(10, 2060, Wire()), object(13, 2023,
+                                                    Wire()
+                                                        .varint(List::label_types.number, kNumbers)
+                                                        .varint(List::label_types.number, kNumbers)
+                                                        .varint(List::number_types.number, 0)
+                                                        .varint(List::number_types.number, 0))});
+  const Wire storage =
+      textOnly("a\nb\nc")
+          .message(Storage::table_deletion.number, objectTable({{1, 10}, {2, 0}}))
+          .message(Storage::table_list_style.number, objectTable({{0, 13}}))
+          .message(Storage::table_para_data.number, numberTable({{0, 0}, {2, 1}, {4, 0}}));
+  const auto read = paragraphs(storage, objects);
+  ASSERT_EQ(read.size(), 2U);
+  ASSERT_TRUE(read[0].list && read[1].list);
+  EXPECT_EQ(read[0].list->level, 0U);
+  EXPECT_EQ(read[0].list->label.front(), '1');
+  EXPECT_EQ(read[1].list->label.front(), '2');
+  ASSERT_EQ(read[0].original.size(), 2U);
+  ASSERT_TRUE(read[0].original[1].list);
+  EXPECT_EQ(read[0].original[1].list->level, 1U);
+}
+
+TEST_F(Changes, TellWhichEndsWereInserted) {
+  const Wire storage =
+      textOnly("a\nb\nc").message(Storage::table_insertion.number, objectTable({{1, 10}, {2, 0}}));
+  const auto read = paragraphs(storage, objects_);
+  ASSERT_EQ(read.size(), 3U);
+  EXPECT_TRUE(read[0].endInserted);
+  EXPECT_FALSE(read[1].endInserted);
+  EXPECT_FALSE(read[2].endInserted);
+}
+
 TEST_F(Changes, TakeTheStyleOfWhatIsLeft) {
   const auto read = paragraphs(deleting("a\nb", 0, 2), objects_);
   ASSERT_EQ(read.size(), 1U);
@@ -428,9 +482,9 @@ class Notes : public StorageSink {
   void section(const Object& object) override {
     notes.push_back("section " + std::to_string(object.identifier));
   }
-  NoteMark footnote(const Object& object, bool deleted) override {
+  std::optional<NoteMark> footnote(const Object& object, bool deleted) override {
     notes.push_back((deleted ? "deleted " : "note ") + std::to_string(object.identifier));
-    return {"id", "*"};
+    return NoteMark{"id", "*"};
   }
 
   Outline notes;
@@ -453,6 +507,26 @@ TEST(ReadStorage, AnnouncesTheSectionOfAnEmptyText) {
   Notes notes;
   readStorage(objects.reading(), Message<Storage>(storage.str()), notes);
   EXPECT_EQ(notes.notes, Outline{"section 10"});
+}
+
+// As in a text box, where the applications make none.
+TEST(ReadStorage, ShowsWhatAFootnoteSaysWhereThereIsNoPlaceForOne) {
+  using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
+  const Wire note = Wire().message(Attachment::contained_storage.number, reference(11));
+  Objects objects({object(10, 2008, note), testing::storage(11, {"the note"})});
+  const Wire storage =
+      textOnly("a\x0E\nb").message(Storage::table_footnote.number, objectTable({{1, 10}}));
+  EXPECT_EQ(outline(storage, objects), (Outline{"a", "the note", "b"}));
+}
+
+// A note that is referred to within itself, as in a damaged document.
+TEST(ReadStorage, ShowsANoteOnce) {
+  using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
+  const Wire note = Wire().message(Attachment::contained_storage.number, reference(11));
+  const Wire storage =
+      textOnly("a\x0E").message(Storage::table_footnote.number, objectTable({{1, 10}}));
+  Objects objects({object(10, 2008, note), object(11, testing::kStorageType, storage)});
+  EXPECT_EQ(outline(storage, objects), (Outline{"a", "a"}));
 }
 
 TEST(ReadStorage, FindsFootnotesByTheirTableOrTheirAttachment) {
