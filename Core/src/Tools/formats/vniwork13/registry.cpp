@@ -5,31 +5,9 @@
 #include <cstddef>
 #include <iterator>
 
-#include "KNArchives.pb.h"
-#include "KNCommandArchives.pb.h"
-#include "TNArchives.pb.h"
-#include "TNCommandArchives.pb.h"
-#include "TPArchives.pb.h"
-#include "TPCommandArchives.pb.h"
-#include "TSAArchives.pb.h"
-#include "TSCEArchives.pb.h"
-#include "TSCHArchives.Common.pb.h"
-#include "TSCHArchives.pb.h"
-#include "TSCHCommandArchives.pb.h"
-#include "TSCHPreUFFArchives.pb.h"
-#include "TSDArchives.pb.h"
-#include "TSDCommandArchives.pb.h"
-#include "TSKArchives.pb.h"
-#include "TSPArchiveMessages.pb.h"
-#include "TSPMessages.pb.h"
-#include "TSSArchives.pb.h"
-#include "TSTArchives.pb.h"
-#include "TSTCommandArchives.pb.h"
-#include "TSTStylePropertyArchiving.pb.h"
-#include "TSWPArchives.pb.h"
-#include "TSWPCommandArchives.pb.h"
 #include "Tools/formats/vniwork13/layout_index.h"
 #include "Tools/formats/vniwork13/registered_class.h"
+#include "new_message.h"
 
 namespace vn::iwork13 {
 namespace {
@@ -38,31 +16,32 @@ using google::protobuf::Message;
 
 // Get rows: what each registry can build, in ascending order of the id.
 
-template <typename MessageClass>
-Message* create() {
-  return new MessageClass;
-}
+template <IWorkRegistryType registry, int type, typename MessageClass>
+constexpr RegistryRow kRow = {
+    type, {newMessage<registry, type, MessageClass>, kLayoutIndex<MessageClass>}};
 
-template <typename MessageClass>
-constexpr RegisteredClass registered = {create<MessageClass>, kLayoutIndex<MessageClass>};
-
-#define REGISTRY_ROW(type, messageClass) {type, registered<messageClass>},
+#define REGISTRY_ROW(type, messageClass) kRow<CommonRegistry, type, messageClass>,
 constexpr RegistryRow kCommonRows[] = {
 #include "Tools/formats/vniwork13/registry_rows/common.inc"
 };
+#undef REGISTRY_ROW
 
+#define REGISTRY_ROW(type, messageClass) kRow<KeynoteRegistry, type, messageClass>,
 constexpr RegistryRow kKeynoteRows[] = {
 #include "Tools/formats/vniwork13/registry_rows/keynote.inc"
 };
+#undef REGISTRY_ROW
 
+#define REGISTRY_ROW(type, messageClass) kRow<NumbersRegistry, type, messageClass>,
 constexpr RegistryRow kNumbersRows[] = {
 #include "Tools/formats/vniwork13/registry_rows/numbers.inc"
 };
+#undef REGISTRY_ROW
 
+#define REGISTRY_ROW(type, messageClass) kRow<PagesRegistry, type, messageClass>,
 constexpr RegistryRow kPagesRows[] = {
 #include "Tools/formats/vniwork13/registry_rows/pages.inc"
 };
-
 #undef REGISTRY_ROW
 
 template <std::size_t N>
