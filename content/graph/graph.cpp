@@ -68,9 +68,9 @@ bool decompress(std::string_view member, std::string& stream) {
   }
 }
 
-void addDamage(std::string_view name, std::string reason, LeftOut& leftOut) {
+void addDamage(std::string_view name, const char* reason, LeftOut& leftOut) {
+  leftOut.damaged.push_back({std::string(name), reason});
   leftOut.problems.push_back(std::string(name) + " " + reason);
-  leftOut.damaged.push_back({std::string(name), std::move(reason)});
 }
 
 // Objects of a member whose identifiers others have taken.
@@ -138,7 +138,9 @@ void Graph::dropDisplaced(const Package& package, LeftOut& leftOut) {
   objects_.resize(kept);
   for (const auto& [member, objects] : displaced) {
     const std::string& name = package.members()[member].name;
-    addDamage(name, objects.reason(package, member), leftOut);
+    std::string reason = objects.reason(package, member);
+    leftOut.problems.push_back(name + ": " + reason);
+    leftOut.damaged.push_back({name, std::move(reason)});
   }
 }
 
