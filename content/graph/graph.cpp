@@ -30,7 +30,6 @@ bool isResourceFork(std::string_view name) {
 // How long the chunks of a member say that they are decompressed. What states more than
 // the compression can give is a lie, and ends the sum.
 std::size_t statedLength(std::string_view member) {
-  constexpr std::size_t kMostExpansion = 22;  // three bytes copy 64 at most
   std::size_t sum = 0;
   while (member.size() >= vn::iwork13::kChunkHeaderSize && member.front() == 0) {
     const auto length =
@@ -38,7 +37,7 @@ std::size_t statedLength(std::string_view member) {
     member.remove_prefix(vn::iwork13::kChunkHeaderSize);
     std::size_t stated = 0;
     if (length > member.size() || !snappy::GetUncompressedLength(member.data(), length, &stated) ||
-        stated > kMostExpansion * length)
+        stated > std::size_t{vn::iwork13::kMostExpansion} * length)
       break;
     sum += stated;
     member.remove_prefix(length);

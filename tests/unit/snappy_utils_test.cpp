@@ -73,6 +73,24 @@ TEST(SnappyUncompressChunk, RefusesWhatSnappyRefuses) {
     EXPECT_EQ(messageOf([&] { uncompressChunk(body); }), "Invalid compressed iwa buffer");
 }
 
+// What it states is little enough to be believed until it does not hold.
+TEST(AppendUncompressedChunk, LeavesTheStreamAsItWasWhereABlockIsCut) {
+  const std::string sound = compressedBlock(std::string(50000, 'x') + "tea and toast");
+  const GuardedBuffer cut(sound.substr(0, sound.size() - 1));
+  std::vector<char> stream = {'a', 'b'};
+  EXPECT_THROW(
+      appendUncompressedChunk(cut.chars(), static_cast<std::uint32_t>(sound.size() - 1), stream),
+      iwa_uncompression_error);
+  EXPECT_EQ(stream, (std::vector<char>{'a', 'b'}));
+}
+
+TEST(SnappyUncompressChunk, TakesABlockThatExpandsAsFarAsOneCan) {
+  for (const std::size_t size : {1000u, 60000u, 300000u}) {
+    const std::string contents(size, 'x');
+    EXPECT_EQ(uncompressChunk(compressedBlock(contents)), contents);
+  }
+}
+
 TEST(SnappyUncompressChunk, AllocatesNothingForAHugePreambleThatDoesNotHold) {
   EXPECT_EQ(messageOf([] { uncompressChunk("\xFF\xFF\xFF\xFF\x0F\x00x"s); }),
             "Invalid compressed iwa buffer");

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Tools/formats/vniwork13/snappy_utils.h"
 #include "looking/object_stream.h"
 
 namespace dorvex {
@@ -47,10 +48,6 @@ class BodyReader {
   std::vector<char> buffer_;
 };
 
-// No element of a block of so many bytes stands for more than this many times its own
-// length, so that a block which states more is not a sound one.
-constexpr std::uint64_t kMostExpansion = 22;
-
 // Takes the blocks of a stream one after the other.
 template <typename Objects>
 class BlockDecoder {
@@ -63,7 +60,8 @@ class BlockDecoder {
   // well as a look that writes nothing, and takes no longer.
   bool take(const char* body, std::size_t length) {
     std::size_t size = 0;
-    if (!snappy::GetUncompressedLength(body, length, &size) || size > length * kMostExpansion) {
+    if (!snappy::GetUncompressedLength(body, length, &size) ||
+        size > length * vn::iwork13::kMostExpansion) {
       return false;
     }
     const bool sound =

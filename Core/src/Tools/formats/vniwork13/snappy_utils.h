@@ -25,6 +25,10 @@ class VN_API iwa_uncompression_error : public std::runtime_error {
 /// The length of a chunk's header.
 inline constexpr std::uint32_t kChunkHeaderSize = 4;
 
+/// How many times its own length a sound block can be once decompressed: three bytes
+/// copy 64 at most. One that states more is not sound.
+inline constexpr std::uint32_t kMostExpansion = 22;
+
 /// Reads the length of a chunk's body.
 /// @param header The chunk's first four bytes, which must be there.
 /// @return The length.
