@@ -73,7 +73,6 @@ TEST(SnappyUncompressChunk, RefusesWhatSnappyRefuses) {
     EXPECT_EQ(messageOf([&] { uncompressChunk(body); }), "Invalid compressed iwa buffer");
 }
 
-// What it states is little enough to be believed until it does not hold.
 TEST(AppendUncompressedChunk, LeavesTheStreamAsItWasWhereABlockIsCut) {
   const std::string sound = compressedBlock(std::string(50000, 'x') + "tea and toast");
   const GuardedBuffer cut(sound.substr(0, sound.size() - 1));

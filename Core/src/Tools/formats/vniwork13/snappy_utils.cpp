@@ -3,7 +3,6 @@
 #include <snappy.h>
 
 #include <cstddef>
-#include <optional>
 
 namespace vn::iwork13 {
 namespace {
@@ -11,21 +10,6 @@ namespace {
 constexpr const char kInvalidHeader[] = "Invalid chunk header";
 constexpr const char kInvalidSize[] = "Invalid chunk size";
 constexpr const char kInvalidBody[] = "Invalid compressed iwa buffer";
-
-// Room that a block gets on its word alone. The blocks of documents are smaller.
-constexpr std::size_t kTrustedSize = std::size_t{1} << 18;
-
-// The size of the block's contents; nothing for one that is known not to be sound. A block
-// that states much has to show first that it decodes to that: a lie costs no memory.
-std::optional<std::size_t> sizeOf(const char* body, std::uint32_t length) {
-  std::size_t size = 0;
-  if (!snappy::GetUncompressedLength(body, length, &size) ||
-      size > std::size_t{length} * kMostExpansion) {
-    return std::nullopt;
-  }
-  const bool mayBeSound = size <= kTrustedSize || snappy::IsValidCompressedBuffer(body, length);
-  return mayBeSound ? std::optional(size) : std::nullopt;
-}
 
 // Appends every chunk of the buffer to result, and throws at the first bad one.
 void appendChunks(const char* cursor, const char* end, std::vector<char>& result) {
@@ -49,10 +33,15 @@ std::uint32_t getChunkLength(const unsigned char* header) {
 
 template <typename Byte>
 void appendUncompressedChunk(const char* body, std::uint32_t length, std::vector<Byte>& stream) {
-  const std::optional<std::size_t> size = sizeOf(body, length);
-  if (!size) throw iwa_uncompression_error(kInvalidBody);
+  // The validating pass comes first: the preamble is trusted for the size of
+  // the allocation, and the fast decoder runs, only once the whole block is known to
+  // decode to that size.
+  std::size_t size = 0;
+  if (!snappy::IsValidCompressedBuffer(body, length) ||
+      !snappy::GetUncompressedLength(body, length, &size))
+    throw iwa_uncompression_error(kInvalidBody);
   const std::size_t start = stream.size();
-  stream.resize(start + *size);
+  stream.resize(start + size);
   if (!snappy::RawUncompress(body, length, reinterpret_cast<char*>(stream.data() + start))) {
     stream.resize(start);
     throw iwa_uncompression_error(kInvalidBody);
