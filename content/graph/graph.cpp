@@ -138,7 +138,7 @@ void Graph::dropDisplaced(const Package& package, LeftOut& leftOut) {
   for (const auto& [member, objects] : displaced) {
     const std::string& name = package.members()[member].name;
     std::string reason = objects.reason(package, member);
-    leftOut.problems.push_back(name + ": " + reason);
+    leftOut.problems.emplace_back(name).append(": ").append(reason);
     leftOut.damaged.push_back({name, std::move(reason)});
   }
 }
