@@ -2,6 +2,7 @@
 // or one of the loops that are stated to have no end.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "damage/readings.h"
@@ -53,13 +54,16 @@ bool mayNeverEnd(const DamagedDocument& document) {
   return false;
 }
 
+// Of what a read takes, a hundred times.
+constexpr std::chrono::seconds kPatience{3};
+
 class Damage : public ::testing::TestWithParam<fs::path> {};
 
 TEST_P(Damage, GivesAStatedResultOrALoopThatIsStatedNotToEnd) {
   const Variants variants(GetParam());
   theReader();  // before the processes that read
   OutcomeCounts counts;
-  readVariants(variants, readWhole, [&](std::uint64_t variant, int outcome) {
+  readVariants(variants, readWhole, kPatience, [&](std::uint64_t variant, int outcome) {
     counts.add(outcome);
     EXPECT_NE(outcome, kCrashed) << "variant " << variant;
     EXPECT_NE(outcome, kUnstated) << "variant " << variant;

@@ -23,8 +23,6 @@ namespace fs = std::filesystem;
 constexpr std::uint64_t kUsualVariants = 20;
 // Read by one process: the reader gives no memory back.
 constexpr std::uint64_t kBatch = 50;
-// Processor time in which a variant is read, many times over.
-constexpr std::chrono::seconds kPatience{3};
 
 std::uint64_t setting(const char* name, std::uint64_t otherwise) {
   const char* value = std::getenv(name);
@@ -40,7 +38,9 @@ struct Report {
 // writes no more than a pipe takes, so it never waits for its parent.
 class Reading {
  public:
-  Reading(const Variants& variants, const Read& read, std::uint64_t first, std::uint64_t end) {
+  Reading(const Variants& variants, const Read& read, std::chrono::seconds patience,
+          std::uint64_t first, std::uint64_t end)
+      : patience_(patience) {
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
     child_ = ::fork();
@@ -69,7 +69,7 @@ class Reading {
     const auto start = processorTime();
     constexpr int kStep = 100;  // milliseconds
     while (::poll(&source, 1, kStep) == 0) {
-      if (processorTime() - start > kPatience) return kEndless;
+      if (processorTime() - start > patience_) return kEndless;
     }
     Report report{};
     return ::read(pipe_, &report, sizeof report) == sizeof report ? report.outcome : kCrashed;
@@ -84,6 +84,7 @@ class Reading {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
   }
 
+  std::chrono::seconds patience_;
   pid_t child_ = -1;
   int pipe_ = -1;
 };
@@ -113,12 +114,12 @@ std::vector<fs::path> documents() {
   return paths;
 }
 
-void readVariants(const Variants& variants, const Read& read,
+void readVariants(const Variants& variants, const Read& read, std::chrono::seconds patience,
                   const std::function<void(std::uint64_t variant, int outcome)>& tell) {
   const std::uint64_t end = endOfVariants();
   for (std::uint64_t next = firstVariant(); next < end;) {
     const std::uint64_t batchEnd = std::min(next + kBatch, end);
-    Reading reading(variants, read, next, batchEnd);
+    Reading reading(variants, read, patience, next, batchEnd);
     for (int outcome = 0; next < batchEnd && outcome >= 0; ++next) {
       outcome = reading.next();
       tell(next, outcome);

@@ -37,8 +37,9 @@ std::vector<std::filesystem::path> documents();
 using Read = std::function<int(const DamagedDocument& document)>;
 
 // Reads all variants that are asked for and tells of each. Many are read by one process,
-// one after the other, until one crashes or takes too much of the processor's time.
-void readVariants(const Variants& variants, const Read& read,
+// one after the other, until one crashes or takes more of the processor's time than
+// patience. Choose it many times over: the processor's share of a busy machine is slow.
+void readVariants(const Variants& variants, const Read& read, std::chrono::seconds patience,
                   const std::function<void(std::uint64_t variant, int outcome)>& tell);
 
 // Prints how often each outcome came.
