@@ -14,9 +14,6 @@
 namespace dorvex::unzip {
 namespace {
 
-constexpr std::uint16_t kUtf8Flag = 1U << 11;
-constexpr std::uint16_t kLevelFlags = 3U << 1;
-constexpr std::uint16_t kDescriptorFlag = 1U << 3;
 constexpr zip_uint64_t kLargestSize = std::numeric_limits<std::uint32_t>::max();
 
 struct CloseFile {
@@ -51,20 +48,17 @@ VNContainerStatus copy(zip_file_t* file, MemberOutlet& outlet) {
   }
 }
 
-// Of which nothing has to be known that this does not know.
-bool hasKnownFlags(const ZipEntry& entry) {
-  constexpr std::uint16_t kKnownFlags = kLevelFlags | kDescriptorFlag | kUtf8Flag;
-  return (entry.flags & ~kKnownFlags) == 0;
-}
+bool hasHarmlessFlags(const ZipEntry& entry) { return (entry.flags & ~kHarmlessFlags) == 0; }
 
 // A member whose bytes lie in the zip as they are.
 bool isPlainStored(const ZipEntry& entry) {
-  return entry.method == ZIP_CM_STORE && entry.compressedSize == entry.size && hasKnownFlags(entry);
+  return entry.method == ZIP_CM_STORE && entry.compressedSize == entry.size &&
+         hasHarmlessFlags(entry);
 }
 
 // Without data it would be an empty member to libzip, whatever its method.
 bool isPlainDeflated(const ZipEntry& entry) {
-  return entry.method == ZIP_CM_DEFLATE && entry.compressedSize > 0 && hasKnownFlags(entry);
+  return entry.method == ZIP_CM_DEFLATE && entry.compressedSize > 0 && hasHarmlessFlags(entry);
 }
 
 // Two readings of one zip that differ make neither trustworthy.

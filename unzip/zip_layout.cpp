@@ -24,7 +24,6 @@ constexpr std::size_t kLongestComment = 0xFFFF;
 constexpr std::size_t kUsualExtra = 64;  // bytes that a local extra field seldom exceeds
 
 constexpr std::uint16_t kEncryptedFlag = 1U << 0;
-constexpr std::uint16_t kDescriptorFlag = 1U << 3;
 constexpr std::uint16_t kZip64Field = 1;
 constexpr std::uint32_t kInZip64Field = 0xFFFFFFFF;
 
@@ -92,11 +91,8 @@ bool isPlainExtra(const Byte* extra, std::size_t length) {
 }
 
 bool isPlainHeader(const Byte* header) {
-  constexpr std::uint16_t kLevelFlags = 3U << 1;
-  constexpr std::uint16_t kUtf8Flag = 1U << 11;
-  constexpr std::uint16_t kHarmless = kLevelFlags | kDescriptorFlag | kUtf8Flag;
   constexpr std::uint16_t kEncryptedMethod = 99;
-  return (u16(header + 8) & ~kHarmless) == 0 && u16(header + 10) != kEncryptedMethod &&
+  return (u16(header + 8) & ~kHarmlessFlags) == 0 && u16(header + 10) != kEncryptedMethod &&
          u32(header + 20) != kInZip64Field && u32(header + 24) != kInZip64Field &&
          u16(header + 34) == 0 && u32(header + 42) != kInZip64Field;
 }

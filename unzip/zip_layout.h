@@ -15,6 +15,14 @@
 
 namespace dorvex::unzip {
 
+// Flags of a member's headers: how hard it was compressed; that its sizes and its checksum
+// stand behind its data; that its name is UTF-8.
+inline constexpr std::uint16_t kLevelFlags = 3U << 1;
+inline constexpr std::uint16_t kDescriptorFlag = 1U << 3;
+inline constexpr std::uint16_t kUtf8Flag = 1U << 11;
+// Those that do not change how the data are read. Of others more would have to be known.
+inline constexpr std::uint16_t kHarmlessFlags = kLevelFlags | kDescriptorFlag | kUtf8Flag;
+
 // A member as the central directory has it.
 struct ZipEntry {
   std::uint64_t offset = 0;  // of its local header
