@@ -84,6 +84,7 @@ template <> struct Types<TN::SheetArchive> : TypeIds<2> {};
 template <> struct Types<TN::FormBasedSheetArchive> : TypeIds<3> {};
 template <> struct Types<TST::Tile> : TypeIds<6002> {};
 template <> struct Types<TST::TableDataList> : TypeIds<6005, 6201> {};
+template <> struct Types<TST::HeaderStorageBucket> : TypeIds<6006> {};
 template <> struct Types<newer::TST_TableDataListSegment> : TypeIds<6011> {};
 template <> struct Types<TST::MergeRegionMapArchive> : TypeIds<6144> {};
 template <> struct Types<TST::PopUpMenuModel> : TypeIds<6206> {};

@@ -8,6 +8,7 @@
 #include "TSCEArchives.h"
 #include "TSDArchives.h"
 #include "graph/plain_text.h"
+#include "tables/cell_value.h"
 #include "tables/formula.h"
 #include "tables/table_directory.h"
 #include "text/comment.h"
@@ -93,6 +94,15 @@ class CellText final : public StorageSink {
   std::string_view problem_;
 };
 
+// The item of that number in a pop-up menu. Both generations of items have the same fields.
+template <typename Items>
+std::optional<Message<TSCE::CellValueArchive>> itemAt(const Items& items, double index) {
+  double number = 0;
+  for (const auto& item : items)
+    if (number++ == index) return item.template as<TSCE::CellValueArchive>();
+  return std::nullopt;
+}
+
 void setText(std::string_view text, const Format& format, const CellParts& parts, Cell& cell) {
   cell.type = CellType::kText;
   appendPlainText(text, cell.value);
@@ -119,8 +129,17 @@ const Format* FormatList::find(std::uint32_t key, Reading& reading, Formatting& 
   const auto index = list.indexOf(key);
   if (!index) return nullptr;
   auto& format = formats_[*index];
-  if (!format) format = std::make_unique<Format>(list[*index].get(ListEntry::format), formatting);
+  if (!format) {
+    const auto archive = list[*index].get(ListEntry::format);
+    format = std::make_unique<Format>(archive, formatting, customOf(archive, reading));
+  }
   return format.get();
+}
+
+CustomArchive FormatList::customOf(const FormatArchive& format, Reading& reading) {
+  const auto key = format.find(TSK::FormatStructArchive::custom_id);
+  const auto* entry = key ? customs_.get(reading).find(*key) : nullptr;
+  return entry == nullptr ? CustomArchive() : entry->get(ListEntry::custom_format);
 }
 
 CellReader::CellReader(Reading& reading, const Message<Store>& store, std::string tableName,
@@ -136,7 +155,7 @@ CellReader::CellReader(Reading& reading, const Message<Store>& store, std::strin
       comments_(store.get(Store::commentStorageTable)),
       choices_(store.get(Store::multipleChoiceListFormatTable)),
       formats_(store.get(Store::format_table)),
-      olderFormats_(store.get(Store::format_table_pre_bnc)) {}
+      olderFormats_(store.get(Store::format_table_pre_bnc), store.get(Store::customFormatTable)) {}
 
 void CellReader::addProblem(std::string_view problem, const Place& place) {
   if (!reading_.wantsProblems()) return;
@@ -242,30 +261,30 @@ void CellReader::readChoice(std::uint32_t list, double number, const Place& plac
   const Entry* entry = find(choices_, list, "pop-up menu", place);
   if (entry == nullptr) return;
   const auto menu = reading_.get<Menu>(entry->get(ListEntry::reference));
-  double index = 0;
-  // Values of both generations have the same fields.
-  for (const auto& item : menu.all(Menu::tsce_item))
-    if (index++ == std::floor(number)) return setChosen(item, cell);
-  for (const auto& item : menu.all(Menu::item))
-    if (index++ == std::floor(number)) return setChosen(item.as<TSCE::CellValueArchive>(), cell);
-  addProblem("its pop-up menu has no such item", place);
+  const auto index = std::floor(number);
+  const auto newer = menu.all(Menu::tsce_item);
+  const auto item = newer.first() ? itemAt(newer, index) : itemAt(menu.all(Menu::item), index);
+  if (!item) return addProblem("its pop-up menu has no such item", place);
+  setChosen(*item, cell);
 }
 
 void CellReader::setChosen(const Message<TSCE::CellValueArchive>& item, Cell& cell) {
   using Value = TSCE::CellValueArchive;
+  cell.type = CellType::kEmpty;  // the choice of nothing
   if (const auto text = item.find(Value::string_value)) {
     cell.type = CellType::kText;
     cell.value = plainText(text->get(TSCE::StringCellValueArchive::value));
-    cell.text = cell.value;
-  } else if (const auto chosen = item.find(Value::number_value)) {
-    const double number = chosen->get(TSCE::NumberCellValueArchive::value);
-    if (!std::isfinite(number)) return;
-    cell.type = CellType::kNumber;
-    cell.number = number;
-    appendPlainNumber(Decimal(number), formatting_.symbols(), cell.text);
-  } else {
-    cell.type = CellType::kEmpty;  // the choice of nothing
+  } else if (const auto number = item.find(Value::number_value)) {
+    cell.number = number->get(TSCE::NumberCellValueArchive::value);
+    cell.type = std::isfinite(cell.number) ? CellType::kNumber : CellType::kNone;
+  } else if (const auto date = item.find(Value::date_value)) {
+    appendIsoDate(date->get(TSCE::DateCellValueArchive::value), cell.value);
+    cell.type = cell.value.empty() ? CellType::kNone : CellType::kDate;
+  } else if (const auto boolean = item.find(Value::boolean_value)) {
+    cell.type = CellType::kBool;
+    cell.number = boolean->get(TSCE::BooleanCellValueArchive::value) ? 1 : 0;
   }
+  cell.text = shownValue(item, formatting_);
 }
 
 void CellReader::readText(const CellRecord& record, const Format& format, const CellParts& parts,

@@ -38,12 +38,18 @@ class LazyList {
 // The formats of a list, each compiled when a cell has it first.
 class FormatList {
  public:
-  explicit FormatList(const Message<TSP::Reference>& reference) : list_(reference) {}
+  // Formats of older documents refer to customs, the custom formats of their table.
+  explicit FormatList(const Message<TSP::Reference>& reference,
+                      const Message<TSP::Reference>& customs = {})
+      : list_(reference), customs_(customs) {}
   // The format of that key, or null.
   const Format* find(std::uint32_t key, Reading& reading, Formatting& formatting);
 
  private:
+  CustomArchive customOf(const FormatArchive& format, Reading& reading);
+
   LazyList list_;
+  LazyList customs_;
   std::vector<std::unique_ptr<Format>> formats_;
 };
 

@@ -127,11 +127,11 @@ Formatting::Formatting(Reading& reading) : symbols_(reading) {
   std::ranges::stable_sort(customs_, {}, [](auto& c) { return std::tuple(c.upper, c.lower); });
 }
 
-const CustomFormat* Formatting::custom(const FormatArchive& use) {
+const CustomFormat* Formatting::custom(const FormatArchive& use, const CustomArchive& ofTable) {
   if (const auto* listed = listedCustom(use.get(Archive::custom_uid))) return listed;
-  const auto own = use.find(Archive::custom_format);
-  if (!own) return nullptr;
-  return own_.emplace_back(std::make_unique<CustomFormat>(*own, symbols_)).get();
+  const CustomArchive own = use.find(Archive::custom_format).value_or(ofTable);
+  if (!own.has(TSK::CustomFormatArchive::default_format)) return nullptr;
+  return own_.emplace_back(std::make_unique<CustomFormat>(own, symbols_)).get();
 }
 
 const CustomFormat* Formatting::listedCustom(const Message<TSP::UUID>& uid) {
@@ -143,17 +143,18 @@ const CustomFormat* Formatting::listedCustom(const Message<TSP::UUID>& uid) {
   return found->compiled.get();
 }
 
-Format::Format(const FormatArchive& archive, Formatting& formatting) {
+Format::Format(const FormatArchive& archive, Formatting& formatting, const CustomArchive& ofTable) {
   const std::uint32_t type = archive.get(Archive::format_type);
   name_ = nameOf(type);
   control_ = controlOf(type);
   // A stepper or slider shows its number in a format of its own.
   const bool control = type == kStepper || type == kSlider;
   compile(control ? archive.get(Archive::control_format_type, std::uint32_t{kNumber}) : type,
-          archive, formatting);
+          archive, formatting, ofTable);
 }
 
-void Format::compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting) {
+void Format::compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting,
+                     const CustomArchive& ofTable) {
   const Symbols& symbols = formatting.symbols();
   switch (type) {
     case kNumber:
@@ -197,7 +198,7 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
     case kCustomNumber:
     case kCustomText:
     case kCustomDate:
-      if (const CustomFormat* custom = formatting.custom(archive))
+      if (const CustomFormat* custom = formatting.custom(archive, ofTable))
         shown_ = CustomUse{custom, customKind(type)};
       break;
     default:

@@ -20,6 +20,9 @@
 
 namespace dorvex::content {
 
+// What a person has made; without a default format where there is none.
+using CustomArchive = Message<TSK::CustomFormatArchive>;
+
 // What the formats of a document work with.
 class Formatting {
  public:
@@ -27,13 +30,13 @@ class Formatting {
 
   const Symbols& symbols() const { return symbols_; }
   // The custom format that a format uses: that of the document's list, else the one that
-  // it brings along. Null where there is none.
-  const CustomFormat* custom(const FormatArchive& use);
+  // it brings along, else the one of its table. Null where there is none.
+  const CustomFormat* custom(const FormatArchive& use, const CustomArchive& ofTable);
 
  private:
   struct Custom {
     std::uint64_t upper, lower;
-    Message<TSK::CustomFormatArchive> archive;
+    CustomArchive archive;
     std::unique_ptr<CustomFormat> compiled;
   };
 
@@ -56,7 +59,8 @@ struct CustomUse {
 class Format {
  public:
   Format() = default;  // that of a cell without one
-  Format(const FormatArchive& archive, Formatting& formatting);
+  // Tables of older documents have the custom formats of their cells themselves.
+  Format(const FormatArchive& archive, Formatting& formatting, const CustomArchive& ofTable = {});
 
   // The kind, as Cell::format has it.
   std::string_view name() const { return name_; }
@@ -75,7 +79,8 @@ class Format {
   static void appendBool(bool value, std::string& out) { out += value ? "TRUE" : "FALSE"; }
 
  private:
-  void compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting);
+  void compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting,
+               const CustomArchive& ofTable);
   // The custom format, if it was made for that.
   const CustomFormat* custom(CustomKind kind) const;
 

@@ -9,6 +9,7 @@ namespace dorvex::content {
 namespace {
 
 using State = TST::HiddenStateExtentArchive_RowOrColumnState;
+using Bucket = TST::HeaderStorageBucket;
 using NewerState = newer::TST_HiddenStateExtentArchive_RowOrColumnState;
 
 bool isHidden(const Message<State>& state) {
@@ -41,10 +42,32 @@ Message<TST::HiddenStatesArchive> statesOf(const Message<TST::TableInfoArchive>&
   return all.first().value_or(Message<TST::HiddenStatesArchive>());
 }
 
+void addHiddenOf(const Message<Bucket>& bucket, std::vector<std::uint32_t>& hidden) {
+  using Header = TST::HeaderStorageBucket_Header;
+  for (const auto& header : bucket.all(Bucket::headers))
+    if (header.get(Header::hidingState) != 0) hidden.push_back(header.get(Header::index));
+}
+
+// Before tables had owners of their hidden states, the headers of lines said which are
+// hidden; in documents with such owners they say it of none.
+HiddenLines olderHiddenLines(Reading& reading, const Message<TST::DataStore>& store) {
+  using Store = TST::DataStore;
+  HiddenLines hidden;
+  for (const auto& bucket : store.get(Store::rowHeaders).all(TST::HeaderStorage::buckets))
+    addHiddenOf(reading.get<Bucket>(bucket), hidden.rows);
+  addHiddenOf(reading.get<Bucket>(store.get(Store::columnHeaders)), hidden.columns);
+  sortAndKeepFirst(hidden.rows);
+  sortAndKeepFirst(hidden.columns);
+  return hidden;
+}
+
 }  // namespace
 
-HiddenLines readHiddenLines(const Message<TST::TableInfoArchive>& info,
+HiddenLines readHiddenLines(Reading& reading, const Message<TST::TableInfoArchive>& info,
                             const Message<TST::TableModelArchive>& model, const UidMap& uids) {
+  using Model = TST::TableModelArchive;
+  if (!model.has(Model::hidden_states_owner))
+    return olderHiddenLines(reading, model.get(Model::base_data_store));
   const auto states = statesOf(info, model);
   return {hiddenOf(states.get(TST::HiddenStatesArchive::row_hidden_state_extent), uids.rows),
           hiddenOf(states.get(TST::HiddenStatesArchive::column_hidden_state_extent), uids.columns)};

@@ -14,7 +14,7 @@ struct HiddenLines {
   std::vector<std::uint32_t> rows, columns;  // ascending
 };
 
-HiddenLines readHiddenLines(const Message<TST::TableInfoArchive>& info,
+HiddenLines readHiddenLines(Reading& reading, const Message<TST::TableInfoArchive>& info,
                             const Message<TST::TableModelArchive>& model, const UidMap& uids);
 
 }  // namespace dorvex::content

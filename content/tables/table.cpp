@@ -66,7 +66,7 @@ Table readLines(Reading& reading, const Message<Info>& info, const Message<Model
   table.name = plainText(model.get(Model::table_name));
   table.nameShown = model.get(Model::table_name_enabled);
   setShape(model, uids, reading, table);
-  setHiddenLines(readHiddenLines(info, model, uids), table);
+  setHiddenLines(readHiddenLines(reading, info, model, uids), table);
   table.merges = readMerges(reading, model, table.rows, table.columns);
   readShownLines(reading, info, model, uids, table);
   return table;

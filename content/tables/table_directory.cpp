@@ -109,12 +109,11 @@ void TableDirectory::addTables() {
     table.columns = std::min(model.get(Model::number_of_columns), kMostHeaders);
     table.model = model;
     byModel_[object.identifier] = &table;
-    ++names_[table.name];
   }
 }
 
 void TableDirectory::addSheets() {
-  if (reading_.application() != Application::kNumbers) return;
+  if (reading_.application() != Application::kNumbers) return countAllNames();
   using Form = TN::FormBasedSheetArchive;
   using Sheet = TN::SheetArchive;
   const Message<TN::DocumentArchive> document(reading_.graph().document().payload);
@@ -129,6 +128,12 @@ void TableDirectory::addSheets() {
   }
 }
 
+void TableDirectory::countAllNames() {
+  for (const NamedTable& table : tables_) ++names_[table.name];
+}
+
+// A table that is on no sheet, such as the data behind a pivot table, shares its name with
+// none that a person could mean.
 void TableDirectory::addToSheet(const Message<TSP::Reference>& drawable, std::string_view sheet,
                                 unsigned depth) {
   constexpr std::uint32_t kGroup = 3008;
@@ -136,8 +141,12 @@ void TableDirectory::addToSheet(const Message<TSP::Reference>& drawable, std::st
   if (object == nullptr || depth > kDeepestGroup) return;
   if (Types<Info>::hold(object->type)) {
     const auto model = Message<Info>(object->payload).get(Info::tableModel);
-    const auto table = byModel_.find(model.get(TSP::Reference::identifier));
-    if (table != byModel_.end() && table->second->sheet.empty()) table->second->sheet = sheet;
+    const auto found = byModel_.find(model.get(TSP::Reference::identifier));
+    if (found == byModel_.end() || found->second->isOnSheet) return;
+    NamedTable& table = *found->second;
+    table.isOnSheet = true;
+    table.sheet = sheet;
+    ++names_[table.name];
   } else if (object->type == kGroup) {
     const Message<TSD::GroupArchive> group(object->payload);
     for (const auto& child : group.all(TSD::GroupArchive::children))

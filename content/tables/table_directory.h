@@ -21,6 +21,7 @@ struct NamedTable {
   std::uint64_t identifier = 0;  // of its model
   std::string name;
   std::string sheet;  // empty where a document has no sheets
+  bool isOnSheet = false;
   std::uint32_t rows = 0, columns = 0;
   Message<TST::TableModelArchive> model;
 };
@@ -48,6 +49,7 @@ class TableDirectory {
 
   void addTables();
   void addSheets();
+  void countAllNames();
   void addToSheet(const Message<TSP::Reference>& drawable, std::string_view sheet, unsigned depth);
   void addOwners();
   Headers readColumnHeaders(const NamedTable& table);
@@ -57,7 +59,8 @@ class TableDirectory {
   std::deque<NamedTable> tables_;
   std::map<std::uint64_t, NamedTable*> byModel_;
   std::map<Uid, const NamedTable*> byOwner_;
-  std::map<std::string, unsigned, std::less<>> names_;  // how many tables have each
+  // How many tables have each; of those of a document with sheets, the ones that lie there.
+  std::map<std::string, unsigned, std::less<>> names_;
   std::map<std::uint64_t, Headers> columnHeaders_, rowHeaders_;
   std::map<std::uint64_t, UidMap> uids_;
 };

@@ -304,6 +304,18 @@ TEST(Formula, NamesOtherTablesAsShortAsTheyCanBeTold) {
   EXPECT_EQ(shown({inTable(row(1), 3)}), "There::4:4");
 }
 
+TEST(Formula, NamesNoSheetForTheSakeOfATableThatIsOnNone) {
+  auto archives = documentOf({{"Home", {"Here"}}, {"Away", {"There"}}});
+  archives.push_back(
+      testing::object(150, 6001, Wire().bytes(TST::TableModelArchive::table_name.number, "There")));
+  testing::Objects objects(archives, Application::kNumbers);
+  const Wire formula =
+      Wire().message(TSCE::FormulaArchive::AST_node_array.number, list({inTable(cell(0, 0), 2)}));
+  const Host host{objects.reading().keep<TableDirectory>().byModel(101), {2, 1}};
+  EXPECT_EQ(formulaText(objects.reading(), Message<TSCE::FormulaArchive>(formula.str()), host).text,
+            "There::B3");
+}
+
 TEST(Formula, IsAProblemWhereItCannotBeTold) {
   const std::vector<std::vector<Wire>> all = {
       {},

@@ -32,7 +32,8 @@ using testing::Wire;
 
 constexpr std::uint64_t kInfo = 10, kModel = 11, kTile = 12, kStrings = 13, kFormulas = 14,
                         kControls = 15, kFormats = 16, kUids = 17, kOlderFormats = 18,
-                        kSegment = 19, kRichTexts = 20;
+                        kSegment = 19, kRichTexts = 20, kChoices = 21, kMenu = 22, kCustoms = 23,
+                        kBucket = 24, kColumnBucket = 25;
 
 Wire word(std::uint16_t offset) { return Wire().raw(testing::encodeLittleEndian(offset, 2)); }
 
@@ -76,14 +77,20 @@ std::vector<Archive> archivesOf(const Parts& parts) {
   const Wire tiles = Wire().message(
       TST::TileStorage::tiles.number,
       Wire().varint(1, 0).message(TST::TileStorage_Tile::tile.number, reference(kTile)));
-  const Wire store = Wire()
-                         .message(Store::tiles.number, tiles)
-                         .message(Store::stringTable.number, reference(kStrings))
-                         .message(Store::rich_text_table.number, reference(kRichTexts))
-                         .message(Store::formula_table.number, reference(kFormulas))
-                         .message(Store::control_cell_spec_table.number, reference(kControls))
-                         .message(Store::format_table.number, reference(kFormats))
-                         .message(Store::format_table_pre_bnc.number, reference(kOlderFormats));
+  const Wire store =
+      Wire()
+          .message(Store::tiles.number, tiles)
+          .message(Store::stringTable.number, reference(kStrings))
+          .message(Store::rich_text_table.number, reference(kRichTexts))
+          .message(Store::formula_table.number, reference(kFormulas))
+          .message(Store::control_cell_spec_table.number, reference(kControls))
+          .message(Store::format_table.number, reference(kFormats))
+          .message(Store::format_table_pre_bnc.number, reference(kOlderFormats))
+          .message(Store::multipleChoiceListFormatTable.number, reference(kChoices))
+          .message(Store::customFormatTable.number, reference(kCustoms))
+          .message(Store::rowHeaders.number,
+                   Wire().message(TST::HeaderStorage::buckets.number, reference(kBucket)))
+          .message(Store::columnHeaders.number, reference(kColumnBucket));
   Wire model = parts.model;
   model.message(Model::base_data_store.number, store)
       .varint(Model::number_of_rows.number, parts.rowCount)
@@ -390,6 +397,29 @@ TEST_F(TableTest, KnowsWhatIsHidden) {
   EXPECT_EQ(table.hiddenColumns, (std::vector<std::uint32_t>{1}));
 }
 
+Wire headersOf(const std::vector<std::pair<unsigned, unsigned>>& hidingStates) {
+  using Bucket = TST::HeaderStorageBucket;
+  using Header = TST::HeaderStorageBucket_Header;
+  Wire bucket;
+  for (const auto& [index, state] : hidingStates)
+    bucket.message(
+        Bucket::headers.number,
+        Wire().varint(Header::index.number, index).varint(Header::hidingState.number, state));
+  return bucket;
+}
+
+// Before there were owners of hidden states.
+TEST_F(TableTest, KnowsWhatTheHeadersOfItsLinesHide) {
+  Parts parts;
+  parts.more = {object(kBucket, 6006, headersOf({{2, 1}, {0, 0}, {1, 2}})),
+                object(kColumnBucket, 6006, headersOf({{1, 1}, {9, 1}}))};
+  const Table older = read(parts);
+  EXPECT_EQ(older.hiddenRows, (std::vector<std::uint32_t>{1, 2}));
+  EXPECT_EQ(older.hiddenColumns, (std::vector<std::uint32_t>{1}));
+  parts.model.message(Model::hidden_states_owner.number, Wire());
+  EXPECT_TRUE(read(parts).hiddenRows.empty());
+}
+
 // As test-categories shows it: the lines of groups among the rows, and a column before.
 TEST_F(TableTest, KnowsTheOrderThatCategoriesShow) {
   using GroupBy = TST::CategoryOwnerArchive_GroupByArchive;
@@ -506,6 +536,98 @@ TEST_F(TableTest, KnowsTheControlOfACellWithoutAValue) {
   const auto cells = row(read(parts), 0);
   EXPECT_EQ(cells[0].type, CellType::kEmpty);
   EXPECT_EQ(cells[0].control, Control::kPopup);
+}
+
+Wire olderRow(const std::vector<std::string>& cells) {
+  std::string buffer;
+  std::string offsets;
+  for (const std::string& cell : cells) {
+    offsets += word(static_cast<std::uint16_t>(buffer.size())).str();
+    buffer += cell;
+  }
+  return Wire()
+      .bytes(TST::TileRowInfo::cell_storage_buffer_pre_bnc.number, buffer)
+      .bytes(TST::TileRowInfo::cell_offsets_pre_bnc.number, offsets);
+}
+
+// An older number in the format of that key.
+std::string olderNumber(double number, unsigned format) {
+  return olderCell(2, 0x24, little32(format) + little64(number));
+}
+
+Wire formatEntry(unsigned key, const Wire& format) {
+  return Wire().varint(Entry::key.number, key).message(Entry::format.number, format);
+}
+
+// As older documents store menus: the cell has the number of its item.
+TEST_F(TableTest, ShowsWhatAnOlderPopUpMenuHasChosen) {
+  using Format = TSK::FormatStructArchive;
+  using Item = TST::PopUpMenuModel_CellValue;
+  const Wire percentage =
+      Wire().varint(Format::format_type.number, 258).varint(Format::decimal_places.number, 0);
+  const Wire items[] = {
+      Wire(), Wire().message(Item::string_value.number, Wire().bytes(1, "Assam")),
+      Wire().message(Item::number_value.number,
+                     Wire().fixed64(1, testing::bitsOf(0.25)).message(3, percentage)),
+      Wire().message(Item::date_value.number, Wire().fixed64(1, testing::bitsOf(86400))),
+      Wire().message(Item::boolean_value.number, Wire().varint(1, 1))};
+  Wire menu;
+  for (const Wire& item : items) menu.message(TST::PopUpMenuModel::item.number, item);
+  Parts parts;
+  parts.columnCount = 6;
+  std::vector<std::string> cells;
+  for (unsigned i = 0; i < parts.columnCount; ++i) cells.push_back(olderNumber(i, 1));
+  parts.rows = {olderRow(cells)};
+  parts.more = {
+      object(kOlderFormats, 6005,
+             listOf({formatEntry(1, Wire()
+                                        .varint(Format::format_type.number, 266)
+                                        .varint(Format::multiple_choice_list_id.number, 8))})),
+      object(kChoices, 6005,
+             listOf({Wire()
+                         .varint(Entry::key.number, 8)
+                         .message(Entry::reference.number, reference(kMenu))})),
+      object(kMenu, 6206, menu)};
+  const auto shown = row(read(parts), 0);
+  EXPECT_EQ(shown[0].type, CellType::kEmpty);
+  EXPECT_EQ(shown[1].type, CellType::kText);
+  EXPECT_EQ(shown[1].text, "Assam");
+  EXPECT_EQ(shown[2].type, CellType::kNumber);
+  EXPECT_EQ(shown[2].text, "25%") << "in the item's own format";
+  EXPECT_EQ(shown[3].type, CellType::kDate);
+  EXPECT_EQ(shown[3].value, "2001-01-02T00:00:00");
+  EXPECT_EQ(shown[4].type, CellType::kBool);
+  EXPECT_EQ(shown[4].text, "TRUE");
+  EXPECT_EQ(shown[5].type, CellType::kNone);
+  EXPECT_EQ(problems(),
+            std::vector<std::string>{"Table \"Numbers\", F1: its pop-up menu has no such item"});
+}
+
+// Before documents had a list of them, each table had its own.
+TEST_F(TableTest, ShowsTheCustomFormatsOfAnOlderTable) {
+  using Format = TSK::FormatStructArchive;
+  using Custom = TSK::CustomFormatArchive;
+  const Wire pattern = Wire()
+                           .varint(Format::format_type.number, 270)
+                           .bytes(Format::custom_format_string.number, "#' cups'");
+  const auto use = [](unsigned key, unsigned custom) {
+    return formatEntry(
+        key,
+        Wire().varint(Format::format_type.number, 270).varint(Format::custom_id.number, custom));
+  };
+  Parts parts;
+  parts.rows = {olderRow({olderNumber(3, 1), olderNumber(3, 2)})};
+  parts.more = {
+      object(kOlderFormats, 6005, listOf({use(1, 5), use(2, 6)})),
+      object(kCustoms, 6005,
+             listOf({Wire()
+                         .varint(Entry::key.number, 5)
+                         .message(Entry::custom_format.number,
+                                  Wire().message(Custom::default_format.number, pattern))}))};
+  const auto shown = row(read(parts), 0);
+  EXPECT_EQ(shown[0].text, "3 cups");
+  EXPECT_EQ(shown[0].format, "custom");
+  EXPECT_EQ(shown[1].text, "3") << "there is no such format";
 }
 
 // A cell keeps formats that it had before: the format kind says which one counts.
