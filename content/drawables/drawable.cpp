@@ -99,9 +99,9 @@ PlaceholderKind kindOf(KN::PlaceholderArchive_Kind kind) {
 void readPlaceholder(Reading& reading, const Object& object, Block& block) {
   using Archive = KN::PlaceholderArchive;
   const Message<Archive> placeholder(object.payload);
-  Box box{BoxKind::kPlaceholder, kindOf(placeholder.get(Archive::kind)),
+  Box box{BoxKind::kPlaceholder, PlaceholderKind::kOther,
           readBoxText(reading, placeholder.get(Archive::super))};
-  setRolesOnSlide(box.placeholder, box.blocks);
+  setPlaceholderKind(kindOf(placeholder.get(Archive::kind)), box);
   block.what = std::move(box);
 }
 
@@ -253,6 +253,11 @@ std::optional<Block> readDrawable(Reading& reading, const Object& drawable) {
   if (!readByType(reading, drawable, block) || !isWorthShowing(drawable, block))
     return std::nullopt;
   return block;
+}
+
+void setPlaceholderKind(PlaceholderKind kind, Box& box) {
+  box.placeholder = kind;
+  setRolesOnSlide(kind, box.blocks);
 }
 
 void appendDrawable(Reading& reading, const Message<TSP::Reference>& reference,

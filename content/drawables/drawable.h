@@ -14,6 +14,9 @@ namespace dorvex::content {
 // and a shape or a group with what can be made out of it.
 std::optional<Block> readDrawable(Reading& reading, const Object& drawable);
 
+// Makes a box of a slide a placeholder of that kind, and its paragraphs what they are there.
+void setPlaceholderKind(PlaceholderKind kind, Box& box);
+
 // Appends the block of the drawable that is referred to, if it has one.
 void appendDrawable(Reading& reading, const Message<TSP::Reference>& reference,
                     std::vector<Block>& blocks);

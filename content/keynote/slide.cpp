@@ -32,6 +32,18 @@ std::vector<const Object*> drawablesOf(Reading& reading, const Message<Archive>&
   return drawables;
 }
 
+// What a placeholder that says no kind of its own is by the slide.
+PlaceholderKind kindBySlide(const Message<Archive>& slide, const Object& object) {
+  const auto isAt = [&](const auto& field) {
+    return slide.get(field).get(TSP::Reference::identifier) == object.identifier;
+  };
+  if (isAt(Archive::titlePlaceholder)) return PlaceholderKind::kTitle;
+  if (isAt(Archive::bodyPlaceholder)) return PlaceholderKind::kBody;
+  if (isAt(Archive::objectPlaceholder)) return PlaceholderKind::kObject;
+  return isAt(Archive::slideNumberPlaceholder) ? PlaceholderKind::kSlideNumber
+                                               : PlaceholderKind::kOther;
+}
+
 bool isPlaceholder(const Block& block, PlaceholderKind kind) {
   const auto* box = std::get_if<Box>(&block.what);
   return box != nullptr && box->kind == BoxKind::kPlaceholder && box->placeholder == kind;
@@ -54,6 +66,8 @@ void readDrawables(Reading& reading, const Message<Archive>& archive, Slide& sli
   for (const Object* object : drawablesOf(reading, archive)) {
     auto block = readDrawable(reading, *object);
     if (!block) continue;
+    if (isPlaceholder(*block, PlaceholderKind::kOther))
+      setPlaceholderKind(kindBySlide(archive, *object), std::get<Box>(block->what));
     if (object->type == kStickyNote) {
       std::ranges::move(block->comments, std::back_inserter(slide.comments));
     } else {

@@ -95,8 +95,9 @@ bool isWord(std::string_view label) {
   });
 }
 
+// An item whose sign is empty is one all the same: it stands as far in as the others.
 void setLabel(ListLevel& level, std::string label) {
-  level.marked = !label.empty();
+  level.marked = true;
   level.kind = isWord(label) ? ListKind::kText : ListKind::kBullet;
   level.bullet = std::move(label);
 }

@@ -20,10 +20,11 @@ struct Corner {
   std::uint32_t row, column;
 };
 
-// From the first corner to the last one, both included.
-std::optional<Merge> between(const Corner& first, const Corner& last) {
-  if (last.row < first.row || last.column < first.column) return std::nullopt;
-  return Merge{first.row, first.column, last.row - first.row + 1, last.column - first.column + 1};
+// From one corner to the opposite one, both included.
+Merge between(const Corner& one, const Corner& other) {
+  const auto [top, bottom] = std::minmax(one.row, other.row);
+  const auto [left, right] = std::minmax(one.column, other.column);
+  return {top, left, bottom - top + 1, right - left + 1};
 }
 
 std::pair<std::uint32_t, std::uint32_t> bounds(const Message<Range>& range) {

@@ -26,6 +26,8 @@ namespace {
 
 using Storage = TSWP::StorageArchive;
 using Kind = TSWP::StorageArchive_KindType;
+// The number of a heading's page, as a table of contents was laid out last.
+using ContentsPage = TSWP::TSWPTOCPageNumberAttachmentArchive;
 
 // Characters that are acted on.
 constexpr char32_t kSectionBreak = 0x04;
@@ -327,6 +329,8 @@ class StorageReader {
     if (object == nullptr) return;
     if (Types<TSWP::FootnoteReferenceAttachmentArchive>::hold(object->type)) {
       takeFootnote(*object);
+    } else if (Types<ContentsPage>::hold(object->type)) {
+      append(plainText(Message<ContentsPage>(object->payload).get(ContentsPage::page_number)));
     } else if (const auto field = fieldOf(*object)) {
       text_.appendField(*field);
     } else {

@@ -194,6 +194,8 @@ void HtmlWriter::putItem(const Paragraph& paragraph) {
 // The tag of an item whose label is not the one that it would have by itself says which.
 std::string HtmlWriter::itemTag(const ListMark& mark) {
   OpenList& list = lists_.back();
+  if (mark.kind == ListKind::kBullet && mark.label.empty())
+    return "<li style=\"list-style-type: none\">";
   if (mark.kind != ListKind::kNumber) return "<li>";
   const unsigned number = numberOf(mark.label);
   const unsigned next = list.number + 1;

@@ -33,7 +33,7 @@ enum SlideField : unsigned {
   kNotes = 27,
   kOrder = 42,
 };
-enum Kind : unsigned { kSlideNumberKind = 1, kTitleKind = 2, kBodyKind = 3 };
+enum Kind : unsigned { kNoKind = 0, kSlideNumberKind = 1, kTitleKind = 2, kBodyKind = 3 };
 
 // A placeholder with its text in the storage of an identifier that is a hundred more.
 testing::Archive placeholder(std::uint64_t identifier, Kind kind) {
@@ -67,6 +67,27 @@ TEST_F(SlideTest, HasTitleAndBodyFirstWhereverTheyAreDrawn) {
   EXPECT_EQ(textsIn(as<Box>(read.blocks[1]).blocks), (std::vector<std::string>{"Leaf", "Water"}));
   EXPECT_TRUE(std::holds_alternative<Media>(read.blocks[2].what));
   EXPECT_EQ(read.title, "Tea");
+}
+
+TEST_F(SlideTest, KnowsPlaceholdersThatSayNoKindByTheirPlace) {
+  const Wire slide = Wire()
+                         .message(kOrder, reference(21))
+                         .message(kOrder, reference(20))
+                         .message(kTitle, reference(20))
+                         .message(kBody, reference(21));
+  const Slide read = this->read(slide, {placeholder(20, kNoKind), storage(120, {"Tea"}),
+                                        placeholder(21, kNoKind), storage(121, {"Leaf"})});
+  EXPECT_EQ(read.title, "Tea");
+  ASSERT_EQ(read.blocks.size(), 2U);
+  EXPECT_EQ(as<Paragraph>(as<Box>(read.blocks[0]).blocks[0]).role, Role::kTitle);
+  EXPECT_EQ(as<Box>(read.blocks[1]).placeholder, PlaceholderKind::kBody);
+  EXPECT_EQ(as<Paragraph>(as<Box>(read.blocks[1]).blocks[0]).role, Role::kBody);
+}
+
+TEST_F(SlideTest, BelievesTheKindOfAPlaceholderBeforeItsPlace) {
+  const Wire slide = Wire().message(kOwned, reference(20)).message(kTitle, reference(20));
+  const Slide read = this->read(slide, {placeholder(20, kBodyKind), storage(120, {"Leaf"})});
+  EXPECT_EQ(read.title, std::nullopt);
 }
 
 TEST_F(SlideTest, HasNoTitleWhereThePlaceholderIsEmpty) {

@@ -43,7 +43,12 @@ TEST(ReadListStyle, HasLevelsWithoutMark) {
   const ListStyle style = read(label(kNone));
   ASSERT_EQ(style.size(), 1U);
   EXPECT_FALSE(style[0].marked);
-  EXPECT_FALSE(read(label(kString, ""))[0].marked);
+}
+
+TEST(ReadListStyle, TakesAnItemWithAnEmptySignForOne) {
+  const ListStyle style = read(label(kString, ""));
+  EXPECT_TRUE(style[0].marked);
+  EXPECT_EQ(listMark(style, {1}).label, "");
 }
 
 TEST(ReadListStyle, TellsBulletsFromTextsAndImages) {

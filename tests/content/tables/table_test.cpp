@@ -323,7 +323,7 @@ TEST_F(TableTest, ShowsWhatIsMergedOnce) {
   Parts parts;
   const Wire store =
       Wire()
-          .message(TST::FormulaStoreArchive::formulas.number, mergeFormula(1, 2, 0, 1))
+          .message(TST::FormulaStoreArchive::formulas.number, mergeFormula(2, 1, 0, 1))  // upwards
           .message(TST::FormulaStoreArchive::formulas.number, mergeFormula(0, 0, 1, 9))
           .message(TST::FormulaStoreArchive::formulas.number, mergeFormula(8, 9, 0, 1));
   parts.model.message(Model::merge_owner.number,

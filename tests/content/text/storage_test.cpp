@@ -415,6 +415,16 @@ TEST_F(Attachments, CountThePages) {
   EXPECT_EQ(read[0].runs[1].field, FieldKind::kPageCount);
 }
 
+TEST(ReadStorage, ShowsThePageNumbersOfATableOfContents) {
+  using Page = TSWP::TSWPTOCPageNumberAttachmentArchive;
+  const Wire text =
+      textOnly("Water\t\uFFFC\nLeaf\t\uFFFC")
+          .message(Storage::table_attachment.number, objectTable({{6, 20}, {13, 21}}));
+  Objects objects({object(20, 2010, Wire().bytes(Page::page_number.number, "iv")),
+                   object(21, 2010, Wire().bytes(Page::page_number.number, "12"))});
+  EXPECT_EQ(outline(text, objects), (Outline{"Water\tiv", "Leaf\t12"}));
+}
+
 TEST(SlideNumbers, AreFieldsOfPresentations) {
   const std::string mark = "\xEF\xBF\xBC";
   for (const int type : {14, 22, 2043}) {

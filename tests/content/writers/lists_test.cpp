@@ -71,6 +71,11 @@ TEST(ListsInHtml, HaveLabelsThatBrowsersDoNotWriteByThemselves) {
   EXPECT_EQ(html({number("';}", "a")}), "<ol><li>a</li></ol>");
 }
 
+TEST(ListsInHtml, HaveNoSignWhereThatIsEmpty) {
+  EXPECT_EQ(html({item(0, ListKind::kBullet, "", "a"), bullet(0, "b")}),
+            "<ul><li style=\"list-style-type: none\">a</li><li>b</li></ul>");
+}
+
 // A cell with one paragraph that is an item.
 class OneCell : public TableRows {
  public:
