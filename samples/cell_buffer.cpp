@@ -17,7 +17,7 @@ namespace {
 using nlohmann::json;
 using testing::encodeLittleEndian;
 
-constexpr char kVersion = 5;
+constexpr int kVersion = 5;
 constexpr int kNoCell = 0xFFFF;
 
 struct Type {
@@ -61,6 +61,37 @@ constexpr std::array<Field, 16> kFields = {{{"decimal", Form::kDecimal, 0x1},
                                             {"bool_format", Form::kKey, 0x40000},
                                             {"comment", Form::kKey, 0x80000}}};
 
+// The fields of older cells, in their order. What the second mask announces stands last.
+struct OlderField {
+  std::string_view name;
+  Form form;
+  std::uint32_t bit;
+  bool isOfSecondMask = false;
+};
+
+constexpr std::array<OlderField, 21> kOlderFields = {
+    {{"cell_style", Form::kKey, 0x2},
+     {"text_style", Form::kKey, 0x80},
+     {"conditional_style", Form::kKey, 0x400},
+     {"conditional_rule", Form::kKey, 0x800},
+     {"format", Form::kKey, 0x4},
+     {"formula", Form::kKey, 0x8},
+     {"error", Form::kKey, 0x100},
+     {"rich", Form::kKey, 0x200},
+     {"comment", Form::kKey, 0x1000},
+     {"import_warning", Form::kKey, 0x2000},
+     {"string", Form::kKey, 0x10},
+     {"double", Form::kDouble, 0x20},
+     {"seconds", Form::kDouble, 0x40},
+     {"number_format", Form::kKey, 0x10000, true},
+     {"currency_format", Form::kKey, 0x80000, true},
+     {"date_format", Form::kKey, 0x20000, true},
+     {"duration_format", Form::kKey, 0x40000, true},
+     {"control_format", Form::kKey, 0x100000, true},
+     {"custom_format", Form::kKey, 0x200000, true},
+     {"base_format", Form::kKey, 0x400000, true},
+     {"popup_format", Form::kKey, 0x800000, true}}};
+
 char typeNumber(const std::string& name) {
   const auto* const type = std::ranges::find(kTypes, name, &Type::name);
   if (type == kTypes.end()) throw std::runtime_error("no type of cells: " + name);
@@ -92,8 +123,8 @@ std::string decimal128(std::string_view text) {
          encodeLittleEndian(sign | exponent << unsigned{kExponentAt}, 8);
 }
 
-std::string fieldBytes(const Field& field, const json& value) {
-  switch (field.form) {
+std::string fieldBytes(Form form, const json& value) {
+  switch (form) {
     case Form::kDecimal:
       return decimal128(value.get<std::string>());
     case Form::kDouble:
@@ -111,10 +142,30 @@ std::string makeCell(const json& cell) {
     const auto value = cell.find(field.name);
     if (value == cell.end()) continue;
     mask |= field.bit;
-    fields += fieldBytes(field, *value);
+    fields += fieldBytes(field.form, *value);
   }
-  const std::string head = {kVersion, typeNumber(cell.at("type"))};
+  const std::string head = {static_cast<char>(kVersion), typeNumber(cell.at("type"))};
   return head + std::string(6, '\0') + encodeLittleEndian(mask, 4) + fields;
+}
+
+// The type stands in another byte from version 4 on; the second mask came with version 2.
+std::string makeOlderCell(const json& cell, int version) {
+  constexpr int kFirstWithSecondMask = 2;
+  constexpr int kFirstWithTypeInFront = 4;
+  std::uint32_t mask = 0;
+  std::uint32_t secondMask = 0;
+  std::string fields;
+  for (const OlderField& field : kOlderFields) {
+    const auto value = cell.find(field.name);
+    if (value == cell.end()) continue;
+    (field.isOfSecondMask ? secondMask : mask) |= field.bit;
+    fields += fieldBytes(field.form, *value);
+  }
+  std::string head = {static_cast<char>(version), 0, 0, 0};
+  head[version < kFirstWithTypeInFront ? 2 : 1] = typeNumber(cell.at("type"));
+  head += encodeLittleEndian(mask, 4);
+  if (version >= kFirstWithSecondMask) head += encodeLittleEndian(secondMask, 4);
+  return head + fields;
 }
 
 }  // namespace
@@ -127,7 +178,12 @@ RowBuffers makeRow(const json& row) {
       continue;
     }
     buffers.offsets += encodeLittleEndian(buffers.cells.size(), 2);
-    buffers.cells += makeCell(cell);
+    const int version = cell.value("version", kVersion);
+    const bool older = version < kVersion;
+    if (buffers.count > 0 && older != buffers.older)
+      throw std::runtime_error("cells of both generations in a row");
+    buffers.older = older;
+    buffers.cells += older ? makeOlderCell(cell, version) : makeCell(cell);
     ++buffers.count;
   }
   return buffers;

@@ -65,8 +65,9 @@ void addCells(TST::Tile& tile, const json& rows) {
     TST::TileRowInfo& info = *tile.add_rowinfos();
     info.set_tile_row_index(index++);
     info.set_cell_count(buffers.count);
-    info.set_cell_storage_buffer_pre_bnc("");
-    info.set_cell_offsets_pre_bnc("");
+    info.set_cell_storage_buffer_pre_bnc(buffers.older ? buffers.cells : "");
+    info.set_cell_offsets_pre_bnc(buffers.older ? buffers.offsets : "");
+    if (buffers.older) continue;
     info.set_storage_version(5);
     info.set_cell_storage_buffer(buffers.cells);
     info.set_cell_offsets(buffers.offsets);

@@ -35,7 +35,8 @@ struct Sample {
 inline constexpr const char* kDescriptions[] = {
     "pages-sample.json",    "keynote-sample.json",  "numbers-sample.json",
     "tea-shop-deck.json",   "tea-shop-prices.json", "tea-shop-letter.json",
-    "tea-shop-poster.json", "tea-shop-recipe.json", "formats.json"};
+    "tea-shop-poster.json", "tea-shop-recipe.json", "tea-shop-tree.json",
+    "tea-shop-stock.json",  "formats.json"};
 
 // The package of a description. Throws std::runtime_error, or what the JSON
 // library throws, for a description that cannot be read.

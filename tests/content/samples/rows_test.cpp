@@ -48,6 +48,8 @@ const char* const kLetter = "tea-shop.pages";
 const char* const kPoster = "tea-shop-poster.pages";
 const char* const kRecipe = "tea-shop-recipe.pages";
 const char* const kPrices = "tea-shop.numbers";
+const char* const kTree = "tea-shop-tree.key";
+const char* const kStock = "tea-shop-stock.numbers";
 
 std::vector<Row> rows() {
   return {
@@ -73,6 +75,8 @@ std::vector<Row> rows() {
       {"comments of drawables", kDeck, {"slides", "*", "blocks", "*", "comments", "*", "text"}},
       {"switched-off placeholders and template texts", kDeck, {"left_out", "hidden_texts"}, 2},
       {"links of drawables", kDeck, {"slides", "*", "blocks", "*", "link"}},
+      {"slides in a tree", kTree, {"slides", "*", "title"}, "Wash up"},
+      {"placeholders without a kind", kTree, {"slides", "*", "title"}, "The water"},
       // Pages
       {"titles of documents", kLetter, {"body", "*", "role"}, "title"},
       {"subtitles", kLetter, {"body", "*", "role"}, "subtitle"},
@@ -133,6 +137,11 @@ std::vector<Row> rows() {
       {"images of sheets", kPrices, {"sheets", "*", "blocks", "*", "type"}, "image"},
       {"comments of cells", kPrices, {"sheets", "**", "cells", "*", "*", "comment", "*", "text"}},
       {"rich cells", kPrices, {"sheets", "**", "cells", "*", "*", "paragraphs", "*", "text"}},
+      {"cells of version 0", kStock, {"sheets", "**", "cells", "*", "*", "value"}, "version 0"},
+      {"cells of version 4", kStock, {"sheets", "**", "cells", "*", "*", "value"}, "version 4"},
+      {"custom formats of tables", kStock, {"sheets", "**", "cells", "**", "text"}, "3.5 tins"},
+      {"older pop-up menus", kStock, {"sheets", "**", "cells", "**", "text"}, "Darjeeling"},
+      {"lines that headers hide", kStock, {"sheets", "**", "hidden_rows", "*"}, 8},
       // All three
       {"types of charts", kDeck, {"slides", "**", "chart_type"}, "column_2d"},
       {"titles of charts", kDeck, {"slides", "**", "title"}, "Pots a day"},
