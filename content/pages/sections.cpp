@@ -20,17 +20,52 @@ using Settings = TP::SettingsArchive;
 using Texts = std::map<PageClass, HeaderText>;
 using References = Values<Message<TSP::Reference>, Encoding::kMessage>;
 
+// What stands for a field that the layout fills; nothing for any other run.
+std::string_view nameOfField(const Run& run) {
+  if (!run.text.empty()) return {};
+  if (run.field == FieldKind::kPageNumber) return "[page number]";
+  return run.field == FieldKind::kPageCount ? "[page count]" : "";
+}
+
+// The text of some blocks with the numbers of pages named; empty where there are none, or
+// where nothing but a number stands there, as on the pages of most documents.
+std::string withPages(const std::vector<Block>& blocks) {
+  bool named = false;
+  bool words = false;
+  std::string text;
+  for (const Block& block : blocks) {
+    const auto* paragraph = std::get_if<Paragraph>(&block.what);
+    if (paragraph == nullptr) continue;
+    if (!text.empty()) text += '\n';
+    words = words || paragraph->text.find_first_not_of(" \t\n") != std::string::npos;
+    if (paragraph->runs.empty()) text += paragraph->text;
+    for (const Run& run : paragraph->runs) {
+      if (run.deleted) continue;
+      const std::string_view name = nameOfField(run);
+      named = named || !name.empty();
+      text.append(run.text).append(name);
+    }
+  }
+  return named && words ? text : std::string();
+}
+
 // The texts of three storages: left, center, right. A line in one piece has one
 // storage, for all of its width.
 HeaderText readLine(Reading& reading, const References& storages) {
   std::array<std::string, 3> texts;
+  std::array<std::string, 3> shown;
   std::size_t count = 0;
   for (const auto& reference : storages) {
     if (count == texts.size()) break;
-    texts[count++] = textOf(readStorage(reading, reading.get<TSWP::StorageArchive>(reference)));
+    const auto blocks = readStorage(reading, reading.get<TSWP::StorageArchive>(reference));
+    texts[count] = textOf(blocks);
+    shown[count++] = withPages(blocks);
   }
-  if (count == 1) std::swap(texts[0], texts[1]);
-  return {std::move(texts[0]), std::move(texts[1]), std::move(texts[2])};
+  if (count == 1) {
+    std::swap(texts[0], texts[1]);
+    std::swap(shown[0], shown[1]);
+  }
+  return {std::move(texts[0]), std::move(texts[1]), std::move(texts[2]), std::move(shown)};
 }
 
 void addLine(PageClass page, HeaderText&& line, Texts& texts) {

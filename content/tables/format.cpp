@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "graph/overloads.h"
 #include "graph/plain_text.h"
 #include "tables/document.h"
 
@@ -103,13 +104,6 @@ std::string shortText(std::string_view text) {
   constexpr std::size_t kLongest = 900;
   return plainText(text.substr(0, kLongest));
 }
-
-template <class... Visitors>
-struct Overloads : Visitors... {
-  using Visitors::operator()...;
-};
-template <class... Visitors>
-Overloads(Visitors...) -> Overloads<Visitors...>;
 
 }  // namespace
 

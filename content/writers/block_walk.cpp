@@ -4,6 +4,7 @@
 #include <utility>
 #include <variant>
 
+#include "graph/overloads.h"
 #include "writers/file_names.h"
 #include "writers/plain.h"
 
@@ -119,27 +120,23 @@ void BlockWalk::putHeld() {
 }
 
 void BlockWalk::visit(const Block& block) {
-  const auto* text = std::get_if<Paragraph>(&block.what);
-  if (text == nullptr) putHeld();
-  if (text != nullptr) {
-    paragraph(*text);
-    noteComments(*text);
-  } else if (const auto* table = std::get_if<Table>(&block.what)) {
-    put(*table);
-  } else if (const auto* chart = std::get_if<Chart>(&block.what)) {
-    put(*chart);
-  } else if (const auto* one = std::get_if<Media>(&block.what)) {
-    media(*one, block.alt);
-  } else if (const auto* gallery = std::get_if<Gallery>(&block.what)) {
-    for (const GalleryImage& image : gallery->images) {
-      media(image.media, image.alt);
-      if (!image.caption.empty()) putCaption(image.caption);
-    }
-  } else if (const auto* equation = std::get_if<Equation>(&block.what)) {
-    put(*equation);
-  } else if (const auto* box = std::get_if<Box>(&block.what)) {
-    if (box != shownAsTitle_) visit(box->blocks);
-  }
+  if (!std::holds_alternative<Paragraph>(block.what)) putHeld();
+  std::visit(Overloads{
+                 [&](const Paragraph& each) {
+                   paragraph(each);
+                   noteComments(each);
+                 },
+                 [&](const Table& table) { put(table); },
+                 [&](const Chart& chart) { put(chart); },
+                 [&](const Equation& equation) { put(equation); },
+                 [&](const Media& each) { media(each, block.alt); },
+                 [&](const Gallery& each) { gallery(each); },
+                 [&](const Box& box) {
+                   if (&box != shownAsTitle_) visit(box.blocks);
+                 },
+                 [](Break) {},
+             },
+             block.what);
   for (const std::string* line : {&block.title, &block.caption})
     if (!line->empty()) putCaption(*line);
   // Links within a document lead to places that renderings do not have.
@@ -156,6 +153,13 @@ void BlockWalk::media(const Media& media, const std::string& alt) {
                : urlEncoded(options_.mediaFolder + "/" + mediaFileName(*media.index, *media.file));
   }
   put(media, alt.empty() ? media.name : alt, link);
+}
+
+void BlockWalk::gallery(const Gallery& gallery) {
+  for (const GalleryImage& image : gallery.images) {
+    media(image.media, image.alt);
+    if (!image.caption.empty()) putCaption(image.caption);
+  }
 }
 
 void BlockWalk::noteComments(const Paragraph& paragraph) {

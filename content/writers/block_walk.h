@@ -70,6 +70,7 @@ class BlockWalk : public Sink {
   void noteComments(const std::vector<Comment>& comments);
   void comments(const std::vector<Comment>& comments);
   void media(const Media& media, const std::string& alt);
+  void gallery(const Gallery& gallery);
   void paragraph(const Paragraph& paragraph);
   void putHeld();
   void endSection();

@@ -294,8 +294,8 @@ void HtmlWriter::putRunning(Running place, PageClass pages, const HeaderText& te
   const std::string name = place == Running::kHeader ? "header" : "footer";
   const std::string_view which = nameOfPages(pages);
   std::string parts;
-  for (const std::string* part : {&text.left, &text.center, &text.right})
-    parts += "<span>" + htmlEscaped(*part, true) + "</span>";
+  for (const std::string_view part : shownParts(text))
+    parts += "<span>" + htmlEscaped(part, true) + "</span>";
   leaveLists(0);
   line("<" + name + (which.empty() ? "" : " title=\"" + std::string(which) + "\"") + "><p>" +
        parts + "</p></" + name + ">");

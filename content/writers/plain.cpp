@@ -169,12 +169,18 @@ std::string_view nameOfPages(PageClass pages) {
   return {};
 }
 
+std::array<std::string_view, 3> shownParts(const HeaderText& text) {
+  std::array<std::string_view, 3> parts{text.left, text.center, text.right};
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    if (!text.withPages[i].empty()) parts[i] = text.withPages[i];
+  return parts;
+}
+
 std::string joinedParts(const HeaderText& text, std::string_view separator) {
   std::string joined;
-  for (const std::string* part : {&text.left, &text.center, &text.right}) {
-    std::string clean = cleanText(*part);
+  for (const std::string_view part : shownParts(text)) {
+    std::string clean = cleanText(part);
     std::ranges::replace(clean, '\n', ' ');
-    // Of a line with the number of the page the words are left, and spaces.
     clean.erase(clean.find_last_not_of(' ') + 1);
     if (clean.empty()) continue;
     joined.append(joined.empty() ? "" : separator).append(clean);

@@ -1,6 +1,7 @@
 // Text as every writer but JSON's gives it.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,9 @@ std::string_view nameOfPages(PageClass pages);
 
 // The parts of a header or footer that are not empty, clean and in one line.
 std::string joinedParts(const HeaderText& text, std::string_view separator);
+
+// What is shown at the left, in the center, at the right.
+std::array<std::string_view, 3> shownParts(const HeaderText& text);
 
 // "Ann, 2024-05-06" of a comment or change; either may be missing.
 std::string byline(std::string_view author, std::string_view date);

@@ -11,6 +11,7 @@
 // characters; U+000A is a line break inside a paragraph. Lengths are in points.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -293,6 +294,9 @@ struct Sheet {
 // A line of a header or footer; parts that are empty are not there.
 struct HeaderText {
   std::string left, center, right;
+  // These parts with the numbers of pages, which only the layout knows, named in their
+  // place: "Page [page number]". Empty for a part without such a number, or with nothing else.
+  std::array<std::string, 3> withPages{};
 
   bool operator==(const HeaderText&) const = default;
 };

@@ -99,6 +99,30 @@ TEST_F(SectionsTest, HaveNoneWhereTheDocumentShowsNone) {
   EXPECT_TRUE(read.footers.empty());
 }
 
+TEST_F(SectionsTest, NameTheNumbersOfPagesThatStandAmongWords) {
+  using Storage = TSWP::StorageArchive;
+  const auto text = [](std::uint64_t identifier, const char* text,
+                       const std::vector<std::pair<std::uint32_t, std::uint64_t>>& numbers) {
+    return object(identifier, 2001,
+                  Wire()
+                      .bytes(Storage::text.number, text)
+                      .message(Storage::table_attachment.number, testing::objectTable(numbers)));
+  };
+  const auto number = [](std::uint64_t identifier, unsigned kind) {
+    return object(identifier, 2043, Wire().message(1, Wire().varint(2, kind)));
+  };
+  Objects objects({object(10, kSection, section()), object(22, kMaster, master({}, {2, 3, 4})),
+                   text(2, "Page \uFFFC of \uFFFC", {{5, 30}, {10, 31}}),
+                   text(3, "\uFFFC", {{0, 30}}), text(4, "Tea", {}), number(30, 0), number(31, 1)});
+  Sections sections(objects.reading(), Message<Settings>());
+  const HeaderText line = sections.read(objects.object(10), 0).footers.at(PageClass::kDefault);
+  EXPECT_EQ(line.left, "Page  of ");
+  EXPECT_EQ(line.withPages[0], "Page [page number] of [page count]");
+  EXPECT_EQ(line.center, "");
+  EXPECT_EQ(line.withPages[1], "") << "there is nothing else";
+  EXPECT_EQ(line.withPages[2], "");
+}
+
 TEST_F(SectionsTest, HaveLinesOfTheirOwnInOlderDocuments) {
   const Wire older = Wire()
                          .message(SectionArchive::OBSOLETE_headers.number, reference(8))

@@ -14,7 +14,7 @@ std::string rendered(Format format) {
   Section first;
   first.headers[PageClass::kFirst] = {"", "Welcome", ""};
   first.headers[PageClass::kDefault] = {"Tea", "", "A--B"};
-  first.footers[PageClass::kDefault] = {"", "Page ", ""};
+  first.footers[PageClass::kDefault] = {"", "Page ", "", {"", "Page [page number]", ""}};
   first.drawables[PageClass::kDefault] = {paragraph("Draft")};
   return written(format, {}, [&](Sink& sink) {
     sink.document(Application::kPages, {});
@@ -26,24 +26,26 @@ std::string rendered(Format format) {
 }
 
 TEST(RunningLines, StandOnceInText) {
-  EXPECT_EQ(rendered(Format::kText), "Welcome\nTea  A--B\nDraft\none\nPage\ntwo\n");
+  EXPECT_EQ(rendered(Format::kText), "Welcome\nTea  A--B\nDraft\none\nPage [page number]\ntwo\n");
 }
 
 TEST(RunningLines, AreCommentsInMarkdown) {
   EXPECT_EQ(rendered(Format::kMarkdown),
             "<!-- Header, first page: Welcome -->\n\n<!-- Header: Tea / A- -B -->\n\n"
-            "Draft\n\none\n\n<!-- Footer: Page -->\n\ntwo\n");
+            "Draft\n\none\n\n<!-- Footer: Page [page number] -->\n\ntwo\n");
 }
 
 TEST(RunningLines, AreElementsOfHtml) {
   const std::string html = rendered(Format::kHtml);
-  EXPECT_NE(html.find("<header title=\"first page\"><p><span></span><span>Welcome</span>"
-                      "<span></span></p></header>\n"
-                      "<header><p><span>Tea</span><span></span><span>A--B</span></p></header>\n"
-                      "<p>Draft</p>\n<p>one</p>\n"
-                      "<footer><p><span></span><span>Page </span><span></span></p></footer>\n"
-                      "<p>two</p>\n"),
-            std::string::npos)
+  EXPECT_NE(
+      html.find(
+          "<header title=\"first page\"><p><span></span><span>Welcome</span>"
+          "<span></span></p></header>\n"
+          "<header><p><span>Tea</span><span></span><span>A--B</span></p></header>\n"
+          "<p>Draft</p>\n<p>one</p>\n"
+          "<footer><p><span></span><span>Page [page number]</span><span></span></p></footer>\n"
+          "<p>two</p>\n"),
+      std::string::npos)
       << html;
 }
 
