@@ -13,6 +13,12 @@ constexpr int kDeepestGroup = 16;
 }  // namespace
 
 bool WireReader::varint(std::uint64_t& value) {
+  // Tags, and most of what stands behind them, are of one byte.
+  if (!rest_.empty() && static_cast<unsigned char>(rest_.front()) < 0x80) {
+    value = static_cast<unsigned char>(rest_.front());
+    rest_.remove_prefix(1);
+    return true;
+  }
   value = 0;
   const std::size_t most = rest_.size() < kLongestVarint ? rest_.size() : kLongestVarint;
   for (std::size_t i = 0; i < most; ++i) {

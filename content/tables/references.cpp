@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "graph/find_each.h"
+
 namespace dorvex::content {
 namespace {
 
@@ -52,10 +54,13 @@ std::optional<Ends> markedEnds(const std::optional<Ends>& relative,
 }  // namespace
 
 std::optional<const NamedTable*> References::tableOf(const Message<Node>& node) const {
-  using Extra = TSCE::ASTNodeArrayArchive_ASTCrossTableReferenceExtraInfoArchive;
-  const auto extra = node.find(Node::AST_cross_table_reference_extra_info);
-  if (!extra) return host_.table;
-  const NamedTable* table = directory_.byOwner(Uid(extra->get(Extra::table_id)));
+  return tableOf(node.find(Node::AST_cross_table_reference_extra_info));
+}
+
+std::optional<const NamedTable*> References::tableOf(
+    const std::optional<Message<OtherTable>>& other) const {
+  if (!other) return host_.table;
+  const NamedTable* table = directory_.byOwner(Uid(other->get(OtherTable::table_id)));
   if (table == nullptr) return std::nullopt;
   return table;
 }
@@ -90,10 +95,10 @@ std::optional<std::string> References::row(const NamedTable* table, const Line& 
 }
 
 std::optional<ReferenceText> References::cell(const Message<Node>& node) const {
-  const auto table = tableOf(node);
+  const auto [other, columnCoordinate, rowCoordinate] =
+      findEach(node, Node::AST_cross_table_reference_extra_info, Node::AST_column, Node::AST_row);
+  const auto table = tableOf(other);
   if (!table) return std::nullopt;
-  const auto columnCoordinate = node.find(Node::AST_column);
-  const auto rowCoordinate = node.find(Node::AST_row);
   std::optional<std::string> columnText = "";
   std::optional<std::string> rowText = "";
   if (columnCoordinate) {

@@ -26,6 +26,7 @@ struct ReferenceText {
 class References {
  public:
   using Node = TSCE::ASTNodeArrayArchive_ASTNodeArchive;
+  using OtherTable = TSCE::ASTNodeArrayArchive_ASTCrossTableReferenceExtraInfoArchive;
 
   References(TableDirectory& directory, const Host& host) : directory_(directory), host_(host) {}
 
@@ -49,6 +50,7 @@ class References {
 
   // The table that a node means; nothing for one that is not known.
   std::optional<const NamedTable*> tableOf(const Message<Node>& node) const;
+  std::optional<const NamedTable*> tableOf(const std::optional<Message<OtherTable>>& other) const;
   std::string qualifier(const NamedTable* table) const;
   std::optional<std::string> column(const NamedTable* table, const Line& line, bool whole) const;
   std::optional<std::string> row(const NamedTable* table, const Line& line, bool whole) const;

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "graph/find_each.h"
 #include "tables/cell_fields.h"
 
 namespace dorvex::content {
@@ -22,8 +23,11 @@ UidLine lineOf(const Uids& uids, const Numbers& numbers) {
 
 }  // namespace
 
-Uid::Uid(const Message<TSP::UUID>& uid)
-    : upper(uid.get(TSP::UUID::upper)), lower(uid.get(TSP::UUID::lower)) {}
+Uid::Uid(const Message<TSP::UUID>& uid) {
+  const auto words = findEach(uid, TSP::UUID::upper, TSP::UUID::lower);
+  upper = std::get<0>(words).value_or(0);
+  lower = std::get<1>(words).value_or(0);
+}
 
 Uid::Uid(const Message<TSP::CFUUIDArchive>& uid) {
   using Archive = TSP::CFUUIDArchive;
