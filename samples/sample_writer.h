@@ -33,10 +33,9 @@ struct Sample {
 
 // The file names of all descriptions.
 inline constexpr const char* kDescriptions[] = {
-    "pages-sample.json",    "keynote-sample.json",  "numbers-sample.json",
-    "tea-shop-deck.json",   "tea-shop-prices.json", "tea-shop-letter.json",
-    "tea-shop-poster.json", "tea-shop-recipe.json", "tea-shop-tree.json",
-    "tea-shop-stock.json",  "formats.json"};
+    "pages-sample.json",    "keynote-sample.json",  "numbers-sample.json",  "tea-shop-deck.json",
+    "tea-shop-prices.json", "tea-shop-letter.json", "tea-shop-poster.json", "tea-shop-recipe.json",
+    "tea-shop-tree.json",   "tea-shop-stock.json",  "formats.json"};
 
 // The package of a description. Throws std::runtime_error, or what the JSON
 // library throws, for a description that cannot be read.
