@@ -16,7 +16,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/dorvex)
 
 install(TARGETS dorvexsr EXPORT dorvexTargets
   LIBRARY DESTINATION ${module_dir} COMPONENT module)
-install(TARGETS unzip dorvexcontent LIBRARY DESTINATION ${module_dir} COMPONENT module)
+install(TARGETS unzip unzip_libzip dorvexcontent LIBRARY DESTINATION ${module_dir} COMPONENT module)
 
 install(TARGETS dorvex RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 install(TARGETS dorvex-inspect

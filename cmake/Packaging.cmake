@@ -51,7 +51,8 @@ This package holds the command line tool."
 add_package(module dorvex-modules libs
   "reader modules for Pages, Keynote and Numbers documents"
   "The reader module dorvexsr.so, which document filtering hosts load, and
-unzip.so, the zip container module that it asks its host for.")
+unzip.so, the zip container module that it asks its host for; with what belongs
+to that one and with the module that renders content.")
 
 add_package(library libdorvex0 libs
   "text out of Pages, Keynote and Numbers documents - C library"

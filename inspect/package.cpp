@@ -14,6 +14,7 @@
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
 #include "Tools/formats/vniwork13/member_kind.h"
+#include "dorvex/unzip_limits.h"
 #include "looking/diagnosis.h"
 #include "looking/package.h"
 #include "reading/open_input.h"
@@ -63,6 +64,7 @@ class ZipWalk {
     if (services().LoadDll(&services(), kContainerModule, &handle) == 0) return;
     void* fill = services().GetDllSymbol(&services(), handle, kContainerEntryPoint);
     if (fill != nullptr) reinterpret_cast<GetContainerReaderInterfaceFunction>(fill)(&module_);
+    loadLibzip(handle);
   }
 
   // Null when io is no container, or the module is not there.
@@ -101,6 +103,12 @@ class ZipWalk {
   };
 
   HostServices& services() const { return visit_.services; }
+
+  // A confined process can no longer do so. A zip that would need it says what is missing.
+  void loadLibzip(void* handle) {
+    void* const load = services().GetDllSymbol(&services(), handle, kUnzipLoadLibzip);
+    if (load != nullptr) static_cast<void>(reinterpret_cast<UnzipLoadLibzipFunction>(load)());
+  }
 
   void visitEntry(const Place& place, const ContainerEntryInfo& entry) {
     const MemberKind kind = vn::iwork13::classifyMember(entry.name);

@@ -1,4 +1,4 @@
-// The module's two exports and the functions that it hands out. Exceptions end
+// The module's exports and the functions that it hands out. Exceptions end
 // here; what is above are numbers and null pointers.
 
 #include <new>
@@ -71,4 +71,10 @@ extern "C" VN_API int unzipGetContainerReaderInterface(ContainerReaderInterface*
 extern "C" VN_API void* unzipOpenLimitedContainer(_VPTPIOobj* io, UnzipLimits* limits) {
   using namespace dorvex::unzip;
   return guarded<void*>(nullptr, nullptr, [=] { return ZipContainer::open(io, limits).release(); });
+}
+
+// See dorvex/unzip_limits.h.
+extern "C" VN_API int unzipLoadLibzip() {
+  using namespace dorvex::unzip;
+  return guarded<int>(0, 0, [] { return loadLibzip() ? 1 : 0; });
 }

@@ -9,63 +9,24 @@
 #include <utility>
 #include <vector>
 
-#include "io_source.h"
-
 namespace dorvex::unzip {
 namespace {
 
-constexpr zip_uint64_t kLargestSize = std::numeric_limits<std::uint32_t>::max();
-
-struct CloseFile {
-  void operator()(zip_file_t* file) const { zip_fclose(file); }
-};
-using File = std::unique_ptr<zip_file_t, CloseFile>;
-
-VNContainerStatus statusOf(const zip_error_t* error) {
-  switch (zip_error_code_zip(error)) {
-    case ZIP_ER_MEMORY:
-      return VN_CONTAINER_OUT_OF_MEMORY;
-    case ZIP_ER_COMPNOTSUPP:
-      return VN_CONTAINER_COMPRESSION_NOT_SUPPORTED;
-    case ZIP_ER_ENCRNOTSUPP:
-    case ZIP_ER_NOPASSWD:
-    case ZIP_ER_WRONGPASSWD:
-      return VN_CONTAINER_ENCRYPTED;
-    default:
-      return VN_CONTAINER_DAMAGED;
-  }
-}
-
-// Reads to the end, since libzip compares the checksum only there.
-VNContainerStatus copy(zip_file_t* file, MemberOutlet& outlet) {
-  std::array<char, kCopySize> block;
-  for (;;) {
-    const zip_int64_t got = zip_fread(file, block.data(), block.size());
-    if (got < 0) return statusOf(zip_file_get_error(file));
-    if (got == 0) return outlet.finish();
-    const VNContainerStatus status = outlet.take(block.data(), static_cast<std::size_t>(got));
-    if (status != VN_CONTAINER_OK) return status;
-  }
-}
+constexpr std::uint64_t kLargestSize = std::numeric_limits<std::uint32_t>::max();
 
 bool hasHarmlessFlags(const ZipEntry& entry) { return (entry.flags & ~kHarmlessFlags) == 0; }
 
 // A member whose bytes lie in the zip as they are.
 bool isPlainStored(const ZipEntry& entry) {
-  return entry.method == ZIP_CM_STORE && entry.compressedSize == entry.size &&
-         hasHarmlessFlags(entry);
+  return entry.method == kStored && entry.compressedSize == entry.size && hasHarmlessFlags(entry);
 }
 
 // Without data it would be an empty member to libzip, whatever its method.
 bool isPlainDeflated(const ZipEntry& entry) {
-  return entry.method == ZIP_CM_DEFLATE && entry.compressedSize > 0 && hasHarmlessFlags(entry);
+  return entry.method == kDeflated && entry.compressedSize > 0 && hasHarmlessFlags(entry);
 }
 
-// Two readings of one zip that differ make neither trustworthy.
-bool isTheSame(const ZipEntry& entry, const zip_stat_t& stat) {
-  return stat.size == entry.size && stat.comp_size == entry.compressedSize &&
-         stat.crc == entry.crc && stat.comp_method == entry.method;
-}
+bool isPlainMember(const ZipEntry& entry) { return isPlainStored(entry) || isPlainDeflated(entry); }
 
 // What cannot be shown whole is shown cut, but marked, so that it passes for no
 // other member. False where a reader might want the member for the end of its name.
@@ -96,8 +57,8 @@ std::unique_ptr<ZipContainer> ZipContainer::open(_VPTPIOobj* io, UnzipLimits* li
   const auto reader = IoReader::over(io);
   if (!reader) return nullptr;
   std::unique_ptr<ZipContainer> container(new ZipContainer(io, ZipLayout(*reader), limits));
-  const bool isOpen =
-      container->readLayout() && (container->layout_.isPlain() || container->openArchive());
+  const bool isOpen = container->readLayout() && container->hasWhatItNeeds() &&
+                      (container->layout_.isPlain() || container->openArchive());
   return isOpen ? std::move(container) : nullptr;
 }
 
@@ -110,17 +71,23 @@ bool ZipContainer::readLayout() {
   return outcome == ZipLayout::Outcome::kRead;
 }
 
+// Asked before anything is read of the zip, so that whoever has to read it elsewhere
+// begins there anew.
+bool ZipContainer::hasWhatItNeeds() {
+  const bool needsLibzip =
+      !layout_.isPlain() || !std::ranges::all_of(layout_.entries(), isPlainMember);
+  if (!needsLibzip || loadLibzip()) return true;
+  limits_.passed = UNZIP_LIBZIP_MISSING;
+  return false;
+}
+
 bool ZipContainer::openArchive() {
   std::vector<std::uint64_t> flags;
   for (const ZipEntry& entry : layout_.entries()) {
     if ((entry.flags & kUtf8Flag) != 0) flags.push_back(entry.flagsOffset);
   }
-  zip_source_t* source = makeIoSource(io_, std::move(flags));
-  if (source == nullptr) return false;
-  archive_.reset(zip_open_from_source(source, ZIP_RDONLY, nullptr));
-  if (!archive_) zip_source_free(source);
-  const bool isSame =
-      archive_ && std::cmp_equal(zip_get_num_entries(archive_.get(), 0), layout_.entries().size());
+  archive_ = openByLibzip(io_, std::move(flags));
+  const bool isSame = archive_ && archive_->memberCount() == layout_.entries().size();
   if (!isSame) archive_.reset();
   return isSame;
 }
@@ -147,14 +114,12 @@ VNContainerStatus ZipContainer::plainInfo(std::int32_t index, ContainerEntryInfo
 }
 
 VNContainerStatus ZipContainer::infoByLibzip(std::int32_t index, ContainerEntryInfo& info) const {
-  const auto position = static_cast<zip_uint64_t>(index);
-  zip_stat_t stat;
-  const char* name = zip_get_name(archive_.get(), position, ZIP_FL_ENC_RAW);
-  if (name == nullptr || zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
-    return statusOf(zip_get_error(archive_.get()));
-  }
+  std::string_view name;
+  std::uint64_t size = 0;
+  const auto status = archive_->describe(static_cast<std::uint64_t>(index), name, size);
+  if (status != VN_CONTAINER_OK) return status;
   if (!copyName(name, info.name)) return VN_CONTAINER_DAMAGED;
-  info.size = recordSize(stat.size);
+  info.size = recordSize(size);
   return VN_CONTAINER_OK;
 }
 
@@ -165,17 +130,6 @@ UnzipLimit ZipContainer::limitPassedBy(const ZipEntry& entry) const {
   if (limits.expansion != 0 && expandsBeyond(entry, limits.expansion)) return UNZIP_LIMIT_EXPANSION;
   if (limits.totalBytes != 0 && entry.size > left) return UNZIP_LIMIT_TOTAL_BYTES;
   return UNZIP_LIMIT_NONE;
-}
-
-// Whether libzip reads of a member what the layout has of it.
-VNContainerStatus ZipContainer::compareWithLibzip(std::int32_t index) const {
-  const auto position = static_cast<zip_uint64_t>(index);
-  zip_stat_t stat;
-  if (zip_stat_index(archive_.get(), position, 0, &stat) != 0) {
-    return statusOf(zip_get_error(archive_.get()));
-  }
-  if (stat.encryption_method != ZIP_EM_NONE) return VN_CONTAINER_ENCRYPTED;
-  return isTheSame(layout_.entries()[position], stat) ? VN_CONTAINER_OK : VN_CONTAINER_DAMAGED;
 }
 
 // data: where they begin.
@@ -197,18 +151,18 @@ VNContainerStatus ZipContainer::copyByLibzip(std::int32_t index, MemberOutlet& o
   if (!archive_ && !openArchive()) {
     return errno == ENOMEM ? VN_CONTAINER_OUT_OF_MEMORY : VN_CONTAINER_DAMAGED;
   }
-  const File file(zip_fopen_index(archive_.get(), static_cast<zip_uint64_t>(index), 0));
-  if (!file) return statusOf(zip_get_error(archive_.get()));
-  return copy(file.get(), outlet);
+  return archive_->copy(static_cast<std::uint64_t>(index), outlet);
 }
 
 // libzip would pass the bytes from one of its layers to the next.
 VNContainerStatus ZipContainer::extract(std::int32_t index, _VPTPIOobj* stream) {
   if (!has(index) || stream == nullptr) return VN_CONTAINER_INVALID_ARGUMENT;
   if (stream->Write == nullptr) return VN_CONTAINER_WRITE_FAILURE;
-  VNContainerStatus status = layout_.isPlain() ? VN_CONTAINER_OK : compareWithLibzip(index);
+  const auto position = static_cast<std::size_t>(index);
+  const ZipEntry& entry = layout_.entries()[position];
+  VNContainerStatus status =
+      layout_.isPlain() ? VN_CONTAINER_OK : archive_->compare(position, entry);
   if (status != VN_CONTAINER_OK) return status;
-  const ZipEntry& entry = layout_.entries()[static_cast<std::size_t>(index)];
   std::uint64_t data = 0;
   status = check(entry, data);
   if (status != VN_CONTAINER_OK) return status;

@@ -1,13 +1,13 @@
 // One open zip: its members in central-directory order.
 #pragma once
 
-#include <zip.h>
-
+#include <cstdint>
 #include <memory>
 
 #include "Readers/hostapi/container_reader.h"
 #include "Readers/hostapi/container_status.h"
 #include "dorvex/unzip_limits.h"
+#include "libzip_archive.h"
 #include "member_copy.h"
 #include "zip_layout.h"
 
@@ -36,6 +36,8 @@ namespace dorvex::unzip {
 //  - ZIP64 records and fields, data descriptors in all their forms, an archive
 //    comment, up to 64 KiB of bytes behind the zip, and a prefix that the offsets
 //    take into account are read over. A prefix that they do not is no zip.
+//  - A zip that takes libzip, be it for a member that nobody extracts, is not opened
+//    where libzip cannot be loaded, and the limits record says so.
 //  - A zip of more members than the limit is not opened; a member that would pass
 //    a limit is a general failure, and the limits record says which.
 class ZipContainer {
@@ -58,18 +60,13 @@ class ZipContainer {
   VNContainerStatus extract(std::int32_t index, _VPTPIOobj* stream);
 
  private:
-  struct Discard {
-    void operator()(zip_t* archive) const { zip_discard(archive); }
-  };
-  using Archive = std::unique_ptr<zip_t, Discard>;
-
   ZipContainer(_VPTPIOobj* io, ZipLayout layout, UnzipLimits* limits);
   bool readLayout();
+  bool hasWhatItNeeds();
   bool openArchive();
   bool has(std::int32_t index) const;
   VNContainerStatus plainInfo(std::int32_t index, ContainerEntryInfo& info) const;
   VNContainerStatus infoByLibzip(std::int32_t index, ContainerEntryInfo& info) const;
-  VNContainerStatus compareWithLibzip(std::int32_t index) const;
   VNContainerStatus check(const ZipEntry& entry, std::uint64_t& data);
   VNContainerStatus copyByLibzip(std::int32_t index, MemberOutlet& outlet);
   UnzipLimit limitPassedBy(const ZipEntry& entry) const;
@@ -79,7 +76,7 @@ class ZipContainer {
   UnzipLimits ownLimits_;
   UnzipLimits& limits_;
   // Of a plain zip only once a member needs it: opening costs more than all the rest.
-  Archive archive_;
+  std::unique_ptr<LibzipArchive> archive_;
 };
 
 }  // namespace dorvex::unzip

@@ -23,6 +23,10 @@ inline constexpr std::uint16_t kUtf8Flag = 1U << 11;
 // Those that do not change how the data are read. Of others more would have to be known.
 inline constexpr std::uint16_t kHarmlessFlags = kLevelFlags | kDescriptorFlag | kUtf8Flag;
 
+// Compression methods.
+inline constexpr std::uint16_t kStored = 0;
+inline constexpr std::uint16_t kDeflated = 8;
+
 // A member as the central directory has it.
 struct ZipEntry {
   std::uint64_t offset = 0;  // of its local header

@@ -2,17 +2,20 @@
 // loaded as any host loads them.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <vector>
 
 #include "dorvex/host.h"
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 #include "support/unconfined.h"
+#include "support/zip_bytes.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // What the reader parsed stays allocated for ever by rule, and the module is
@@ -65,6 +68,63 @@ class RealReader : public ::testing::TestWithParam<Isolation> {
 std::string good() { return iwa({storage(2, {"second"})}); }
 
 std::string goodDocument() { return zip({{"Index/Document.iwa", iwa({storage(1, {"text"})})}}); }
+
+// Of this process and of those that it has started.
+bool isMappedAnywhere(const std::string& file) {
+  const auto has = [&](const std::filesystem::path& process) {
+    std::error_code gone;
+    return std::filesystem::exists(process, gone) &&
+           readFile((process / "maps").string()).find(file) != std::string::npos;
+  };
+  std::istringstream children(
+      readFile("/proc/self/task/" + std::to_string(::getpid()) + "/children"));
+  for (std::string child; children >> child;) {
+    if (has("/proc/" + child)) return true;
+  }
+  return has("/proc/self");
+}
+
+std::string unusualZip(const std::string& text) {
+  return rawZip64({{.name = "Index/Document.iwa", .contents = iwa({storage(1, {text})})}});
+}
+
+// libzip takes longer to load than a small document to read. A worker is confined by the
+// time that it meets a zip for which it lacks it; another one reads it then.
+TEST_P(RealReader, LoadsLibzipWithTheFirstZipThatNeedsItAndThenHasIt) {
+  const Host host(options());
+  const auto texts = [&](const std::string& bytes) {
+    Texts texts;
+    const Input input =
+        Input::memory({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+    const Result result =
+        host.forEachText(input, [&](std::string_view text) { texts.emplace_back(text); });
+    EXPECT_EQ(result.status, Status::kOk) << result.message;
+    EXPECT_EQ(result.inputBytes, bytes.size());
+    return texts;
+  };
+  EXPECT_EQ(texts(goodDocument()), Texts{"text"});
+  EXPECT_FALSE(isMappedAnywhere("/unzip-libzip.so"));
+  for (const char* text : {"one", "two", "three"}) {
+    EXPECT_EQ(texts(unusualZip(text)), Texts{text});
+    EXPECT_EQ(texts(goodDocument()), Texts{"text"});
+  }
+  EXPECT_EQ(texts(zip({{"Index.zip", unusualZip("inner")}})), Texts{"inner"});
+}
+
+TEST_P(RealReader, SaysThatLibzipIsMissing) {
+  const std::filesystem::path modules = std::filesystem::path(DORVEX_READER_MODULE).parent_path();
+  for (const char* module : {"dorvexsr.so", "unzip.so"})
+    std::filesystem::copy_file(modules / module, folder.path() / module);
+  HostOptions alone = options();
+  alone.module = folder.path() / "dorvexsr.so";
+  const Reading reading = readBytes(unusualZip("text"), alone);
+  EXPECT_EQ(reading.result.status, Status::kFailed);
+  EXPECT_EQ(reading.result.failure, Failure::kModuleMissing);
+  EXPECT_NE(reading.result.message.find("unzip-libzip.so"), std::string::npos)
+      << reading.result.message;
+  EXPECT_TRUE(reading.texts.empty());
+  EXPECT_EQ(readBytes(goodDocument(), alone).texts, Texts{"text"});
+}
 
 TEST_P(RealReader, DoesNotPassAnEmptyMemberOffAsRead) {
   for (const std::string& empty : {std::string(), chunk(literalBlock(""))}) {

@@ -62,7 +62,8 @@ struct MemoryObject : _VPTPIOobj {
 // unzip.so, loaded for as long as the object lives.
 class LoadedModule {
  public:
-  LoadedModule() : handle_(::dlopen(DORVEX_CONTAINER_MODULE, RTLD_NOW | RTLD_LOCAL)) {
+  explicit LoadedModule(const std::string& file = DORVEX_CONTAINER_MODULE)
+      : handle_(::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {
     if (handle_ == nullptr) throw std::runtime_error(::dlerror());
     const auto fill = reinterpret_cast<GetContainerReaderInterfaceFunction>(
         ::dlsym(handle_, "unzipGetContainerReaderInterface"));
@@ -72,6 +73,8 @@ class LoadedModule {
     openLimited = reinterpret_cast<UnzipOpenLimitedContainerFunction>(
         ::dlsym(handle_, kUnzipOpenLimitedContainer));
     if (openLimited == nullptr) throw std::runtime_error("no entry point for limits");
+    loadLibzip = reinterpret_cast<UnzipLoadLibzipFunction>(::dlsym(handle_, kUnzipLoadLibzip));
+    if (loadLibzip == nullptr) throw std::runtime_error("no entry point for libzip");
   }
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;
@@ -79,6 +82,7 @@ class LoadedModule {
 
   ContainerReaderInterface interface;
   UnzipOpenLimitedContainerFunction openLimited = nullptr;
+  UnzipLoadLibzipFunction loadLibzip = nullptr;
 
  private:
   void* handle_;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -12,13 +13,22 @@
 
 #include "loaded_module.h"
 #include "support/package_writer.h"
+#include "support/temporary_directory.h"
+#include "support/zip_bytes.h"
 
 namespace dorvex {
 namespace {
 
 using testing::LoadedModule;
 using testing::MemoryObject;
+using testing::rawZip;
+using testing::rawZip64;
+using testing::TemporaryDirectory;
 using testing::zip;
+
+bool isMapped(const std::string& file) {
+  return testing::readFile("/proc/self/maps").find(file) != std::string::npos;
+}
 
 std::vector<std::string> exportedNames() {
   const std::string command =
@@ -35,8 +45,9 @@ std::vector<std::string> exportedNames() {
 }
 
 TEST(UnzipModule, ExportsItsEntryPointsAndNothingElse) {
-  EXPECT_EQ(exportedNames(), (std::vector<std::string>{"unzipGetContainerReaderInterface",
-                                                       "unzipOpenLimitedContainer"}));
+  EXPECT_EQ(exportedNames(),
+            (std::vector<std::string>{"unzipGetContainerReaderInterface", "unzipLoadLibzip",
+                                      "unzipOpenLimitedContainer"}));
 }
 
 TEST(UnzipModule, FillsFiveSlotsAndNullsTheOthers) {
@@ -56,9 +67,48 @@ TEST(UnzipModule, CanBeLoadedAndUnloadedAgainAndAgain) {
     void* container = module.interface.OpenContainer(&io, nullptr, 0);
     ASSERT_NE(container, nullptr);
     module.interface.CloseContainer(container);
+    EXPECT_EQ(module.loadLibzip(), 1);
   }
-  const std::string maps = testing::readFile("/proc/self/maps");
-  EXPECT_EQ(maps.find("/unzip.so"), std::string::npos);
+  EXPECT_FALSE(isMapped("/unzip.so"));
+  EXPECT_FALSE(isMapped("/unzip-libzip.so"));
+}
+
+// A process that reads a document of 2 KB would spend a quarter of its time on it.
+TEST(UnzipModule, LoadsLibzipForZipsThatNeedItAndForNoOthers) {
+  const LoadedModule module;
+  const auto open = [&](const std::string& bytes) {
+    MemoryObject io(bytes);
+    void* container = module.interface.OpenContainer(&io, nullptr, 0);
+    EXPECT_NE(container, nullptr);
+    module.interface.CloseContainer(container);
+    return isMapped("/unzip-libzip.so");
+  };
+  EXPECT_FALSE(open(zip({{"a", "1"}, {"b", std::string(1000, 'x'), true}, {"c/", ""}})));
+  EXPECT_TRUE(open(rawZip64({{.name = "a", .contents = "1"}})));
+}
+
+TEST(UnzipModule, OpensNoZipHalfWhereLibzipCannotBeLoaded) {
+  constexpr std::uint16_t kUnknownMethod = 77;
+  const TemporaryDirectory alone;
+  std::filesystem::copy_file(DORVEX_CONTAINER_MODULE, alone.path() / "unzip.so");
+  const LoadedModule module(alone.path() / "unzip.so");
+  const std::string rareMember = rawZip(
+      {{.name = "a", .contents = "1"}, {.name = "b", .contents = "", .method = kUnknownMethod}});
+  for (const std::string& bytes : {rawZip64({{.name = "a", .contents = "1"}}), rareMember}) {
+    MemoryObject io(bytes);
+    UnzipLimits limits;
+    EXPECT_EQ(module.openLimited(&io, &limits), nullptr);
+    EXPECT_EQ(limits.passed, UNZIP_LIBZIP_MISSING);
+    const std::string reason = ::dlerror();
+    EXPECT_NE(reason.find((alone.path() / "unzip-libzip.so").string()), std::string::npos);
+  }
+  EXPECT_EQ(module.loadLibzip(), 0);
+  MemoryObject io(zip({{"a", "1"}}));
+  UnzipLimits limits;
+  void* container = module.openLimited(&io, &limits);
+  EXPECT_NE(container, nullptr);
+  EXPECT_EQ(limits.passed, UNZIP_LIMIT_NONE);
+  module.interface.CloseContainer(container);
 }
 
 TEST(UnzipModule, AnswersNullsWithStatusNumbers) {

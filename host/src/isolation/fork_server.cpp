@@ -17,8 +17,9 @@ namespace dorvex {
 namespace {
 
 enum class Request : unsigned char {
-  kFork = 'F',  // comes with the worker's end of a channel; answered by a number
-  kEnd = 'E',   // followed by a process's number; answered by its wait status
+  kFork = 'F',            // comes with the worker's end of a channel; answered by a number
+  kForkWithLibzip = 'Z',  // the same, once libzip is loaded
+  kEnd = 'E',             // followed by a process's number; answered by its wait status
 };
 
 template <typename Number>
@@ -87,15 +88,20 @@ void serveEnd(int control) {
   ::prctl(PR_SET_NAME, "dorvex-forks");
   leaveSignalsToTheCaller();
   keepOnly(control);
-  const WarmModule warm = warmUp(options);
+  WarmModule warm = warmUp(options);
   for (;;) {
     ReceivedByte request = receiveByte(control.get());
     // The program is gone. The workers follow, by the signal they asked for.
     if (request.ended) ::_exit(EXIT_SUCCESS);
-    if (static_cast<Request>(request.byte) == Request::kFork) {
-      serveFork(control.get(), std::move(request.fd), options, warm);
-    } else {
-      serveEnd(control.get());
+    switch (static_cast<Request>(request.byte)) {
+      case Request::kForkWithLibzip:
+        warmUpLibzip(warm);
+        [[fallthrough]];
+      case Request::kFork:
+        serveFork(control.get(), std::move(request.fd), options, warm);
+        break;
+      case Request::kEnd:
+        serveEnd(control.get());
     }
   }
 }
@@ -125,13 +131,14 @@ ForkServer::~ForkServer() {
   }
 }
 
-std::optional<WorkerProcess> ForkServer::fork() {
+std::optional<WorkerProcess> ForkServer::fork(bool withLibzip) {
+  const auto request = withLibzip ? Request::kForkWithLibzip : Request::kFork;
   auto [mine, its] = makeChannel();
   // Whatever a worker does, no send to it and no read from it waits.
   if (!mine || ::fcntl(mine.get(), F_SETFL, O_NONBLOCK) != 0) return std::nullopt;
   const std::lock_guard lock(mutex_);
   int worker = 0;
-  if (!sendByte(control_.get(), static_cast<unsigned char>(Request::kFork), its.get()) ||
+  if (!sendByte(control_.get(), static_cast<unsigned char>(request), its.get()) ||
       !receiveNumber(control_.get(), worker)) {
     errno = ECHILD;
     return std::nullopt;

@@ -29,8 +29,8 @@ class ForkServer {
   ForkServer& operator=(const ForkServer&) = delete;
 
   // A new worker; nothing, and errno, when the system refuses or the server is
-  // gone.
-  std::optional<WorkerProcess> fork();
+  // gone. withLibzip: one that can read unusual zips, too.
+  std::optional<WorkerProcess> fork(bool withLibzip);
 
   // Ends a worker and gives its wait status: how it died, if it had died by
   // itself. Nothing when the server is gone. To be called once for each worker.

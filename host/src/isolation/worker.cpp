@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "isolation/confinement.h"
 #include "isolation/fd_channel.h"
@@ -102,14 +103,28 @@ class WorkerLoop {
     applyLimits();
     if (options_.rendering && !refused && warm_.content) return render(std::move(input));
     const auto source = refused ? makeFailedSource(unconfined(missing)) : open(std::move(input));
+    bool begun = false;
     while (const auto buffer = source->next()) {
+      begun = true;
       if (!sendFrame(channel_.get(), FrameType::kTokens, *buffer)) ::_exit(EXIT_FAILURE);
     }
-    sendFrame(channel_.get(), FrameType::kResult, encodeResult(source->result()));
+    sendResult(source->result(), begun);
+  }
+
+  // A confined process can load nothing. One whose server has tried says what it got.
+  void sendResult(const Result& result, bool begun) {
+    const bool mayLackLibzip = warm_.container != nullptr && !warm_.triedLibzip;
+    if (result.failure == Failure::kModuleMissing && mayLackLibzip && !begun) {
+      sendFrame(channel_.get(), FrameType::kNeedLibzip, {});
+    } else {
+      sendFrame(channel_.get(), FrameType::kResult, encodeResult(result));
+    }
   }
 
   void render(OpenInput input) {
-    const auto send = [this](const Piece& piece) {
+    bool begun = false;
+    const auto send = [this, &begun](const Piece& piece) {
+      begun = true;
       const auto* bytes = reinterpret_cast<const unsigned char*>(piece.bytes.data());
       if (!sendFrame(channel_.get(), frameOf(piece.type), {bytes, piece.bytes.size()}))
         ::_exit(EXIT_FAILURE);
@@ -118,7 +133,7 @@ class WorkerLoop {
     const Result result = renderDocument(
         options_, std::move(input), *warm_.content, warm_.module,
         [this] { return askForScratch(); }, send);
-    sendFrame(channel_.get(), FrameType::kResult, encodeResult(result));
+    sendResult(result, begun);
   }
 
   std::unique_ptr<Document::Source> open(OpenInput input) {
@@ -196,12 +211,21 @@ WarmModule warmUp(const HostOptions& options) {
     return warm;
   }
   // Held for ever: a confined worker could not load it again.
-  ::dlopen((options.module.parent_path() / kContainerModule).c_str(), RTLD_NOW | RTLD_LOCAL);
+  warm.container =
+      ::dlopen((options.module.parent_path() / kContainerModule).c_str(), RTLD_NOW | RTLD_LOCAL);
   const auto source = makeSession(options, OpenInput::fromMemory(kEmptyZip), warm.module);
   while (source->next()) {
   }
   source->result();
   return warm;
+}
+
+// A container module of somebody else's has no such function.
+void warmUpLibzip(WarmModule& warm) {
+  if (std::exchange(warm.triedLibzip, true) || warm.container == nullptr) return;
+  const auto load =
+      reinterpret_cast<UnzipLoadLibzipFunction>(::dlsym(warm.container, kUnzipLoadLibzip));
+  if (load != nullptr) static_cast<void>(load());
 }
 
 void runWorker(UniqueFd channel, const HostOptions& options, const WarmModule& warm) {

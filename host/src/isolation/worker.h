@@ -17,6 +17,8 @@ struct WarmModule {
   std::shared_ptr<ReaderModule> module;
   std::shared_ptr<ContentModule> content;  // where documents are rendered
   std::string error;
+  void* container = nullptr;  // null where it cannot be loaded; the reader tells why
+  bool triedLibzip = false;
 };
 
 // Loads the reader module and the container module for good, and the content module
@@ -24,6 +26,9 @@ struct WarmModule {
 // reader once over a package without members, so that no worker does again what
 // is done once in a process.
 WarmModule warmUp(const HostOptions& options);
+
+// Loads libzip, too, which few documents need and which takes longer than all the rest.
+void warmUpLibzip(WarmModule& warm);
 
 // Serves the channel until its other end is gone.
 [[noreturn]] void runWorker(UniqueFd channel, const HostOptions& options, const WarmModule& warm);

@@ -72,19 +72,18 @@ std::unique_ptr<Worker> WorkerPool::takeIdle() {
 
 std::unique_ptr<Worker> WorkerPool::makeNew() {
   auto from = server();
-  auto process = from ? from->fork() : std::nullopt;
+  auto process = from ? from->fork(needsLibzip_) : std::nullopt;
   // Somebody has killed the server; the system itself would refuse again.
   if (!process && (!from || errno == ECHILD)) {
     from = restarted(from);
-    process = from ? from->fork() : std::nullopt;
+    process = from ? from->fork(needsLibzip_) : std::nullopt;
   }
   return process ? std::make_unique<Worker>(std::move(from), std::move(*process)) : nullptr;
 }
 
-// A directory needs a new worker. Where there cannot be one more, an idle one
-// gives its place up.
-std::unique_ptr<Worker> WorkerPool::takeOrMake(bool directory, bool& isNew) {
-  auto worker = directory ? nullptr : takeIdle();
+// Where there cannot be one more, an idle one gives its place up.
+std::unique_ptr<Worker> WorkerPool::takeOrMake(bool mustBeNew, bool& isNew) {
+  auto worker = mustBeNew ? nullptr : takeIdle();
   isNew = worker == nullptr;
   if (isNew) worker = makeNew();
   if (!worker && isShortage(errno)) {
@@ -96,8 +95,8 @@ std::unique_ptr<Worker> WorkerPool::takeOrMake(bool directory, bool& isNew) {
 }
 
 // Once a wait was in vain, documents do not take the whole of it one after the other.
-std::unique_ptr<Worker> WorkerPool::waitForOne(bool directory, bool& isNew) {
-  auto worker = patiently([&] { return takeOrMake(directory, isNew); },
+std::unique_ptr<Worker> WorkerPool::waitForOne(bool mustBeNew, bool& isNew) {
+  auto worker = patiently([&] { return takeOrMake(mustBeNew, isNew); },
                           waitedInVain_ ? patience_ / 100 : patience_);
   waitedInVain_ = !worker && isShortage(errno);
   return worker;
@@ -107,11 +106,10 @@ std::unique_ptr<Worker> WorkerPool::waitForOne(bool directory, bool& isNew) {
 // has died meanwhile, or left because it had grown large, or a new one that somebody
 // has killed. So it is passed over, but for a new one that only keeps silent: the
 // next would take as long.
-std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
-  const bool directory = order == Order::kReadDirectory;
+std::unique_ptr<Worker> WorkerPool::start(Order order, int document, bool mustBeNew) {
   for (int tried = 0; tried < kNewWorkersTried;) {
     bool isNew = false;
-    auto worker = waitForOne(directory, isNew);
+    auto worker = waitForOne(mustBeNew, isNew);
     if (!worker) return nullptr;
     tried += static_cast<int>(isNew);
     const Answer answer = handOver(worker->channel(), order, document);
@@ -123,6 +121,16 @@ std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
   }
   errno = ECHILD;
   return nullptr;
+}
+
+// A directory needs a new worker, which is confined to it.
+std::unique_ptr<Worker> WorkerPool::start(Order order, int document) {
+  return start(order, document, order == Order::kReadDirectory);
+}
+
+std::unique_ptr<Worker> WorkerPool::startWithLibzip(Order order, int document) {
+  needsLibzip_ = true;
+  return start(order, document, true);
 }
 
 void WorkerPool::giveBack(std::unique_ptr<Worker> worker, Order order) {

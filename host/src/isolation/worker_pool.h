@@ -45,15 +45,20 @@ class WorkerPool {
   // worker after the other dies before it takes it.
   std::unique_ptr<Worker> start(Order order, int document);
 
+  // The same for a document for which a worker lacked libzip. From here on every new
+  // worker has it.
+  std::unique_ptr<Worker> startWithLibzip(Order order, int document);
+
   // Takes back a worker that has sent a result. One that read a directory is
   // confined to it and of no further use.
   void giveBack(std::unique_ptr<Worker> worker, Order order);
 
  private:
+  std::unique_ptr<Worker> start(Order order, int document, bool mustBeNew);
   std::unique_ptr<Worker> takeIdle();
   std::unique_ptr<Worker> makeNew();
-  std::unique_ptr<Worker> takeOrMake(bool directory, bool& isNew);
-  std::unique_ptr<Worker> waitForOne(bool directory, bool& isNew);
+  std::unique_ptr<Worker> takeOrMake(bool mustBeNew, bool& isNew);
+  std::unique_ptr<Worker> waitForOne(bool mustBeNew, bool& isNew);
   std::shared_ptr<ForkServer> server();
   std::shared_ptr<ForkServer> restarted(const std::shared_ptr<ForkServer>& gone);
 
@@ -62,6 +67,7 @@ class WorkerPool {
   std::mutex mutex_;
   std::shared_ptr<ForkServer> server_;
   std::vector<std::unique_ptr<Worker>> idle_;
+  std::atomic<bool> needsLibzip_ = false;
   std::atomic<bool> waitedInVain_ = false;  // last time, for what the machine is short of
 };
 

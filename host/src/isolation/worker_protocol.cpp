@@ -97,6 +97,7 @@ LengthRange lengthsOf(FrameType type, std::size_t largestTokens) {
     case FrameType::kTaken:
     case FrameType::kOutOfMemory:
     case FrameType::kNeedScratch:
+    case FrameType::kNeedLibzip:
       return {0, 0};
   }
   return {1, 0};

@@ -3,7 +3,8 @@
 // The worker sends frames: a type byte, the length of its payload in four bytes
 // of the machine's order, and the payload. It takes a document and says so,
 // sends token frames, one for each buffer, or frames of what it renders, and a result
-// frame, and takes another or leaves. The receiver believes no length.
+// frame, and takes another or leaves. The receiver believes no length. Before anything
+// else of a document it may say that it cannot read it, for want of libzip.
 //
 // The worker is sent single bytes, with a file descriptor each: an order for each
 // document, and answers to what it asks for.
@@ -29,6 +30,7 @@ enum class FrameType : std::uint8_t {
   kResult = 'R',
   kOutOfMemory = 'M',  // in place of a result; the worker leaves
   kNeedScratch = 'S',  // a scratch file is wanted, and the answer waited for
+  kNeedLibzip = 'Z',   // in place of a result: only a worker that has libzip can read it
 };
 
 // Comes with the document.

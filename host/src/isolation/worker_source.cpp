@@ -46,6 +46,12 @@ Result outOfMemory(const Limits& limits) {
                             Limit::kMemory);
 }
 
+Result notStarted(int error) {
+  return error == ECHILD
+             ? failedResult(Failure::kCrashed, "the reader's process died before it was ready")
+             : systemFailure(error);
+}
+
 // Nothing for a frame that is no piece of a rendering.
 std::optional<PieceType> pieceOf(FrameType type) {
   switch (type) {
@@ -63,15 +69,18 @@ std::optional<PieceType> pieceOf(FrameType type) {
 class WorkerSource final : public Document::Source {
  public:
   WorkerSource(std::shared_ptr<WorkerPool> pool, std::unique_ptr<Worker> worker, Order order,
-               const HostOptions& options, TimeBudget budget, std::uint64_t fileSize)
+               UniqueFd document, const HostOptions& options, TimeBudget budget,
+               std::uint64_t fileSize)
       : pool_(std::move(pool)),
+        document_(std::move(document)),
         worker_(std::move(worker)),
         order_(order),
         renders_(options.rendering.has_value()),
         limits_(options.limits),
         budget_(budget),
         fileSize_(fileSize),
-        frames_(worker_->channel(), ownedBufferSize(options.bufferSize)) {}
+        largestTokens_(ownedBufferSize(options.bufferSize)),
+        frames_(worker_->channel(), largestTokens_) {}
 
   std::optional<std::span<const unsigned char>> next() override {
     const TimeBudget::Running running(budget_);
@@ -148,6 +157,9 @@ class WorkerSource final : public Document::Source {
       case FrameType::kOutOfMemory:
         result_ = outOfMemory(limits_);
         break;
+      case FrameType::kNeedLibzip:
+        startAgain();
+        break;
       case FrameType::kTaken:  // these have no place here
       case FrameType::kTokens:
       case FrameType::kOutput:
@@ -170,6 +182,22 @@ class WorkerSource final : public Document::Source {
     }
   }
 
+  // With one that has libzip, once, and before anything has come out.
+  void startAgain() {
+    if (startedAgain_ || received_ > 0) {
+      result_ = nonsense();
+      return;
+    }
+    startedAgain_ = true;
+    worker_.reset();
+    worker_ = pool_->startWithLibzip(order_, document_.get());
+    if (worker_) {
+      frames_ = FrameReader(worker_->channel(), largestTokens_);
+    } else {
+      result_ = notStarted(errno);
+    }
+  }
+
   // A worker that is gone is noticed when it is read from. One that asks and
   // does not take what it gets has to do without.
   void handOverScratch() {
@@ -180,6 +208,7 @@ class WorkerSource final : public Document::Source {
   }
 
   std::shared_ptr<WorkerPool> pool_;
+  UniqueFd document_;  // for another worker, should this one be unable to read it
   std::unique_ptr<Worker> worker_;
   Order order_;
   bool renders_;
@@ -187,15 +216,11 @@ class WorkerSource final : public Document::Source {
   TimeBudget budget_;
   std::uint64_t fileSize_;      // 0 for a directory, which only the worker looks into
   std::uint64_t received_ = 0;  // bytes of tokens, or of a rendering
+  bool startedAgain_ = false;
+  std::size_t largestTokens_;
   FrameReader frames_;
   std::optional<Result> result_;
 };
-
-Result notStarted(int error) {
-  return error == ECHILD
-             ? failedResult(Failure::kCrashed, "the reader's process died before it was ready")
-             : systemFailure(error);
-}
 
 }  // namespace
 
@@ -204,11 +229,12 @@ std::unique_ptr<Document::Source> makeWorkerSource(const std::shared_ptr<WorkerP
                                                    TimeBudget budget) {
   const Order order = input.directory() ? Order::kReadDirectory : Order::kReadFile;
   const std::uint64_t size = input.size();
-  const UniqueFd document = input.takeDescriptor();
+  UniqueFd document = input.takeDescriptor();
   if (!document) return makeFailedSource(systemFailure(errno));
   auto worker = pool->start(order, document.get());
   if (!worker) return makeFailedSource(notStarted(errno));
-  return std::make_unique<WorkerSource>(pool, std::move(worker), order, options, budget, size);
+  return std::make_unique<WorkerSource>(pool, std::move(worker), order, std::move(document),
+                                        options, budget, size);
 }
 
 }  // namespace dorvex

@@ -54,7 +54,9 @@ struct Observations {
   std::optional<std::string> endlessRead;  // the stream read behind its end for ever
   bool outOfMemory = false;                // an allocation failed that the reader cannot report
   std::optional<PassedLimit> limitPassed;
-  std::optional<std::string> missingModule;  // a module that LoadDll could not load, and why
+  // A module that LoadDll could not load, or the one that the container module needs for
+  // this zip, and why.
+  std::optional<std::string> missingModule;
 };
 
 }  // namespace dorvex

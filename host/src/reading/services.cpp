@@ -22,6 +22,11 @@ constexpr char kContainerEntryPoint[] = "unzipGetContainerReaderInterface";
 
 void release(VNAllocator*, void* pointer) { std::free(pointer); }
 
+std::string lastLoaderError(const char* otherwise) {
+  const char* reason = ::dlerror();
+  return reason != nullptr ? reason : otherwise;
+}
+
 HostServices& host(tag_TPVAPIServices* services) { return *static_cast<HostServices*>(services); }
 
 tag_TPVAPIServices* servicesOf(VNAllocator* allocator) {
@@ -68,6 +73,7 @@ PassedLimit passedLimit(const UnzipLimits& limits) {
     case UNZIP_LIMIT_EXPANSION:
       return {Limit::kExpansion, limits.expansion, {}};
     case UNZIP_LIMIT_NONE:
+    case UNZIP_LIBZIP_MISSING:
       break;
   }
   return {};
@@ -112,10 +118,14 @@ HostServices::ContainerModule HostServices::ContainerModule::of(void* handle, vo
   return module;
 }
 
-void* HostServices::ContainerModule::open(_VPTPIOobj* io, tag_TPVAPIServices* services,
+void* HostServices::ContainerModule::open(_VPTPIOobj* io, HostServices& host,
                                           UnzipLimits& limits) const {
-  return openLimited != nullptr ? openLimited(io, &limits)
-                                : interface.OpenContainer(io, services, 0);
+  if (openLimited == nullptr) return interface.OpenContainer(io, &host, 0);
+  errno = 0;
+  void* const container = openLimited(io, &limits);
+  if (limits.passed == UNZIP_LIBZIP_MISSING && errno != ENOMEM)
+    host.observations_.missingModule = lastLoaderError(kContainerModule);
+  return container;
 }
 
 HostServices::HostServices(Settings settings, Observations& observations)
@@ -157,8 +167,7 @@ int HostServices::loadDll(tag_TPVAPIServices* services, const char* name, void**
   try {
     *handle = self.load(name);
     if (*handle == nullptr) {
-      const char* reason = ::dlerror();
-      self.observations_.missingModule = reason != nullptr ? reason : name;
+      self.observations_.missingModule = lastLoaderError(name);
       return 0;
     }
     if (!self.modules_.contains(name)) self.modules_[name] = self.load(name);
@@ -271,11 +280,13 @@ void* HostServices::openContainer(_VPTPIOobj* io, tag_TPVAPIServices* services, 
     auto container = std::make_unique<Container>(
         Container{self, self.containerModule_.interface, nullptr, name, depth});
     errno = 0;
-    container->handle = self.containerModule_.open(io, services, self.unzipLimits_);
+    container->handle = self.containerModule_.open(io, self, self.unzipLimits_);
     // A container module has no number for that, either.
     if (container->handle == nullptr && errno == ENOMEM) self.observations_.outOfMemory = true;
     self.stopIfPassed(name);
     if (container->handle != nullptr) return container.release();
+    // Nothing may come out: whoever can load what is missing reads it from the beginning.
+    if (self.observations_.missingModule) throw LimitPassed{};
     self.observations_.notAContainer = name;
   } catch (const std::bad_alloc&) {
     self.observations_.scratchFailure = {"", ENOMEM};
@@ -358,7 +369,7 @@ class HostServices::OwnContainerModule {
   bool visitMembers(_VPTPIOobj& io, Visit visit) {
     const ContainerReaderInterface& container = functions_.interface;
     if (container.OpenContainer == nullptr) return false;
-    void* const handle = functions_.open(&io, &host_, limits_);
+    void* const handle = functions_.open(&io, host_, limits_);
     if (handle == nullptr) return false;
     const std::unique_ptr<void, int (*)(void*)> close(handle, container.CloseContainer);
     const int count = container.GetEntryCount(handle);

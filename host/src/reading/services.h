@@ -71,7 +71,8 @@ class HostServices : public tag_TPVAPIServices {
     UnzipOpenLimitedContainerFunction openLimited = nullptr;  // null for a module without it
 
     static ContainerModule of(void* handle, void* entryPoint);
-    void* open(_VPTPIOobj* io, tag_TPVAPIServices* services, UnzipLimits& limits) const;
+    // Tells seen where libzip, which the zip needs, cannot be loaded.
+    void* open(_VPTPIOobj* io, HostServices& host, UnzipLimits& limits) const;
   };
 
   static void* allocate(VNAllocator* allocator, std::size_t size);

@@ -1,6 +1,6 @@
 // The limits that unzip.so keeps to, and the entry point through which a host
-// sets them. A host that knows nothing of it opens containers through
-// ContainerReaderInterface, and then the defaults below hold.
+// sets them; and how a host has libzip loaded before it is needed. A host that knows nothing of it
+// opens containers through ContainerReaderInterface, and then the defaults below hold.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,9 @@ enum UnzipLimit : std::int32_t {
   UNZIP_LIMIT_MEMBER_BYTES,
   UNZIP_LIMIT_TOTAL_BYTES,
   UNZIP_LIMIT_EXPANSION,
+  // No limit: the zip is none of the ordinary ones, and libzip, which reads the others,
+  // cannot be loaded. dlerror() tells why.
+  UNZIP_LIBZIP_MISSING,
 };
 
 // What one document may hold. Zero means no limit. The record is the host's and
@@ -37,7 +40,14 @@ struct UnzipLimits {
 // while it is written, and passed tells too.
 using UnzipOpenLimitedContainerFunction = void* (*)(_VPTPIOobj* io, UnzipLimits* limits);
 
+// Loads unzip-libzip.so, which is linked with libzip and lies beside unzip.so, until
+// unzip.so is unloaded. Opening a container does so by itself where the zip needs it; a
+// process that can open no library by then calls this before. 1, or 0 where it cannot be
+// loaded; dlerror() tells why.
+using UnzipLoadLibzipFunction = int (*)();
+
 }  // extern "C"
 
-// The name under which unzip.so exports it.
+// The names under which unzip.so exports them.
 inline constexpr char kUnzipOpenLimitedContainer[] = "unzipOpenLimitedContainer";
+inline constexpr char kUnzipLoadLibzip[] = "unzipLoadLibzip";
