@@ -57,6 +57,40 @@ constexpr const char* kDeleteRows[] = {R"(\001)", R"(\002)",        R"(\003)", R
                                        R"(\005)", R"(\006)",        R"(\007)", R"(\008)",
                                        R"(\009)", R"(\357\277\274)"};
 
+// All that is claimed of one byte must hold between any two, or three.
+TEST(ComesOutAsItIs, HoldsOfNoValueThatIsChanged) {
+  const std::string others = "nt\"'\n\t01234567\xE2\x80\x99";
+  int held = 0;
+  for (int first = 0; first < 256; ++first) {
+    for (int second = 0; second < 256; ++second) {
+      for (const char third : others) {
+        const std::string value = {static_cast<char>(first), static_cast<char>(second), third};
+        if (!comesOutAsItIs(value)) continue;
+        ++held;
+        ASSERT_EQ(swept(value), value) << first << ' ' << second << ' ' << third;
+      }
+    }
+  }
+  EXPECT_GT(held, 1'000'000 / 2);
+}
+
+TEST(ComesOutAsItIs, HoldsOfOrdinaryTextOfAnyLength) {
+  EXPECT_TRUE(comesOutAsItIs(""));
+  EXPECT_TRUE(comesOutAsItIs("Warm \"the\" pot's\tlid,\nthen \xE2\x80\x98pour\xE2\x80\x99"));
+  EXPECT_TRUE(comesOutAsItIs(std::string(10'000, 'x')));
+}
+
+TEST(ComesOutAsItIs, SeesOneByteThatIsChangedWhereverItStands) {
+  for (const char changed : {'\\', '\r', '\0', '\1', '\x1F', '\x7F'}) {
+    for (const std::size_t at : {0, 1, 4095, 4096, 4097, 9'998, 9'999}) {
+      std::string value(10'000, 'x');
+      value[at] = changed;
+      EXPECT_FALSE(comesOutAsItIs(value)) << at;
+      EXPECT_NE(swept(value), value) << at;
+    }
+  }
+}
+
 TEST(ConvertAllOctalCodesToAscii, ReplacesEachOfTheSeventeenRows) {
   for (const auto& [search, replacement] : kReplaceRows) {
     const std::string printed = search;

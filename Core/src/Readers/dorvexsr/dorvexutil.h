@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <list>
 #include <string>
+#include <string_view>
 
 #include "Readers/dorvexsr/dorvexglobals.h"
 #include "Readers/hostapi/reader_exports.h"
@@ -53,6 +54,10 @@ std::string getFieldContents(const std::string& printed, int start);
 // Erases the first character of each occurrence of a pattern.
 void removeFirstCharOfPattern(std::string& value, const std::string& pattern);
 
+// Whether printing a value and normalising what was printed certainly give the value
+// back, as is so for most texts.
+bool comesOutAsItIs(std::string_view value);
+
 // Replaces and deletes the printed escapes of a fixed table, in its order. Not
 // a decoder: what the table does not name stays as it was printed.
 void convertAllOctalCodesToAscii(std::string& value);
@@ -66,7 +71,7 @@ void replaceInplace(std::string& value, const std::string& search, const std::st
 
 // Writes a text as TOKEN_TEXT pieces and one TOKEN_BREAK; an empty text gives no
 // token at all. Throws vn::except::general_error.
-void writeToOutput(TAG_VNDORVEXGlobals* context, std::string text);
+void writeToOutput(TAG_VNDORVEXGlobals* context, std::string_view text);
 
 // Writes the constant tokens that every stream begins with, with no test of the
 // buffer's size.

@@ -288,7 +288,27 @@ class RowsInOnePass {
   bool isNearSeam_ = false;
 };
 
+// Printing escapes more bytes, but normalising gives line feeds, tabs and quotes back.
+// Where there is no backslash each escape stands for itself: what becomes of a byte does
+// not depend on its neighbours.
+constexpr bool isChanged(unsigned char byte) {
+  const bool isControl = byte < 0x20 && byte != '\n' && byte != '\t';
+  return isControl || byte == 0x7F || byte == '\\';
+}
+
 }  // namespace
+
+// In blocks, without a branch for each byte.
+bool comesOutAsItIs(std::string_view value) {
+  constexpr std::size_t kBlock = 4096;
+  for (std::size_t from = 0; from < value.size(); from += kBlock) {
+    unsigned char changed = 0;
+    for (const char byte : value.substr(from, kBlock))
+      changed |= static_cast<unsigned char>(isChanged(static_cast<unsigned char>(byte)));
+    if (changed != 0) return false;
+  }
+  return true;
+}
 
 void convertAllOctalCodesToAscii(std::string& value) { RowsInOnePass(value).run(); }
 

@@ -2,7 +2,6 @@
 // form for the fields `text` and `string`, whatever the message and however deep
 // the field. The reader knows nothing else of where a document keeps its text.
 #include <string_view>
-#include <utility>
 
 #include "Readers/dorvexsr/dorvexutil.h"
 #include "Tools/formats/vniwork13/object_walk.h"
@@ -32,10 +31,15 @@ void normalise(std::string& value) {
 // and that printing the message would give no others.
 void writeScannedValues(TAG_VNDORVEXGlobals* context, const vn::iwork13::PendingMessage& message) {
   for (const vn::iwork13::SweptValue& found : message.values()) {
+    const std::string_view bytes = message.bytesOf(found);
+    if (comesOutAsItIs(bytes)) {
+      writeToOutput(context, bytes);
+      continue;
+    }
     std::string value;
-    vn::iwork13::appendEscaped(message.bytesOf(found), value);
+    vn::iwork13::appendEscaped(bytes, value);
     normalise(value);
-    writeToOutput(context, std::move(value));
+    writeToOutput(context, value);
   }
 }
 

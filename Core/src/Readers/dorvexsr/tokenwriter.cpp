@@ -80,7 +80,7 @@ void writePrologue(TAG_VNDORVEXGlobals* context) {
   for (const std::uint32_t value : kPageSetup) putInteger(context, value);
 }
 
-void writeToOutput(TAG_VNDORVEXGlobals* context, std::string text) {
+void writeToOutput(TAG_VNDORVEXGlobals* context, std::string_view text) {
   if (context == nullptr) throw vn::except::general_error();
   if (text.empty()) return;
   const int length = static_cast<int>(text.size());
