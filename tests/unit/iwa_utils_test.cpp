@@ -4,6 +4,7 @@
 #include <google/protobuf/message.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -291,6 +292,34 @@ class MemberTest : public ::testing::Test {
   MessageMap& map_ = *owner_;
   int reads_ = 0;
 };
+
+// Holds the process to little more address space than it has.
+class LittleRoom {
+ public:
+  LittleRoom() {
+    ::getrlimit(RLIMIT_AS, &before_);
+    rlimit limit = before_;
+    limit.rlim_cur = std::stoull(readFile("/proc/self/statm")) * kPage + kRoom;
+    ::setrlimit(RLIMIT_AS, &limit);
+  }
+  ~LittleRoom() { ::setrlimit(RLIMIT_AS, &before_); }
+  LittleRoom(const LittleRoom&) = delete;
+  LittleRoom& operator=(const LittleRoom&) = delete;
+
+ private:
+  static constexpr rlim_t kPage = 4096;
+  static constexpr rlim_t kRoom = 256U << 20U;
+  rlimit before_{};
+};
+
+TEST_F(MemberTest, TakesNoRoomForASizeThatIsOnlyStated) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer takes the address space for itself";
+#endif
+  const std::string member = iwa({storage(1, {"text"})});
+  const LittleRoom room;
+  EXPECT_THROW(readMember(member, 0xFFFFFFFF), EnoughReads);
+}
 
 TEST_F(MemberTest, ReadsNothingForASizeOfZero) {
   readMember(iwa({storage(1, {"unread"})}), 0);

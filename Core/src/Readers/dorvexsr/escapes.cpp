@@ -303,10 +303,9 @@ constexpr bool isChanged(unsigned char byte) {
 bool comesOutAsItIs(std::string_view value) {
   constexpr std::size_t kBlock = 4096;
   for (std::size_t from = 0; from < value.size(); from += kBlock) {
-    const std::string_view block = value.substr(from, kBlock);
     unsigned char changed = 0;
-    for (std::size_t at = 0; at < block.size(); ++at)
-      changed |= static_cast<unsigned char>(isChanged(static_cast<unsigned char>(block[at])));
+    for (const char byte : value.substr(from, kBlock))
+      changed |= static_cast<unsigned char>(isChanged(static_cast<unsigned char>(byte)));
     if (changed != 0) return false;
   }
   return true;

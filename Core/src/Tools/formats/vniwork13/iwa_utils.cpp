@@ -103,9 +103,28 @@ MessageMap::~MessageMap() noexcept(false) {
   for (const auto& [identifier, message] : map_) delete message;
 }
 
+namespace {
+
+// Room for the whole stream of a member of that size, if the rest of it expands as its
+// first chunks have. Otherwise most of the stream would be copied once more while it
+// grows. What a size states is believed up to a multiple of what is there.
+void makeRoom(DataDecompresser& decompresser, std::uint32_t size) {
+  constexpr std::size_t kMostTimes = 16;
+  std::vector<unsigned char>& stream = decompresser.objectStream;
+  const std::size_t decompressed = decompresser.bytesConsumed - decompresser.pendingChunk.size();
+  if (decompressed == 0 || size <= decompressed) return;
+  const std::size_t expected = stream.size() * size / decompressed;
+  stream.reserve(std::min(expected + expected / 8, kMostTimes * stream.size()));
+}
+
+}  // namespace
+
 void MessageMap::populate(_VPTPIOobj* io, std::uint32_t size, unsigned char* buffer,
                           std::uint32_t bufferSize, MessageFactory factory) {
   DataDecompresser decompresser{buffer, bufferSize, {}, {}, 0, 0};
+  while (decompresser.bytesConsumed < size && decompresser.objectStream.empty())
+    decompresser.read(io);
+  makeRoom(decompresser, size);
   while (decompresser.bytesConsumed < size) decompresser.read(io);
   walkObjectStream(std::move(decompresser.objectStream), factory, kDefaultReading, map_);
 }
