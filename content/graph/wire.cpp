@@ -49,7 +49,7 @@ bool WireReader::next(WireField& field) {
   if (varint(tag) && tag >> 3 != 0 && tag >> 3 <= 0x1FFFFFFF) {
     field.number = static_cast<std::uint32_t>(tag >> 3);
     field.type = static_cast<WireType>(tag & 7);
-    if (value(field)) return true;
+    if (field.type == WireType::kVarint ? varint(field.scalar) : value(field)) return true;
   }
   rest_ = start;
   return false;

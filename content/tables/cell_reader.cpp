@@ -324,14 +324,14 @@ void CellReader::readRich(const CellRecord& record, const Format& format, const 
 void CellReader::readFormula(const CellRecord& record, const Place& place, Cell& cell) {
   const auto key = record.find(CellKey::kFormula);
   if (!key) return;
-  FormulaText formula{"", "its formula is missing"};
   if (const Entry* entry = formulas_.get(reading_).find(*key)) {
     const Host host{reading_.keep<TableDirectory>().byModel(model_), place};
-    formula = formulaText(reading_, entry->get(ListEntry::formula), host);
-    if (!formula.problem.empty()) formula.problem = "its formula: " + formula.problem;
+    FormulaText formula = formulaText(reading_, entry->get(ListEntry::formula), host);
+    cell.formula = std::move(formula.text);
+    if (!formula.problem.empty()) cell.formulaProblem = "its formula: " + formula.problem;
+  } else {
+    cell.formulaProblem = "its formula is missing";
   }
-  cell.formula = std::move(formula.text);
-  cell.formulaProblem = std::move(formula.problem);
   if (!cell.formulaProblem.empty()) addProblem(cell.formulaProblem, place);
 }
 

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "graph/find_each.h"
 #include "graph/plain_text.h"
 #include "newer.h"
 #include "tables/date_format.h"
@@ -103,7 +104,10 @@ DurationFormat unitsOfDuration(const Message<Node>& node, double seconds, const 
 
 class Decoder {
  public:
-  Decoder(const References& references) : references_(references) {}
+  explicit Decoder(const References& references) : references_(references) {
+    constexpr std::size_t kUsualDepth = 8;
+    stack_.reserve(kUsualDepth);
+  }
 
   // Decodes the nodes, whose operands come before what is done with them.
   bool run(const Message<Nodes>& nodes, unsigned depth);
@@ -184,10 +188,11 @@ std::optional<std::string> Decoder::popJoined(std::uint64_t count, std::string_v
     fail("an operand is missing");
     return std::nullopt;
   }
-  std::string text;
+  if (count == 0) return "";
   const auto first = stack_.end() - static_cast<std::ptrdiff_t>(count);
-  for (auto operand = first; operand != stack_.end(); ++operand) {
-    if (operand != first) text += separator;
+  std::string text = std::move(first->text);
+  for (auto operand = first + 1; operand != stack_.end(); ++operand) {
+    text += separator;
     text += operand->text;
     if (text.size() > kLongestText) break;
   }
@@ -236,7 +241,12 @@ bool Decoder::percent() {
 
 bool Decoder::function(std::string name, std::uint64_t arguments) {
   const auto joined = popJoined(arguments, ",");
-  return joined && push(std::move(name) + '(' + *joined + ')');
+  if (!joined) return false;
+  name.reserve(name.size() + joined->size() + 2);
+  name += '(';
+  name += *joined;
+  name += ')';
+  return push(std::move(name));
 }
 
 // Rows are parted by semicolons.
@@ -257,8 +267,7 @@ bool Decoder::array(const Message<Node>& node) {
 
 bool Decoder::number(const Message<Node>& node) {
   using Newer = newer::TSCE_ASTNodeArchive;
-  const auto low = node.as<Newer>().find(Newer::decimal_low);
-  const auto high = node.as<Newer>().find(Newer::decimal_high);
+  const auto [low, high] = findEach(node.as<Newer>(), Newer::decimal_low, Newer::decimal_high);
   std::optional<Decimal> decimal;
   if (low && high) {
     std::string bits;
@@ -322,7 +331,9 @@ bool Decoder::let(const Message<Node>& node, unsigned depth) {
 }
 
 bool Decoder::step(const Message<Node>& node, unsigned depth) {
-  const auto type = node.get(Node::AST_node_type);
+  const auto [stored, index, arguments] = findEach(
+      node, Node::AST_node_type, Node::AST_function_node_index, Node::AST_function_node_numArgs);
+  const auto type = stored.value_or(Type{});
   const auto* op = std::ranges::find(kOperators, type, &Operator::type);
   if (op != std::end(kOperators))
     return op->strength == Strength::kRange ? range(*op) : binary(*op);
@@ -334,10 +345,10 @@ bool Decoder::step(const Message<Node>& node, unsigned depth) {
     case Type::PERCENT_NODE:
       return percent();
     case Type::FUNCTION_NODE: {
-      const std::uint32_t index = node.get(Node::AST_function_node_index);
-      const std::string_view name = functionName(index);
-      if (name.empty()) return fail("function " + std::to_string(index) + " is not known");
-      return function(std::string(name), node.get(Node::AST_function_node_numArgs));
+      const std::string_view name = functionName(index.value_or(0));
+      if (name.empty())
+        return fail("function " + std::to_string(index.value_or(0)) + " is not known");
+      return function(std::string(name), arguments.value_or(0));
     }
     case Type::UNKNOWN_FUNCTION_NODE:
       return function(plainText(node.get(Node::AST_unknown_function_node_string)),
