@@ -77,6 +77,14 @@ function(dorvex_build_private_protobuf)
   target_compile_options(libprotobuf PRIVATE
     -w -O2 -ffunction-sections -fdata-sections)
   target_compile_definitions(libprotobuf PRIVATE NDEBUG)
+  # Most of a file is headers that all have. The descriptors are built once, the parser of
+  # text is never called: neither is worth the time that more optimisation takes.
+  set_target_properties(libprotobuf PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
+  set(once descriptor.cc text_format.cc)
+  list(TRANSFORM once PREPEND ${DORVEX_PROTOBUF_SOURCE_DIR}/protobuf/src/google/protobuf/)
+  set_source_files_properties(${once}
+    TARGET_DIRECTORY libprotobuf
+    PROPERTIES COMPILE_OPTIONS -O1 SKIP_UNITY_BUILD_INCLUSION ON)
   dorvex_split_off_unused_protobuf()
   target_link_libraries(dorvex_protobuf INTERFACE libprotobuf)
   target_include_directories(dorvex_protobuf SYSTEM INTERFACE
