@@ -82,8 +82,9 @@ void appendEscaped(std::string_view value, const EscapeTable& escapes, std::stri
 class Digits {
  public:
   template <typename... Format>
-  explicit Digits(auto number, Format... format)
-      : end_(std::to_chars(text_.data(), text_.data() + text_.size(), number, format...).ptr) {}
+  explicit Digits(auto number, Format... format) {
+    end_ = std::to_chars(text_.data(), text_.data() + text_.size(), number, format...).ptr;
+  }
 
   std::string_view view() const {
     return {text_.data(), static_cast<std::size_t>(end_ - text_.data())};
@@ -91,7 +92,7 @@ class Digits {
 
  private:
   std::array<char, 32> text_{};
-  char* end_;
+  char* end_ = text_.data();
 };
 
 // The same with leading zeros, as fixed numbers of unknown fields are printed.
