@@ -34,7 +34,7 @@ void listenForInterrupts() {
   interrupted = false;
   struct sigaction action {};
   action.sa_handler = noteInterrupt;
-  action.sa_flags = SA_RESETHAND | SA_RESTART;
+  action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
   for (const int signal : {SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
 }
 
