@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
 #include <filesystem>
 #include <mutex>
 
@@ -26,7 +27,7 @@ class Library {
  public:
   Library() = default;
   ~Library() {
-    if (handle_ != nullptr) ::dlclose(handle_);
+    if (void* const handle = handle_) ::dlclose(handle);
   }
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
@@ -34,13 +35,16 @@ class Library {
   OpenFunction open() {
     const std::lock_guard lock(mutex_);
     if (handle_ == nullptr) handle_ = ::dlopen(libzipModule().c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle_ == nullptr) return nullptr;
-    return reinterpret_cast<OpenFunction>(::dlsym(handle_, kUnzipOpenByLibzip));
+    void* const handle = handle_;
+    if (handle == nullptr) return nullptr;
+    return reinterpret_cast<OpenFunction>(::dlsym(handle, kUnzipOpenByLibzip));
   }
 
  private:
   std::mutex mutex_;
-  void* handle_ = nullptr;
+  // Atomic for ThreadSanitizer alone: another thread may unload this module and then one
+  // load it again in the same place, under a lock of the dynamic loader that it does not see.
+  std::atomic<void*> handle_ = nullptr;
 };
 
 Library& library() {
