@@ -1,7 +1,6 @@
 #include "convert_command.h"
 
 #include <filesystem>
-#include <system_error>
 
 #include "document_run.h"
 #include "exit_status.h"
@@ -12,12 +11,6 @@ namespace dorvex::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool mayBeSeveral(const InputOptions& input) {
-  std::error_code ignored;
-  return input.paths.size() != 1 || (fs::is_directory(input.paths.front(), ignored) &&
-                                     !isPackageDirectory(input.paths.front()));
-}
 
 bool givesEachTable(const ConvertOptions& options) {
   return options.rendering.format == RenderFormat::kCsv && !options.rendering.listTables &&
@@ -89,6 +82,7 @@ int runConvert(const HostArguments& host, const ConvertOptions& options) {
   refuseWhatDoesNotSuit(options);
   HostOptions settings = hostOptions(host);
   settings.rendering = renderingOf(options);
+  settings.oneDocument = !mayBeSeveral(options.input);
   const Host renderer(settings);
   DocumentRun run;
   run.input = options.input;

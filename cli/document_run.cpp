@@ -37,12 +37,6 @@ std::vector<ListedPath> allOf(PathList& list) {
   return all;
 }
 
-bool mayBeSeveral(const InputOptions& input) {
-  std::error_code ignored;
-  return input.paths.size() != 1 || (std::filesystem::is_directory(input.paths.front(), ignored) &&
-                                     !isPackageDirectory(input.paths.front()));
-}
-
 class Run {
  public:
   Run(const Host& host, const DocumentRun& options) : host_(host), options_(options) {}

@@ -38,6 +38,7 @@ void holdStandardDescriptors() {
 int runTool(int count, char** values) {
   holdStandardDescriptors();
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);  // ignored, it would hide how a worker died
   try {
     return readCommandLine(count, values)();
   } catch (const OutputError& error) {

@@ -175,4 +175,10 @@ std::unique_ptr<PathList> listOf(const InputOptions& options) {
   return readPaths(options.filesFrom, options.nul ? '\0' : '\n');
 }
 
+bool mayBeSeveral(const InputOptions& options) {
+  std::error_code ignored;
+  return options.paths.size() != 1 || (fs::is_directory(options.paths.front(), ignored) &&
+                                       !isPackageDirectory(options.paths.front()));
+}
+
 }  // namespace dorvex::cli

@@ -42,6 +42,9 @@ struct InputOptions {
 };
 std::unique_ptr<PathList> listOf(const InputOptions& options);
 
+// False where that is one document for certain.
+bool mayBeSeveral(const InputOptions& options);
+
 // Each path in turn, - for standard input. A folder that is no package is gone
 // through in the order of its names, folders within it too, but not through
 // symbolic links; of what is in it only files with a document's name count,

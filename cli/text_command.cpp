@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "document_run.h"
 #include "print_documents.h"
 
@@ -39,7 +41,9 @@ void setForm(DocumentRun& run, const TextOptions& options) {
 
 // One process has one reader.
 int runText(const HostArguments& host, const TextOptions& options) {
-  const Host reader(hostOptions(host));
+  HostOptions settings = hostOptions(host);
+  settings.oneDocument = !mayBeSeveral(options.input);
+  const Host reader(std::move(settings));
   DocumentRun run;
   run.input = options.input;
   run.output = options.output;

@@ -78,6 +78,14 @@ TEST_F(MainTest, SurvivesACrashUnlessItReadsInItsOwnProcess) {
             -SIGSEGV);
 }
 
+TEST_F(MainTest, TellsHowAWorkerDiedWhereItIsStartedWithoutASignalForThat) {
+  const std::string path = document("crash\n");
+  const Finished run = runProgram("/usr/bin/env", {"--ignore-signal=CHLD", DORVEX_PROGRAM,
+                                                   "--module", FAKE_READER_MODULE, "text", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "dorvex: " + path + ": the reader crashed: Segmentation fault\n");
+}
+
 // What the reader parsed stays allocated by rule; a leak check would count it.
 TEST_F(MainTest, ReadsInItsOwnProcessOnRequest) {
   const std::string path = document(zip({{"Index/Document.iwa", iwa({storage(1, {"one"})})}}));

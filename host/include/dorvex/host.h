@@ -89,6 +89,11 @@ struct HostOptions {
   // Documents that a worker reads before it is replaced, since the reader gives
   // no memory back. One that has grown large is replaced earlier.
   std::uint32_t documentsPerWorker = 100;
+  // One document is all that will be opened: its worker is forked from the calling
+  // program itself, with no fork server between, which saves time. It ends with the
+  // thread that makes the Host, and SIGCHLD must not be ignored. Further documents can
+  // be opened all the same, each at the price of a new worker.
+  bool oneDocument = false;
   // The size that is declared to the reader for its output buffer: 51 to
   // 16777216 bytes. It decides how much nextBuffer gives at a time.
   std::uint32_t bufferSize = 65536;

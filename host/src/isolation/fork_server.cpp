@@ -1,9 +1,7 @@
 #include "isolation/fork_server.h"
 
-#include <fcntl.h>
-#include <signal.h>  // NOLINT(modernize-deprecated-headers): kill is POSIX
 #include <sys/prctl.h>
-#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -39,55 +37,26 @@ bool receiveNumber(int channel, Number& number) {
 
 // --- In the server ---
 
-// What the calling program has open is none of the server's business. Standard
-// error stays, for last words.
-void keepOnly(UniqueFd& control) {
-  constexpr int kControl = 3;
-  if (control.get() != kControl) {
-    ::dup3(control.get(), kControl, O_CLOEXEC);
-    control = UniqueFd(kControl);
-  }
-  ::close_range(kControl + 1, ~0U, 0);
-  const UniqueFd nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
-  ::dup2(nowhere.get(), STDIN_FILENO);
-  ::dup2(nowhere.get(), STDOUT_FILENO);
-}
-
-// A key pressed at the terminal reaches every process there. Whether the
-// workers end is up to the program that they work for.
-void leaveSignalsToTheCaller() {
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE}) ::signal(number, SIG_IGN);
-  ::signal(SIGCHLD, SIG_DFL);
-}
-
 void serveFork(int control, UniqueFd channel, const HostOptions& options, const WarmModule& warm) {
   const pid_t server = ::getpid();
   const pid_t worker = ::fork();
   if (worker == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() != server) ::_exit(EXIT_FAILURE);
+    endWithParent(server);
     ::close(control);
     runWorker(std::move(channel), options, warm);
   }
   sendNumber(control, worker < 0 ? -errno : worker);
 }
 
-// A process's number stays taken until it has been waited for, so the right one
-// is hit.
 void serveEnd(int control) {
   pid_t worker = 0;
   if (!receiveNumber(control, worker) || worker <= 0) ::_exit(EXIT_FAILURE);
-  ::kill(worker, SIGKILL);
-  int status = 0;
-  while (::waitpid(worker, &status, 0) < 0 && errno == EINTR) {
-  }
-  sendNumber(control, status);
+  sendNumber(control, endChild(worker));
 }
 
 [[noreturn]] void runServer(UniqueFd control, const HostOptions& options) {
   ::prctl(PR_SET_NAME, "dorvex-forks");
-  leaveSignalsToTheCaller();
-  keepOnly(control);
+  partFromTheCaller(control);
   WarmModule warm = warmUp(options);
   for (;;) {
     ReceivedByte request = receiveByte(control.get());
@@ -126,16 +95,13 @@ ForkServer::ForkServer(pid_t server, UniqueFd control)
 ForkServer::~ForkServer() {
   control_.reset();
   // It may still be loading the module, and has nothing to lose.
-  ::kill(server_, SIGKILL);
-  while (::waitpid(server_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  endChild(server_);
 }
 
 std::optional<WorkerProcess> ForkServer::fork(bool withLibzip) {
   const auto request = withLibzip ? Request::kForkWithLibzip : Request::kFork;
-  auto [mine, its] = makeChannel();
-  // Whatever a worker does, no send to it and no read from it waits.
-  if (!mine || ::fcntl(mine.get(), F_SETFL, O_NONBLOCK) != 0) return std::nullopt;
+  auto [mine, its] = makeWorkerChannel();
+  if (!mine) return std::nullopt;
   const std::lock_guard lock(mutex_);
   int worker = 0;
   if (!sendByte(control_.get(), static_cast<unsigned char>(request), its.get()) ||

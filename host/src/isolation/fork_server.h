@@ -2,21 +2,15 @@
 // there, so that a worker costs no loading. It reads no document.
 #pragma once
 
-#include <sys/types.h>
-
 #include <memory>
 #include <mutex>
 #include <optional>
 
 #include "bytes/unique_fd.h"
 #include "dorvex/host.h"
+#include "isolation/child_process.h"
 
 namespace dorvex {
-
-struct WorkerProcess {
-  pid_t process = -1;
-  UniqueFd channel;  // this end of it
-};
 
 class ForkServer {
  public:

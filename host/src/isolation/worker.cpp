@@ -85,7 +85,7 @@ class WorkerLoop {
       ReceivedByte order = receiveByte(channel_.get());
       if (order.ended || !sendFrame(channel_.get(), FrameType::kTaken, {})) break;
       carryOut(static_cast<Order>(order.byte), std::move(order.fd));
-      if (hasGrownLarge()) break;
+      if (options_.oneDocument || hasGrownLarge()) break;
     }
     // No destructors, no unloading: the process is all that has to be cleaned up.
     ::_exit(EXIT_SUCCESS);

@@ -6,6 +6,7 @@
 #include "bytes/patiently.h"
 #include "isolation/fd_channel.h"
 #include "isolation/frame_reader.h"
+#include "isolation/lone_worker.h"
 #include "reading/time_budget.h"
 
 namespace dorvex {
@@ -44,11 +45,20 @@ Worker::~Worker() { end(); }
 
 std::optional<int> Worker::end() {
   if (process_.process < 0) return std::nullopt;
-  return server_->end(std::exchange(process_.process, -1));
+  const pid_t process = std::exchange(process_.process, -1);
+  return server_ ? server_->end(process) : endChild(process);
 }
 
 WorkerPool::WorkerPool(const HostOptions& options, std::chrono::milliseconds patience)
-    : options_(options), patience_(patience), server_(ForkServer::start(options)) {}
+    : options_(options), patience_(patience) {
+  if (options.oneDocument) {
+    if (auto process = forkLoneWorker(options)) {
+      lone_ = std::make_unique<Worker>(nullptr, std::move(*process));
+    }
+  } else {
+    server_ = ForkServer::start(options);
+  }
+}
 
 std::shared_ptr<ForkServer> WorkerPool::server() {
   const std::lock_guard lock(mutex_);
@@ -60,6 +70,11 @@ std::shared_ptr<ForkServer> WorkerPool::restarted(const std::shared_ptr<ForkServ
   const std::lock_guard lock(mutex_);
   if (server_ == gone) server_ = ForkServer::start(options_);
   return server_;
+}
+
+std::unique_ptr<Worker> WorkerPool::takeLone() {
+  const std::lock_guard lock(mutex_);
+  return std::move(lone_);
 }
 
 std::unique_ptr<Worker> WorkerPool::takeIdle() {
@@ -85,7 +100,8 @@ std::unique_ptr<Worker> WorkerPool::makeNew() {
 std::unique_ptr<Worker> WorkerPool::takeOrMake(bool mustBeNew, bool& isNew) {
   auto worker = mustBeNew ? nullptr : takeIdle();
   isNew = worker == nullptr;
-  if (isNew) worker = makeNew();
+  if (isNew) worker = takeLone();
+  if (!worker) worker = makeNew();
   if (!worker && isShortage(errno)) {
     const int error = errno;
     takeIdle();

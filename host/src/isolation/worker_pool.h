@@ -17,6 +17,7 @@ namespace dorvex {
 // A worker process. Ends with the object.
 class Worker {
  public:
+  // server: which forked the process; null for a lone worker.
   Worker(std::shared_ptr<ForkServer> server, WorkerProcess process);
   ~Worker();
   Worker(const Worker&) = delete;
@@ -55,6 +56,7 @@ class WorkerPool {
 
  private:
   std::unique_ptr<Worker> start(Order order, int document, bool mustBeNew);
+  std::unique_ptr<Worker> takeLone();
   std::unique_ptr<Worker> takeIdle();
   std::unique_ptr<Worker> makeNew();
   std::unique_ptr<Worker> takeOrMake(bool mustBeNew, bool& isNew);
@@ -65,7 +67,8 @@ class WorkerPool {
   const HostOptions options_;
   const std::chrono::milliseconds patience_;
   std::mutex mutex_;
-  std::shared_ptr<ForkServer> server_;
+  std::shared_ptr<ForkServer> server_;  // null as long as a lone worker is enough
+  std::unique_ptr<Worker> lone_;        // until it takes the one document
   std::vector<std::unique_ptr<Worker>> idle_;
   std::atomic<bool> needsLibzip_ = false;
   std::atomic<bool> waitedInVain_ = false;  // last time, for what the machine is short of

@@ -64,6 +64,12 @@ bool goesSoon(pid_t process) {
 
 HostOptions options() { return fakeReader(Isolation::kWorkers); }
 
+HostOptions forOneDocument() {
+  HostOptions lone = options();
+  lone.oneDocument = true;
+  return lone;
+}
+
 TEST(WorkerPool, UsesAWorkerAgain) {
   const Host host(options());
   const Processes first = processesOf(host);
@@ -220,11 +226,12 @@ TEST(WorkerPool, OutlivesItsHostForADocumentThatIsOpen) {
   EXPECT_EQ(document.result().status, Status::kOk);
 }
 
-TEST(WorkerPool, EndsWithTheProgramHoweverThatEnds) {
+// What read a document of a program that was killed meanwhile.
+Processes processesOfAKilledProgram(const HostOptions& options) {
   auto [mine, its] = makeChannel();
   const pid_t program = ::fork();
   if (program == 0) {
-    const Host host(options());
+    const Host host(options);
     const std::string commands = "process\nbuffer\nhang\n";
     Document document = host.open(script(commands));
     const Processes processes = processesIn(document.nextText().value_or(""));
@@ -232,11 +239,62 @@ TEST(WorkerPool, EndsWithTheProgramHoweverThatEnds) {
     ::kill(::getpid(), SIGKILL);
   }
   Processes processes;
-  ASSERT_TRUE(
+  EXPECT_TRUE(
       receiveBytes(mine.get(), {reinterpret_cast<unsigned char*>(&processes), sizeof processes}));
   ::waitpid(program, nullptr, 0);
+  return processes;
+}
+
+TEST(WorkerPool, EndsWithTheProgramHoweverThatEnds) {
+  const Processes processes = processesOfAKilledProgram(options());
+  ASSERT_GT(processes.worker, 0);
   EXPECT_TRUE(goesSoon(processes.server));
   EXPECT_TRUE(goesSoon(processes.worker));
+}
+
+TEST(WorkerPool, EndsTheWorkerOfOneDocumentWithTheProgramHoweverThatEnds) {
+  const Processes processes = processesOfAKilledProgram(forOneDocument());
+  ASSERT_GT(processes.worker, 0);
+  EXPECT_TRUE(goesSoon(processes.worker));
+}
+
+TEST(WorkerPool, ForksTheWorkerOfOneDocumentItself) {
+  const Processes processes = processesOf(Host(forOneDocument()));
+  EXPECT_EQ(processes.server, ::getpid());
+  EXPECT_TRUE(isGone(processes.worker));
+}
+
+TEST(WorkerPool, OpensFurtherDocumentsBehindTheOneInNewWorkers) {
+  const Host host(forOneDocument());
+  const Processes first = processesOf(host);
+  const Processes second = processesOf(host);
+  const Processes third = processesOf(host);
+  EXPECT_NE(second.server, ::getpid());
+  EXPECT_EQ(second.server, third.server);
+  EXPECT_EQ((std::set{first.worker, second.worker, third.worker}).size(), 3u);
+}
+
+TEST(WorkerPool, ConfinesTheWorkerOfOneDocument) {
+  if (const auto missing = missingConfinement(); !missing.empty()) GTEST_SKIP() << missing.front();
+  HostOptions confined = forOneDocument();
+  confined.sandbox = Sandbox::kRequired;
+  const Reading reading = readTexts(Host(confined), script("attempt open /etc/passwd\n"));
+  EXPECT_EQ(reading.texts, std::vector<std::string>{"open: Operation not permitted"});
+}
+
+TEST(WorkerPool, TellsHowTheWorkerOfOneDocumentDied) {
+  EXPECT_EQ(readTexts(Host(forOneDocument()), script("crash\n")).result.signal, SIGSEGV);
+}
+
+TEST(WorkerPool, ReadsTheOneDocumentInAnotherWorkerWhereItsOwnHasDied) {
+  const Host host(forOneDocument());
+  std::ifstream children(childrenListOf(::getpid()));
+  pid_t lone = 0;
+  if (!(children >> lone)) GTEST_SKIP() << "this kernel does not list the children of a process";
+  killProcess(lone);
+  const Processes processes = processesOf(host);
+  EXPECT_NE(processes.worker, lone);
+  EXPECT_NE(processes.server, ::getpid());
 }
 
 TEST(WorkerPool, ReportsAProcessThatDiesBeforeItIsReady) {
