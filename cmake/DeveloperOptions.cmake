@@ -13,6 +13,10 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
+# What -O3 adds to it takes a sixth of the time that compiling takes, and gains nothing that
+# the benchmarks see.
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+
 option(DORVEX_WARNINGS_AS_ERRORS "Treat warnings in the project's own code as errors" ON)
 set(DORVEX_SANITIZERS "" CACHE STRING "Comma-separated list for -fsanitize=, e.g. address,undefined")
 option(DORVEX_COVERAGE "Instrument for gcov" OFF)

@@ -57,9 +57,11 @@ function(dorvex_split_off_unused_protobuf)
   list(FILTER sources EXCLUDE REGEX "${unused}")
   list(FILTER others INCLUDE REGEX "${unused}")
   list(FILTER others INCLUDE REGEX "[.]cc$")
+  # Nor does JSON need all of that.
+  list(FILTER others EXCLUDE REGEX "compiler/|message_differencer|field_comparator|gzip_stream|io/printer|io_win32")
   set_target_properties(libprotobuf PROPERTIES SOURCES "${sources}")
   add_library(dorvex_protobuf_json STATIC EXCLUDE_FROM_ALL ${others})
-  target_compile_options(dorvex_protobuf_json PRIVATE -w -O2)
+  target_compile_options(dorvex_protobuf_json PRIVATE -w -O0)
   target_link_libraries(dorvex_protobuf_json PUBLIC dorvex_protobuf)
 endfunction()
 

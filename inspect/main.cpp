@@ -4,7 +4,6 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <csignal>
 #include <cstring>
@@ -24,15 +23,6 @@
 
 namespace dorvex::cli {
 namespace {
-
-struct Arguments {
-  InspectOptions inspect;
-  std::string module;
-  double timeout = 0;
-  std::uint64_t maxMemory = 0;
-  bool requireSandbox = false;
-  bool noSandbox = false;
-};
 
 [[noreturn]] void endForTime(int) {
   constexpr char kMessage[] = "dorvex: inspect: stopped at the time limit\n";
@@ -60,22 +50,11 @@ void limitMemory([[maybe_unused]] std::uint64_t bytes) {
 }
 
 // The tool has said what the kernel lacks.
-void confine(const Arguments& arguments, int directory) {
+void confine(const InspectorArguments& arguments, int directory) {
   if (arguments.noSandbox) return;
   const auto missing = directory >= 0 ? confineToDirectory(directory) : confineToHeldFiles();
   if (arguments.requireSandbox && !missing.empty())
     throw EnvironmentError("not read, since it cannot be confined: " + missing.front());
-}
-
-void parse(int count, char** values, CLI::App& app, Arguments& arguments) {
-  addInspectOptions(app, arguments.inspect);
-  app.add_option("--module", arguments.module, "The reader module's file")->required();
-  app.add_option("--timeout", arguments.timeout, "Seconds that the document may take");
-  app.add_option("--max-memory", arguments.maxMemory, "Bytes of memory that it may take");
-  app.add_flag("--require-sandbox", arguments.requireSandbox,
-               "Read nothing with less of a sandbox");
-  app.add_flag("--no-sandbox", arguments.noSandbox, "Read without a sandbox");
-  app.parse(count, values);
 }
 
 void complain(const std::string& path, const std::string& fault) {
@@ -90,7 +69,7 @@ std::optional<std::string> print(const Listing& listing, const InspectOptions& o
   return (options.json ? printListingAsJson : printListing)(listing);
 }
 
-int inspect(const Arguments& arguments) {
+int inspect(const InspectorArguments& arguments) {
   const InspectOptions& options = arguments.inspect;
   const auto moduleFolder = std::filesystem::absolute(arguments.module).parent_path();
   Listing listing = listDocument(options.path, moduleFolder, options.object,
@@ -113,15 +92,12 @@ int report(const OutputError& error) {
 
 int runInspector(int count, char** values) {
   std::signal(SIGPIPE, SIG_IGN);
-  CLI::App app("Shows what a package holds; `dorvex inspect` starts it.", "dorvex-inspect");
-  Arguments arguments;
+  InspectorArguments arguments;
   try {
-    parse(count, values, app, arguments);
+    if (const auto status = readArguments(count, values, arguments)) return *status;
     limitTime(arguments.timeout);
     limitMemory(arguments.maxMemory);
     return inspect(arguments);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kBadUsage;
   } catch (const OutputError& error) {
     return report(error);
   } catch (const EnvironmentError& error) {

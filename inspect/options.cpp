@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <limits>
 
+#include "exit_status.h"
 #include "option_checks.h"
 
 namespace dorvex::cli {
@@ -15,6 +16,16 @@ std::string objectFault(const std::string& value) {
 }
 
 std::string applicationFault(const std::string& value) { return wordFault(value, kApplications); }
+
+void addInspectorOptions(CLI::App& app, InspectorArguments& arguments) {
+  addInspectOptions(app, arguments.inspect);
+  app.add_option("--module", arguments.module, "The reader module's file")->required();
+  app.add_option("--timeout", arguments.timeout, "Seconds that the document may take");
+  app.add_option("--max-memory", arguments.maxMemory, "Bytes of memory that it may take");
+  app.add_flag("--require-sandbox", arguments.requireSandbox,
+               "Read nothing with less of a sandbox");
+  app.add_flag("--no-sandbox", arguments.noSandbox, "Read without a sandbox");
+}
 
 }  // namespace
 
@@ -42,6 +53,17 @@ std::vector<std::string> argumentsOf(const InspectOptions& options) {
   }
   arguments.insert(arguments.end(), {"--", options.path});
   return arguments;
+}
+
+std::optional<int> readArguments(int count, char** values, InspectorArguments& arguments) {
+  CLI::App app("Shows what a package holds; `dorvex inspect` starts it.", "dorvex-inspect");
+  addInspectorOptions(app, arguments);
+  try {
+    app.parse(count, values);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kBadUsage;
+  }
 }
 
 }  // namespace dorvex::cli

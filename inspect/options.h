@@ -26,4 +26,18 @@ void addInspectOptions(CLI::App& command, InspectOptions& options);
 // Writes them as arguments again.
 std::vector<std::string> argumentsOf(const InspectOptions& options);
 
+// What the tool tells the inspector: those options, and how it is to be held.
+struct InspectorArguments {
+  InspectOptions inspect;
+  std::string module;
+  double timeout = 0;           // seconds, or 0 for no limit
+  std::uint64_t maxMemory = 0;  // bytes, or 0 for no limit
+  bool requireSandbox = false;
+  bool noSandbox = false;
+};
+
+// Reads the inspector's command line. A status to end with at once, or none: help was asked
+// for, or the line was faulty, which has been said then.
+std::optional<int> readArguments(int count, char** values, InspectorArguments& arguments);
+
 }  // namespace dorvex::cli

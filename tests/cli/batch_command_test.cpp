@@ -18,7 +18,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::batch_command_test {
 namespace {
 
 using namespace testing;
@@ -494,4 +494,4 @@ TEST_F(Batch, HasARecordInMemoryOnce) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::batch_command_test

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace dorvex::cli {
+namespace dorvex::cli::blocks_test {
 namespace {
 
 TEST(Blocks, HoldWhatIsAppended) {
@@ -42,4 +42,4 @@ TEST(Blocks, TakeTheBlocksOfOthersOver) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::blocks_test

@@ -4,7 +4,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::command_line_test {
 namespace {
 
 using namespace testing;
@@ -98,4 +98,4 @@ TEST_F(CommandLineTest, NamesEveryExitStatus) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::command_line_test

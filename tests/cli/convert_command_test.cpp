@@ -12,7 +12,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::convert_command_test {
 namespace {
 
 using namespace testing;
@@ -126,4 +126,4 @@ TEST(SideFiles, TakeTheirNamesWhenTheyAreWhole) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::convert_command_test

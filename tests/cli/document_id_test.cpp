@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-namespace dorvex::cli {
+namespace dorvex::cli::document_id_test {
 namespace {
 
 TEST(DocumentId, IsTheBeginningOfTheSha256OfThePath) {
@@ -35,4 +35,4 @@ TEST(Shard, IsWrittenAsAPartBelowTheirNumber) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::document_id_test

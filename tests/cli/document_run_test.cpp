@@ -14,7 +14,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::document_run_test {
 namespace {
 
 using namespace testing;
@@ -195,4 +195,4 @@ TEST_F(DocumentRun, SparesWhatIsThereOnFileSystemsThatDoNotKnowHow) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::document_run_test

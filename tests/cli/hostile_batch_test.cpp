@@ -12,7 +12,7 @@
 #include "support/self_containing_zip.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::hostile_batch_test {
 namespace {
 
 using namespace testing;
@@ -128,4 +128,4 @@ TEST_F(HostileBatch, NoneIsRenderedAndAllAreToldOfAsWhenTheirTextIsRead) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::hostile_batch_test

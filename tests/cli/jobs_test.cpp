@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace dorvex::cli {
+namespace dorvex::cli::jobs_test {
 namespace {
 
 NextItem items(int count) {
@@ -104,4 +104,4 @@ TEST(RunJobsDeathTest, GivesUpWorkThatDoesNotEnd) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::jobs_test

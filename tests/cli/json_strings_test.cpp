@@ -8,7 +8,7 @@
 
 #include "printable.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::json_strings_test {
 namespace {
 
 std::string written(const std::vector<std::string>& pieces) {
@@ -73,4 +73,4 @@ TEST(JsonStrings, AreThoseOfTheLibraryHoweverTheTextIsCut) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::json_strings_test

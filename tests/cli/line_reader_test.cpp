@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace dorvex::cli {
+namespace dorvex::cli::line_reader_test {
 namespace {
 
 using Lines = std::vector<std::pair<std::string, bool>>;
@@ -64,4 +64,4 @@ TEST(LineReader, TakesAFailureForNoEnd) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::line_reader_test

@@ -6,7 +6,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::main_test {
 namespace {
 
 using namespace testing;
@@ -104,4 +104,4 @@ TEST_F(MainTest, EndsADocumentAfterTheTimeout) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::main_test

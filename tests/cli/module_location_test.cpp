@@ -6,7 +6,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::module_location_test {
 namespace {
 
 using namespace testing;
@@ -106,4 +106,4 @@ TEST_F(WithoutProc, APackageDirectoryIsRead) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::module_location_test

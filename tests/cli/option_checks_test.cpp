@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::cli {
+namespace dorvex::cli::option_checks_test {
 namespace {
 
 std::string bytesOf(std::string size) { return sizeFault(size).empty() ? size : ""; }
@@ -65,4 +65,4 @@ TEST(WordFault, NamesTheWordsAsASentenceDoes) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::option_checks_test

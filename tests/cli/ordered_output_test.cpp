@@ -13,7 +13,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::ordered_output_test {
 namespace {
 
 class OrderedOutputTest : public ::testing::Test {
@@ -142,4 +142,4 @@ TEST(OrderedOutput, LetsNobodyWaitBehindABrokenOutput) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::ordered_output_test

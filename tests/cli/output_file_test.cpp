@@ -9,7 +9,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::output_file_test {
 namespace {
 
 using testing::readFile;
@@ -111,4 +111,4 @@ TEST_F(OutputFileTest, SaysWhyItCannotBeMade) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::output_file_test

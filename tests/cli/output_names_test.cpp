@@ -5,7 +5,7 @@
 #include "document_id.h"
 #include "exit_status.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::output_names_test {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -57,4 +57,4 @@ TEST(OutputNames, AreNotCutWithinACharacter) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::output_names_test

@@ -4,7 +4,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::output_test {
 namespace {
 
 using namespace testing;
@@ -31,4 +31,4 @@ TEST_F(OutputTest, StopsWithoutAWordWhenNobodyReadsAnyMore) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::output_test

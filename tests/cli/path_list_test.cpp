@@ -12,7 +12,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::path_list_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -201,4 +201,4 @@ TEST_F(ReadPathsTest, TakesAFailureForNoEnd) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::path_list_test

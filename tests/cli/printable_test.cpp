@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::cli {
+namespace dorvex::cli::printable_test {
 namespace {
 
 TEST(Printable, ReplacesControlBytesOnly) {
@@ -35,4 +35,4 @@ TEST(PrintableJson, EscapesC1AndLeavesTheRest) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::printable_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::cli {
+namespace dorvex::cli::progress_test {
 namespace {
 
 TEST(ProgressLine, TellsDocumentsRateAndFailures) {
@@ -23,4 +23,4 @@ TEST(SummaryLine, TellsWhatWasReadAndWhatFailedByStatus) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::progress_test

@@ -10,7 +10,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::record_test {
 namespace {
 
 using nlohmann::json;
@@ -156,4 +156,4 @@ TEST(FailedStatuses, AreEveryWordButOk) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::record_test

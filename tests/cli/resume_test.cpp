@@ -13,7 +13,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::resume_test {
 namespace {
 
 using testing::readFile;
@@ -127,4 +127,4 @@ TEST_F(Resume, SaysWhyAFileCannotBeOpened) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::resume_test

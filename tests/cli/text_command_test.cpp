@@ -9,7 +9,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::text_command_test {
 namespace {
 
 using namespace testing;
@@ -244,4 +244,4 @@ TEST_F(TextCommand, AnswersAModuleThatIsNotThereWithStatusThree) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::text_command_test

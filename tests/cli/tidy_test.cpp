@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::cli {
+namespace dorvex::cli::tidy_test {
 namespace {
 
 TEST(TidyText, LeavesPlainTextAlone) {
@@ -48,4 +48,4 @@ TEST(Tidier, LeavesOutWhatHoldsNothingAndWhatCameBefore) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::tidy_test

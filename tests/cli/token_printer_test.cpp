@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::cli {
+namespace dorvex::cli::token_printer_test {
 namespace {
 
 TEST(TokenPrinter, PrintsEveryKindOnALineOfItsOwn) {
@@ -21,4 +21,4 @@ TEST(TokenPrinter, EscapesWhatWouldBreakTheLineAndLeavesTheRest) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::token_printer_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::cli {
+namespace dorvex::cli::utf8_test {
 namespace {
 
 using Form = FirstCharacter::Form;
@@ -39,4 +39,4 @@ TEST(IsC1Control, HoldsForThoseBehindDelete) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::utf8_test

@@ -11,7 +11,7 @@
 #include "Tools/vnstring/vnstring.h"
 #include "support/failing_allocation.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::utf8Sanitizer_test {
 namespace {
 
 using namespace vn::string;
@@ -351,4 +351,4 @@ TEST(SanitizeASCIIPrintable, GivesAnEmptyTextForAnEmptyText) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::utf8Sanitizer_test

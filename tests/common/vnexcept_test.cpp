@@ -10,7 +10,7 @@
 
 #include "support/failing_allocation.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::vnexcept_test {
 namespace {
 
 using namespace vn::except;
@@ -242,4 +242,4 @@ TEST(DllNotFoundError, HasNoBareForm) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::vnexcept_test

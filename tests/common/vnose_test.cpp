@@ -63,7 +63,7 @@ extern "C" char* dlerror() noexcept {
   return real();
 }
 
-namespace dorvex::testing {
+namespace dorvex::testing::vnose_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -1228,4 +1228,4 @@ TEST_F(VnosFlock, FreeUnlocksAndClosesAndLeavesTheFile) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::vnose_test

@@ -14,7 +14,7 @@
 #include "support/failing_allocation.h"
 #include "support/guarded_buffer.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::vnstring_convert_test {
 namespace {
 
 using namespace vn::string;
@@ -693,4 +693,4 @@ TEST(IdentifyBOM, LetsTheLibrarysLogicErrorOutForNullWithItsOutputsSet) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::vnstring_convert_test

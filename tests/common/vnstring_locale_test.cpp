@@ -28,7 +28,7 @@ extern "C" char* setlocale(int category, const char* locale) noexcept {
   return next(category, locale);
 }
 
-namespace dorvex::testing {
+namespace dorvex::testing::vnstring_locale_test {
 namespace {
 
 using namespace vn::string;
@@ -264,4 +264,4 @@ TEST_F(StartsWithCaseInsensitiveInALocale, ComparesAsTheLocaleDoes) {
 #endif
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::vnstring_locale_test

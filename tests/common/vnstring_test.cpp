@@ -8,7 +8,7 @@
 #include "support/failing_allocation.h"
 #include "support/long_string.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::vnstring_test {
 namespace {
 
 using namespace vn::string;
@@ -369,4 +369,4 @@ static_assert(hasSignature<std::string(Text, int), sanitizeUTF8with1252>);
 static_assert(hasSignature<std::string(Text, int), sanitizeASCIIPrintable>);
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::vnstring_test

@@ -21,7 +21,7 @@
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::containment_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -218,4 +218,4 @@ TEST(Containment, HoldsForAllRealDocuments) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::containment_test

@@ -11,7 +11,7 @@
 
 #include "fake_document.h"
 
-namespace dorvex {
+namespace dorvex::host_test {
 namespace {
 
 using testing::fakeReader;
@@ -116,4 +116,4 @@ TEST(Document, SurvivesAMove) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::host_test

@@ -11,7 +11,7 @@
 #include "support/self_containing_zip.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::limits_test {
 namespace {
 
 using namespace testing;
@@ -202,4 +202,4 @@ TEST_F(DocumentLimits, DoNotConcernNamesThatLookLikePaths) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::limits_test

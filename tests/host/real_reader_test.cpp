@@ -23,7 +23,7 @@
 extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
 #endif
 
-namespace dorvex {
+namespace dorvex::real_reader_test {
 namespace {
 
 using namespace testing;
@@ -493,4 +493,4 @@ INSTANTIATE_TEST_SUITE_P(Isolations, RealReader,
                          });
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::real_reader_test

@@ -11,7 +11,7 @@
 #include "support/temporary_directory.h"
 #include "support/unconfined.h"
 
-namespace dorvex {
+namespace dorvex::rendering_test {
 namespace {
 
 using namespace testing;
@@ -160,4 +160,4 @@ TEST(RenderedDocument, NeedsTheContentModule) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::rendering_test

@@ -17,7 +17,7 @@
 #include "support/self_containing_zip.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::main_test {
 namespace {
 
 using namespace testing;
@@ -267,4 +267,4 @@ TEST_F(InspectTest, CountsTheTextsThatTheReaderGives) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::main_test

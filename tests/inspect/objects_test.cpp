@@ -4,7 +4,7 @@
 
 #include "support/package_writer.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::objects_test {
 namespace {
 
 using namespace dorvex::testing;
@@ -91,4 +91,4 @@ TEST(ObjectLister, KeepsThePayloadsOfTheObjectThatIsAskedFor) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::objects_test

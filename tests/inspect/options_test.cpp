@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-namespace dorvex::cli {
+namespace dorvex::cli::options_test {
 namespace {
 
 InspectOptions parsed(std::vector<std::string> arguments) {
@@ -39,4 +39,4 @@ TEST(InspectOptions, TakeNoOtherApplication) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::options_test

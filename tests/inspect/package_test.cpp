@@ -9,7 +9,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::cli {
+namespace dorvex::cli::package_test {
 namespace {
 
 using namespace dorvex::testing;
@@ -127,4 +127,4 @@ TEST_F(VisitPackageTest, SaysWhatAFileIsThatIsNoPackage) {
 }
 
 }  // namespace
-}  // namespace dorvex::cli
+}  // namespace dorvex::cli::package_test

@@ -11,7 +11,7 @@
 
 #include "module/module_life.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::beside_protobuf_test {
 namespace {
 
 namespace pb = google::protobuf;
@@ -73,4 +73,4 @@ TEST(BesideAnotherProtobuf, TheModuleWorksWhileTheProgramUsesItsOwn) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::beside_protobuf_test

@@ -11,7 +11,7 @@
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::buffers_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -109,4 +109,4 @@ INSTANTIATE_TEST_SUITE_P(Documents, CorpusBuffers, ::testing::ValuesIn(corpusDoc
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(CorpusBuffers);
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::buffers_test

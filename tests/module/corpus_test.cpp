@@ -12,7 +12,7 @@
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::corpus_test {
 namespace {
 
 using nlohmann::json;
@@ -131,4 +131,4 @@ TEST(CorpusFolder, HoldsADocumentForEachExpectation) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::corpus_test

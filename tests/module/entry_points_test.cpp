@@ -9,7 +9,7 @@
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::entry_points_test {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -103,4 +103,4 @@ TEST(NullSlots, OfAScratchStreamAreSkippedButForOpen) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::entry_points_test

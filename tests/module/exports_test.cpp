@@ -16,7 +16,7 @@
 #include "module/reader_module.h"
 #include "support/package_writer.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::exports_test {
 namespace {
 
 struct Symbol {
@@ -168,4 +168,4 @@ TEST(Exports, OfTheContainerModuleAreItsThreeEntryPoints) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::exports_test

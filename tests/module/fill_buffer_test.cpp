@@ -12,7 +12,7 @@
 #include "support/temporary_directory.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::fill_buffer_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -372,4 +372,4 @@ TEST_F(FillBuffer, PumpsTwoDocumentsInTurns) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::fill_buffer_test

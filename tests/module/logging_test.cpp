@@ -6,7 +6,7 @@
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::logging_test {
 namespace {
 
 TEST(Logging, SaysNothingOfInvalidUtf8) {
@@ -38,4 +38,4 @@ TEST(Logging, SaysNothingOfDamage) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::logging_test

@@ -7,7 +7,7 @@
 
 #include "module/module_life.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::reload_test {
 namespace {
 
 // Each runs in a process of its own that is started anew, since another test of
@@ -51,4 +51,4 @@ TEST_F(Reload, ShutsDownAtTheEndOfTheProcess) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::reload_test

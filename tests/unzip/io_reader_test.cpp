@@ -6,7 +6,7 @@
 
 #include "loaded_module.h"
 
-namespace dorvex::unzip {
+namespace dorvex::unzip::io_reader_test {
 namespace {
 
 using testing::MemoryObject;
@@ -75,4 +75,4 @@ TEST(IoReader, TakesShortReadsThatLieCloseTogetherFromOne) {
 }
 
 }  // namespace
-}  // namespace dorvex::unzip
+}  // namespace dorvex::unzip::io_reader_test

@@ -8,7 +8,7 @@
 
 #include "loaded_module.h"
 
-namespace dorvex::unzip {
+namespace dorvex::unzip::io_source_test {
 namespace {
 
 using testing::MemoryObject;
@@ -101,4 +101,4 @@ TEST(IoSource, CannotBeWritten) {
 }
 
 }  // namespace
-}  // namespace dorvex::unzip
+}  // namespace dorvex::unzip::io_source_test

@@ -16,7 +16,7 @@
 #include "support/temporary_directory.h"
 #include "support/zip_bytes.h"
 
-namespace dorvex {
+namespace dorvex::unzip_test {
 namespace {
 
 using testing::LoadedModule;
@@ -142,4 +142,4 @@ TEST(UnzipModule, TurnsWhatASlotThrowsIntoAStatus) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::unzip_test

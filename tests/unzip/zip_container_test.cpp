@@ -11,7 +11,7 @@
 #include "support/self_containing_zip.h"
 #include "support/zip_bytes.h"
 
-namespace dorvex {
+namespace dorvex::zip_container_test {
 namespace {
 
 using namespace testing;
@@ -601,4 +601,4 @@ TEST_F(ZipContainerTest, HoldsItsPromiseForEveryDamagedByte) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::zip_container_test

@@ -13,7 +13,7 @@
 #include "loaded_module.h"
 #include "support/zip_bytes.h"
 
-namespace dorvex::unzip {
+namespace dorvex::unzip::zip_layout_test {
 namespace {
 
 using namespace dorvex::testing;
@@ -214,4 +214,4 @@ TEST(ZipLayout, ReadsALongListInFewReadsAndEachLocalHeaderInOne) {
 }
 
 }  // namespace
-}  // namespace dorvex::unzip
+}  // namespace dorvex::unzip::zip_layout_test

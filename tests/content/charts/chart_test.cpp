@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::chart_test {
 namespace {
 
 using testing::bitsOf;
@@ -133,4 +133,4 @@ TEST(Chart, WithoutAnythingIsEmpty) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::chart_test

@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::attributes_test {
 namespace {
 
 using testing::object;
@@ -89,4 +89,4 @@ TEST(Attributes, OfADrawableWithoutAnyAreEmpty) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::attributes_test

@@ -5,7 +5,7 @@
 #include "content/support/blocks.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::box_text_test {
 namespace {
 
 using testing::object;
@@ -92,4 +92,4 @@ TEST(ShowNothing, IsTrueOfEmptyParagraphsOnly) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::box_text_test

@@ -5,7 +5,7 @@
 #include "content/support/blocks.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::drawable_test {
 namespace {
 
 using testing::as;
@@ -250,4 +250,4 @@ TEST(Drawable, ThatIsNotThereIsCounted) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::drawable_test

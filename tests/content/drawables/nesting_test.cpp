@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::nesting_test {
 namespace {
 
 using testing::Wire;
@@ -40,4 +40,4 @@ TEST(DepthOfDrawable, IsNothingForOtherMessages) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::nesting_test

@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::pictures_test {
 namespace {
 
 using testing::object;
@@ -145,4 +145,4 @@ TEST(Movie, IsAFilmOrASound) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::pictures_test

@@ -5,7 +5,7 @@
 #include "TSPMessages.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::find_each_test {
 namespace {
 
 using testing::Wire;
@@ -22,4 +22,4 @@ TEST(FindEach, GivesEachFieldAsFindDoes) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::find_each_test

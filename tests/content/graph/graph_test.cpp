@@ -7,7 +7,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::graph_test {
 namespace {
 
 using testing::Archive;
@@ -81,4 +81,4 @@ TEST(Graph, PassesOverArchivesWithoutAHeader) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::graph_test

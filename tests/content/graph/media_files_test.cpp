@@ -5,7 +5,7 @@
 #include "content/support/files.h"
 #include "support/package_writer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::media_files_test {
 namespace {
 
 using testing::Wire;
@@ -92,4 +92,4 @@ TEST_F(MediaFilesTest, GivesNothingForAnUnknownIdentifier) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::media_files_test

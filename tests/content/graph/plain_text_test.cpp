@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::plain_text_test {
 namespace {
 
 TEST(PlainText, KeepsTextAndTabs) {
@@ -38,4 +38,4 @@ TEST(Composed, JoinsCombiningMarksWithTheirLetters) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::plain_text_test

@@ -5,7 +5,7 @@
 #include "content/support/objects.h"
 #include "content/support/recorder.h"
 
-namespace dorvex::content {
+namespace dorvex::content::keynote_test {
 namespace {
 
 using testing::object;
@@ -43,4 +43,4 @@ TEST(Keynote, HasNoSlidesWithoutAShow) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::keynote_test

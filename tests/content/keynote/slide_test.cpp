@@ -5,7 +5,7 @@
 #include "content/support/blocks.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::slide_test {
 namespace {
 
 using testing::as;
@@ -151,4 +151,4 @@ TEST_F(SlideTest, HasNotesThatSaySomething) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::slide_test

@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::slide_tree_test {
 namespace {
 
 using testing::object;
@@ -112,4 +112,4 @@ TEST(SlideTree, EndsInATreeThatIsTooDeep) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::slide_tree_test

@@ -14,7 +14,7 @@
 extern "C" DorvexContentOutcome dorvexRenderContent(const DorvexContentRequest* request,
                                                     DorvexContentAnswer* answer);
 
-namespace dorvex::content {
+namespace dorvex::content::content_module_test {
 namespace {
 
 constexpr int kPagesDocument = 10000;
@@ -159,4 +159,4 @@ TEST_F(ContentModule, MakesPlainNamesOfThoseThatLeadElsewhere) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::content_module_test

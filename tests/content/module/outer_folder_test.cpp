@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::outer_folder_test {
 namespace {
 
 std::vector<std::string> stripped(const std::vector<std::string>& names) {
@@ -35,4 +35,4 @@ TEST(OuterFolder, IsNotThatOfWhatMacOsAdds) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::outer_folder_test

@@ -10,7 +10,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex::content {
+namespace dorvex::content::services_package_test {
 namespace {
 
 using testing::Member;
@@ -90,4 +90,4 @@ TEST_F(ServicesPackageTest, OpensNothingWithoutTheContainerModule) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::services_package_test

@@ -5,7 +5,7 @@
 #include "content/support/blocks.h"
 #include "content/support/recorder.h"
 
-namespace dorvex::content {
+namespace dorvex::content::watch_test {
 namespace {
 
 class WatchTest : public ::testing::Test {
@@ -76,4 +76,4 @@ TEST_F(WatchTest, AddsWhatWasDamagedBeforeToTheEnd) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::watch_test

@@ -6,7 +6,7 @@
 #include "content/support/objects.h"
 #include "content/support/recorder.h"
 
-namespace dorvex::content {
+namespace dorvex::content::numbers_test {
 namespace {
 
 using testing::as;
@@ -107,4 +107,4 @@ TEST(Numbers, TakesEachSheetOnceAndCountsWhatIsNone) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::numbers_test

@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::authors_test {
 namespace {
 
 using testing::object;
@@ -52,4 +52,4 @@ TEST(Authors, AreNotThoseOfMarkingsOrWithoutAName) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::authors_test

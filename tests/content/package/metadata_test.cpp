@@ -6,7 +6,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::metadata_test {
 namespace {
 
 using testing::bitsOfFloat;
@@ -120,4 +120,4 @@ TEST(Metadata, OfAnEmptyDocumentAreEmpty) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::metadata_test

@@ -4,7 +4,7 @@
 
 #include "support/wire_writer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::property_list_test {
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -100,4 +100,4 @@ TEST(PropertyList, IsBoundedWhereManyElementsAreOneLongString) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::property_list_test

@@ -9,7 +9,7 @@
 #include "content/support/recorder.h"
 #include "drawables/box_text.h"
 
-namespace dorvex::content {
+namespace dorvex::content::floating_test {
 namespace {
 
 using Archive = TP::FloatingDrawablesArchive;
@@ -110,4 +110,4 @@ TEST_F(Floating, ShowsTheTextOfLinkedBoxesOnce) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::floating_test

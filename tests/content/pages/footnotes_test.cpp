@@ -8,7 +8,7 @@
 #include "content/support/objects.h"
 #include "content/support/recorder.h"
 
-namespace dorvex::content {
+namespace dorvex::content::footnotes_test {
 namespace {
 
 using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
@@ -114,4 +114,4 @@ TEST_F(FootnotesTest, StandInOnePlaceOnly) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::footnotes_test

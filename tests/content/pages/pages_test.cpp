@@ -10,7 +10,7 @@
 #include "content/support/recorder.h"
 #include "drawables/box_text.h"
 
-namespace dorvex::content {
+namespace dorvex::content::pages_test {
 namespace {
 
 using Document = TP::DocumentArchive;
@@ -106,4 +106,4 @@ TEST(ReadPages, ReadsADocumentWithoutAnything) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::pages_test

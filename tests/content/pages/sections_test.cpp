@@ -8,7 +8,7 @@
 #include "content/support/objects.h"
 #include "drawables/box_text.h"
 
-namespace dorvex::content {
+namespace dorvex::content::sections_test {
 
 void PrintTo(const HeaderText& line, std::ostream* out) {
   *out << '{' << line.left << '|' << line.center << '|' << line.right << '}';
@@ -184,4 +184,4 @@ TEST_F(SectionsTest, SayNothingWhereTheObjectIsNone) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::sections_test

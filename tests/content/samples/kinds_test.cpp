@@ -14,7 +14,7 @@
 #include "content/support/files.h"
 #include "writers/options.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::kinds_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -149,4 +149,4 @@ TEST(SampleOfFormats, TellsWhichFormulasItCannotTell) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::kinds_test

@@ -12,7 +12,7 @@
 #include "support/corpus.h"
 #include "writers/options.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::renderings_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -74,4 +74,4 @@ INSTANTIATE_TEST_SUITE_P(Samples, Renderings, ::testing::ValuesIn(samples()), []
 });
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::renderings_test

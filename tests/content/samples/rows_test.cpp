@@ -8,7 +8,7 @@
 
 #include "support/package_writer.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::rows_test {
 namespace {
 
 using nlohmann::json;
@@ -184,4 +184,4 @@ TEST(SamplesOfTheTeaShop, AreNotSaidToHoldWhatTheyDoNot) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::rows_test

@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::ancestry_test {
 namespace {
 
 using Style = TSWP::CharacterStyleArchive;
@@ -47,4 +47,4 @@ TEST(IsNamed, IsFalseForFormatting) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::ancestry_test

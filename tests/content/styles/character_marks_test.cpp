@@ -6,7 +6,7 @@
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::character_marks_test {
 namespace {
 
 using Properties = TSWP::CharacterStylePropertiesArchive;
@@ -77,4 +77,4 @@ TEST(ReadCharacterMarks, SaysNothingWithoutStyle) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::character_marks_test

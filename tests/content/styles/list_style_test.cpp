@@ -6,7 +6,7 @@
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::list_style_test {
 namespace {
 
 using NumberType = TSWP::ListStyleArchive_NumberType;
@@ -123,4 +123,4 @@ TEST(ReadListStyle, IsEmptyWithoutStyle) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::list_style_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::numerals_test {
 namespace {
 
 TEST(Numeral, WritesDigits) {
@@ -77,4 +77,4 @@ TEST(Numeral, FallsBackToDigits) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::numerals_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::paragraph_role_test {
 
 void PrintTo(const ParagraphRole& role, std::ostream* out) {
   *out << static_cast<int>(role.role) << ' ' << role.level;
@@ -74,4 +74,4 @@ TEST(RoleOfName, OverlooksTheLettersOfCopies) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::paragraph_role_test

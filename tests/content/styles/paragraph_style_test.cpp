@@ -6,7 +6,7 @@
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::paragraph_style_test {
 namespace {
 
 using Characters = TSWP::CharacterStylePropertiesArchive;
@@ -118,4 +118,4 @@ TEST(ReadParagraphStyle, IsOtherWithoutStyle) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::paragraph_style_test

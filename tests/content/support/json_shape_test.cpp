@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-namespace dorvex::testing {
+namespace dorvex::testing::json_shape_test {
 namespace {
 
 using nlohmann::json;
@@ -42,4 +42,4 @@ TEST(JsonShape, RefusesASchemaThatItDoesNotUnderstand) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::json_shape_test

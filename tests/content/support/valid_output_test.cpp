@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::testing {
+namespace dorvex::testing::valid_output_test {
 namespace {
 
 TEST(ValidOutput, FindsWhatIsNoText) {
@@ -47,4 +47,4 @@ TEST(ValidOutput, ReadsCsvAndFindsRowsOfAnotherLength) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::valid_output_test

@@ -3,7 +3,7 @@
 #include "cells.h"
 #include "tables/cell_record.h"
 
-namespace dorvex::content {
+namespace dorvex::content::current_cell_test {
 namespace {
 
 using testing::currentCell;
@@ -57,4 +57,4 @@ TEST(CurrentCell, IsNothingForWhatIsNone) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::current_cell_test

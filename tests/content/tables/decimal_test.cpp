@@ -4,7 +4,7 @@
 
 #include "cells.h"
 
-namespace dorvex::content {
+namespace dorvex::content::decimal_test {
 namespace {
 
 using testing::decimal128;
@@ -76,4 +76,4 @@ TEST(Decimal, SaysWhereADoubleMayLoseDigits) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::decimal_test

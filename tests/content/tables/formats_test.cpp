@@ -11,7 +11,7 @@
 #include "content/support/objects.h"
 #include "tables/format.h"
 
-namespace dorvex::content {
+namespace dorvex::content::formats_test {
 namespace {
 
 using Archive = TSK::FormatStructArchive;
@@ -502,4 +502,4 @@ TEST(CustomFormat, ShowsOnlyWhatItWasMadeFor) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::formats_test

@@ -11,7 +11,7 @@
 #include "content/support/objects.h"
 #include "newer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::formula_test {
 namespace {
 
 using Nodes = TSCE::ASTNodeArrayArchive;
@@ -356,4 +356,4 @@ TEST(QuotedName, QuotesWhatLooksLikeAnOperator) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::formula_test

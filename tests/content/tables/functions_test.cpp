@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string>
 
-namespace dorvex::content {
+namespace dorvex::content::functions_test {
 namespace {
 
 TEST(FunctionName, IsThatOfItsNumber) {
@@ -39,4 +39,4 @@ TEST(FunctionName, AgreesWithTheListBesideTheDocuments) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::functions_test

@@ -3,7 +3,7 @@
 #include "cells.h"
 #include "tables/cell_record.h"
 
-namespace dorvex::content {
+namespace dorvex::content::older_cell_test {
 namespace {
 
 using testing::little32;
@@ -51,4 +51,4 @@ TEST(OlderCell, IsNothingForWhatIsNone) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::older_cell_test

@@ -12,7 +12,7 @@
 #include "newer.h"
 #include "tables/cell_reader.h"
 
-namespace dorvex::content {
+namespace dorvex::content::table_test {
 namespace {
 
 using Info = TST::TableInfoArchive;
@@ -659,4 +659,4 @@ TEST(ColumnName, CountsInLetters) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::table_test

@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::attribute_runs_test {
 namespace {
 
 using testing::numberTable;
@@ -88,4 +88,4 @@ TEST_F(ObjectRunsTest, CountReferencesToNothing) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::attribute_runs_test

@@ -8,7 +8,7 @@
 #include "TSKArchives.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::comment_test {
 namespace {
 
 using Storage = TSD::CommentStorageArchive;
@@ -86,4 +86,4 @@ TEST(SaysSomething, HearsReplies) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::comment_test

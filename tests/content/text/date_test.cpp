@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace dorvex::content {
+namespace dorvex::content::date_test {
 namespace {
 
 TEST(UtcDate, CountsFromTheBeginningOf2001) {
@@ -37,4 +37,4 @@ TEST(UtcDate, IsEmptyForWhatIsNoNumber) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::date_test

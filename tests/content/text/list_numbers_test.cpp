@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::list_numbers_test {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
@@ -68,4 +68,4 @@ TEST_F(ListNumbersTest, CountsOnTheDeepestLevel) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::list_numbers_test

@@ -10,7 +10,7 @@
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::marks_test {
 namespace {
 
 using Storage = TSWP::StorageArchive;
@@ -198,4 +198,4 @@ TEST_F(MarkTablesTest, BoundHowManyCommentsOverlap) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::marks_test

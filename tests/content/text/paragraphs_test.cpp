@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::paragraphs_test {
 namespace {
 
 using testing::Objects;
@@ -105,4 +105,4 @@ TEST_F(ParagraphTextTest, KnowsWhetherAnythingIsLeftOfIt) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::paragraphs_test

@@ -9,7 +9,7 @@
 #include "TSWPArchives.h"
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::storage_test {
 namespace {
 
 using Storage = TSWP::StorageArchive;
@@ -561,4 +561,4 @@ TEST(ReadStorage, HasNoFootnotesOutsideOfBodies) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::storage_test

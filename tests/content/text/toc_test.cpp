@@ -4,7 +4,7 @@
 
 #include "content/support/objects.h"
 
-namespace dorvex::content {
+namespace dorvex::content::toc_test {
 namespace {
 
 using Entry = TSWP::TOCEntryInstanceArchive;
@@ -50,4 +50,4 @@ TEST_F(TableOfContents, HasTheHeadingsWhereItWasNotLaidOut) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::toc_test

@@ -4,7 +4,7 @@
 
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::block_walk_test {
 namespace {
 
 using namespace testing;
@@ -45,4 +45,4 @@ TEST(BlockWalk, PutsTitleAndCaptionBehindWhatTheyBelongTo) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::block_walk_test

@@ -6,7 +6,7 @@
 
 #include "writers/html_writer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::bookmarks_test {
 namespace {
 
 Block marked(std::string text, std::string bookmark) {
@@ -33,4 +33,4 @@ TEST(BookmarksInHtml, HaveOnePlaceThatLinksLeadTo) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::bookmarks_test

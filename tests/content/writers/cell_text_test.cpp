@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::cell_text_test {
 namespace {
 
 TEST(CellText, IsThatOfTheParagraphsWhereTheCellHasNone) {
@@ -17,4 +17,4 @@ TEST(CellText, IsThatOfTheParagraphsWhereTheCellHasNone) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::cell_text_test

@@ -4,7 +4,7 @@
 #include "content/support/writing.h"
 #include "writers/plain.h"
 
-namespace dorvex::content {
+namespace dorvex::content::changes_test {
 namespace {
 
 using testing::blockOf;
@@ -99,4 +99,4 @@ TEST(ChangedEnds, LoseNoParagraphAtTheEnd) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::changes_test

@@ -8,7 +8,7 @@
 #include "writers/markdown_writer.h"
 #include "writers/text_writer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::comments_test {
 namespace {
 
 // A paragraph with a comment on two runs, and another one on the second.
@@ -63,4 +63,4 @@ TEST(CommentsOnText, AreShownOnceInEveryFormatAndPlace) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::comments_test

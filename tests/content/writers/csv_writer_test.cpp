@@ -8,7 +8,7 @@
 
 #include "content/support/fixed_table.h"
 
-namespace dorvex::content {
+namespace dorvex::content::csv_writer_test {
 namespace {
 
 using testing::CellRows;
@@ -109,4 +109,4 @@ TEST(CsvWriter, NamesTheTables) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::csv_writer_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::display_width_test {
 namespace {
 
 TEST(DisplayWidth, IsThatOfATerminal) {
@@ -19,4 +19,4 @@ TEST(DisplayWidth, IsPaddedOnTheSideThatIsAskedFor) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::display_width_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::file_names_test {
 namespace {
 
 TEST(FileNames, StayWhereTheyAreSafe) {
@@ -47,4 +47,4 @@ TEST(FileNames, AreEncodedForLinks) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::file_names_test

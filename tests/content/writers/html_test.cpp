@@ -4,7 +4,7 @@
 
 #include "content/support/fixed_table.h"
 
-namespace dorvex::content {
+namespace dorvex::content::html_test {
 namespace {
 
 using testing::numberCell;
@@ -61,4 +61,4 @@ TEST(Html, ShowsACommentWithItsReplies) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::html_test

@@ -4,7 +4,7 @@
 
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::html_writer_test {
 namespace {
 
 using namespace testing;
@@ -77,4 +77,4 @@ TEST(HtmlWriter, SaysTheLanguageWhereItIsOne) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::html_writer_test

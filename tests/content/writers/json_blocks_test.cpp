@@ -7,7 +7,7 @@
 #include "content/support/fixed_table.h"
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::json_blocks_test {
 namespace {
 
 using nlohmann::json;
@@ -59,4 +59,4 @@ TEST(JsonBlocks, PutOneInTheOther) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::json_blocks_test

@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-namespace dorvex::content {
+namespace dorvex::content::json_emitter_test {
 namespace {
 
 std::string emitted(const std::function<void(JsonEmitter&)>& emit) {
@@ -85,4 +85,4 @@ TEST(JsonEmitter, WritesNullForWhatIsNoNumber) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::json_emitter_test

@@ -7,7 +7,7 @@
 
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::json_writer_test {
 namespace {
 
 using nlohmann::json;
@@ -51,4 +51,4 @@ TEST(JsonWriter, StandsInOneLineOnRequest) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::json_writer_test

@@ -7,7 +7,7 @@
 #include "writers/html_writer.h"
 #include "writers/markdown_writer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::links_test {
 namespace {
 
 template <typename Writer>
@@ -38,4 +38,4 @@ TEST(LinksOfDrawables, AreNotShownWhereTheyLeadNowhere) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::links_test

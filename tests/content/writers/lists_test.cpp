@@ -10,7 +10,7 @@
 #include "writers/markdown_writer.h"
 #include "writers/text_writer.h"
 
-namespace dorvex::content {
+namespace dorvex::content::lists_test {
 namespace {
 
 Block item(unsigned level, ListKind kind, std::string label, std::string text) {
@@ -98,4 +98,4 @@ TEST(ListsInTables, KeepTheirLabels) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::lists_test

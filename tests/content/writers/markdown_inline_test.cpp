@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::markdown_inline_test {
 namespace {
 
 std::string escaped(std::string_view text, MarkdownPlace place = MarkdownPlace::kBlock,
@@ -110,4 +110,4 @@ TEST(MarkdownInline, FollowsNoLinkOfAScript) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::markdown_inline_test

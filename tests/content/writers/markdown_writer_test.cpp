@@ -5,7 +5,7 @@
 #include "content/support/fixed_table.h"
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::markdown_writer_test {
 namespace {
 
 using namespace testing;
@@ -103,4 +103,4 @@ TEST(MarkdownWriter, PutsCommentsWhereTheyAreAskedFor) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::markdown_writer_test

@@ -5,7 +5,7 @@
 #include "content/support/fixed_table.h"
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::options_test {
 namespace {
 
 using namespace testing;
@@ -20,4 +20,4 @@ TEST(WriterOptions, MakeTheWriterOfTheirFormat) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::options_test

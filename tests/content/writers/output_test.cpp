@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace dorvex::content {
+namespace dorvex::content::output_test {
 namespace {
 
 TEST(Output, HandsOnAllBytesInTheirOrder) {
@@ -38,4 +38,4 @@ TEST(Output, HandsOnNothingWhereNothingIsPending) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::output_test

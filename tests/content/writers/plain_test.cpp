@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex::content {
+namespace dorvex::content::plain_test {
 namespace {
 
 TEST(Plain, TextsHaveNoControlCharacters) {
@@ -39,4 +39,4 @@ TEST(Plain, BylinesSayWhoAndWhen) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::plain_test

@@ -3,7 +3,7 @@
 
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::running_lines_test {
 namespace {
 
 using testing::paragraph;
@@ -62,4 +62,4 @@ TEST(RunningLines, OfTheLastSectionStandBeforeWhatFollowsTheText) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::running_lines_test

@@ -4,7 +4,7 @@
 
 #include "content/support/fixed_table.h"
 
-namespace dorvex::content {
+namespace dorvex::content::shown_table_test {
 namespace {
 
 using testing::textCell;
@@ -97,4 +97,4 @@ TEST(ShownTable, SeesAMergeAcrossTheHeader) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::shown_table_test

@@ -5,7 +5,7 @@
 #include "content/support/fixed_table.h"
 #include "content/support/writing.h"
 
-namespace dorvex::content {
+namespace dorvex::content::text_writer_test {
 namespace {
 
 using namespace testing;
@@ -54,4 +54,4 @@ TEST(TextWriter, GivesASeriesInALine) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::text_writer_test

@@ -10,7 +10,7 @@
 #include "support/package_writer.h"
 #include "writers/options.h"
 
-namespace dorvex::content {
+namespace dorvex::content::writers_test {
 namespace {
 
 using testing::RandomChoices;
@@ -114,4 +114,4 @@ TEST(Writers, AlwaysGiveCsvThatReadsBack) {
 }
 
 }  // namespace
-}  // namespace dorvex::content
+}  // namespace dorvex::content::writers_test

@@ -10,7 +10,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::byte_store_test {
 namespace {
 
 using testing::TemporaryDirectory;
@@ -107,4 +107,4 @@ TEST(ScratchStore, ReportsThatNoFileCanBeHad) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::byte_store_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex {
+namespace dorvex::patiently_test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -38,4 +38,4 @@ TEST(Patiently, GivesUpAndLeavesTheError) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::patiently_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex {
+namespace dorvex::quota_test {
 namespace {
 
 constexpr ContainerLimits kNone{
@@ -48,4 +48,4 @@ TEST(Quota, DoesNotWrapAround) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::quota_test

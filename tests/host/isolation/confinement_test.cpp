@@ -17,7 +17,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::confinement_test {
 namespace {
 
 using testing::fakeReader;
@@ -140,4 +140,4 @@ TEST_F(Confinement, IsToldToBeMissingWhereItsSystemCallsFail) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::confinement_test

@@ -6,7 +6,7 @@
 
 #include "isolation/fd_channel.h"
 
-namespace dorvex {
+namespace dorvex::frame_reader_test {
 namespace {
 
 using Outcome = FrameReader::Outcome;
@@ -69,4 +69,4 @@ TEST_F(FrameReaderTest, RefusesALengthBeforeItMakesRoomForIt) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::frame_reader_test

@@ -22,7 +22,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::worker_pool_test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -357,4 +357,4 @@ TEST(WorkerPool, WaitsShortlyForWhatItHasJustWaitedForInVain) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::worker_pool_test

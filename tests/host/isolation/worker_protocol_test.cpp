@@ -8,7 +8,7 @@
 
 #include "isolation/fd_channel.h"
 
-namespace dorvex {
+namespace dorvex::worker_protocol_test {
 namespace {
 
 constexpr std::size_t kLargestTokens = 4110;
@@ -131,4 +131,4 @@ TEST(SendFrame, FailsWhenNobodyListens) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::worker_protocol_test

@@ -12,7 +12,7 @@
 #include "fake_document.h"
 #include "reading/document_source.h"
 
-namespace dorvex {
+namespace dorvex::worker_source_test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -173,4 +173,4 @@ TEST(OwnedBufferSize, IsWhatTheLooserRoomTestsOfTheReaderNeed) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::worker_source_test

@@ -9,7 +9,7 @@
 #include "looking/object_stream.h"
 #include "support/package_writer.h"
 
-namespace dorvex {
+namespace dorvex::chunk_stream_test {
 namespace {
 
 using testing::chunk;
@@ -217,4 +217,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return info.param.name; });
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::chunk_stream_test

@@ -7,7 +7,7 @@
 
 #include "Readers/hostapi/container_status.h"
 
-namespace dorvex {
+namespace dorvex::diagnosis_test {
 namespace {
 
 Result diagnosed(int moduleResult, const Observations& seen, const PackageLook& look = {}) {
@@ -317,4 +317,4 @@ TEST(Describe, AddsTheModulesReturnValueWhereThereIsOne) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::diagnosis_test

@@ -4,7 +4,7 @@
 
 #include "looking/object_stream.h"
 
-namespace dorvex {
+namespace dorvex::document_kind_test {
 namespace {
 
 // An object stream with one object, all of it small numbers and no payload.
@@ -54,4 +54,4 @@ TEST(FindRootType, LooksForTheDocumentBehindOtherObjects) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::document_kind_test

@@ -4,7 +4,7 @@
 
 #include <numeric>
 
-namespace dorvex {
+namespace dorvex::filed_objects_test {
 namespace {
 
 TEST(FiledObjects, DropNoneWhileTheirIdentifiersDiffer) {
@@ -48,4 +48,4 @@ TEST(FiledObjects, TellOfAMemberThatHasAnIdentifierTwice) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::filed_objects_test

@@ -5,7 +5,7 @@
 #include "support/package_writer.h"
 #include "support/wire_writer.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::object_stream_test {
 namespace {
 
 const Archive kSound = storage(1, {"sound"});
@@ -133,4 +133,4 @@ TEST(FindObjectFault, GivesIdentifiersUpToTheFirstFault) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::object_stream_test

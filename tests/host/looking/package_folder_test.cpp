@@ -12,7 +12,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::package_folder_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -80,4 +80,4 @@ TEST(LookAtFolderThatIsNone, NamesTheError) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::package_folder_test

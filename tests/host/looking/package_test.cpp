@@ -8,7 +8,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::package_test {
 namespace {
 
 PackageLook lookAt(const std::vector<std::string>& names) {
@@ -65,4 +65,4 @@ TEST(ListDirectory, NamesTheEntriesAndThoseOfIndex) {
 TEST(ListDirectory, IsEmptyForWhatCannotBeRead) { EXPECT_TRUE(listDirectory(-1).empty()); }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::package_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace dorvex {
+namespace dorvex::read_types_test {
 namespace {
 
 TEST(IsReadType, KnowsThoseThatApplicationsShareAndThoseOfPages) {
@@ -18,4 +18,4 @@ TEST(IsReadType, KnowsNoneOfTheOtherApplicationsAndNoneInBetween) {
 TEST(IsReadType, CountsThirtyTwoBits) { EXPECT_TRUE(isReadType(0x5'0000'0000 + 2001)); }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::read_types_test

@@ -8,7 +8,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::io_object_test {
 namespace {
 
 using testing::chunk;
@@ -223,4 +223,4 @@ TEST_F(IoObjectTest, GivesItsQuotaBackWhenItIsClosed) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::io_object_test

@@ -14,7 +14,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::open_input_test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -233,4 +233,4 @@ TEST(OpenInput, ReportsThatScratchSpaceCannotBeHad) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::open_input_test

@@ -8,7 +8,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::reader_module_test {
 namespace {
 
 bool isMapped(const std::string& file) {
@@ -56,4 +56,4 @@ TEST(ReaderModule, ThatIsNoReaderIsAnError) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::reader_module_test

@@ -10,7 +10,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::services_test {
 namespace {
 
 using testing::chunk;
@@ -244,4 +244,4 @@ TEST_F(HostServicesTest, ListsTheMembersOfAZipWithoutNotingAnything) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::services_test

@@ -9,7 +9,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::session_test {
 namespace {
 
 using testing::fakeReader;
@@ -179,4 +179,4 @@ INSTANTIATE_TEST_SUITE_P(Isolations, Session,
                          });
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::session_test

@@ -11,7 +11,7 @@
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
 
-namespace dorvex {
+namespace dorvex::spooled_source_test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -78,4 +78,4 @@ INSTANTIATE_TEST_SUITE_P(Everywhere, SpooledSource,
                          ::testing::Values(Isolation::kWorkers, Isolation::kInProcess));
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::spooled_source_test

@@ -10,7 +10,7 @@
 #include "bytes/unique_fd.h"
 #include "dorvex/host.h"
 
-namespace dorvex {
+namespace dorvex::time_budget_test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -117,4 +117,4 @@ TEST_F(TimeBudgetTest, ReportsADescriptorThatCannotBeWaitedForAsReadySoThatReadi
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::time_budget_test

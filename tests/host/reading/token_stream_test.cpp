@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace dorvex {
+namespace dorvex::token_stream_test {
 namespace {
 
 using namespace std::string_literals;
@@ -140,4 +140,4 @@ TEST(TextJoiner, IgnoresTheStreamsBeginning) {
 }
 
 }  // namespace
-}  // namespace dorvex
+}  // namespace dorvex::token_stream_test
