@@ -200,5 +200,16 @@ TEST_F(ReadPathsTest, TakesAFailureForNoEnd) {
   EXPECT_THROW(all(*readPaths(folder.path(), '\n')), EnvironmentError);
 }
 
+TEST(MayBeSeveral, IsFalseForOneFileAndOnePackageAlone) {
+  const testing::TemporaryDirectory folder;
+  fs::create_directories(folder.path() / "a.pages/Index");
+  EXPECT_FALSE(mayBeSeveral({{folder.path() / "a.pages"}, "", false, false}));
+  EXPECT_FALSE(mayBeSeveral({{"tea.key"}, "", false, false}));
+  EXPECT_FALSE(mayBeSeveral({{"-"}, "", false, false}));
+  EXPECT_TRUE(mayBeSeveral({{folder.path()}, "", false, false}));
+  EXPECT_TRUE(mayBeSeveral({{"tea.key", "tea.key"}, "", false, false}));
+  EXPECT_TRUE(mayBeSeveral({{}, "list", false, false}));
+}
+
 }  // namespace
 }  // namespace dorvex::cli::path_list_test
