@@ -13,7 +13,8 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
-# -O3 takes a third more time to compile and gains some percent: the reader and the content view have it.
+# -O3 takes a third more time to compile and gains some percent: the reader and the
+# content view have it.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 
 option(DORVEX_WARNINGS_AS_ERRORS "Treat warnings in the project's own code as errors" ON)
