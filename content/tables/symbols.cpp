@@ -19,9 +19,8 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = newer::TSK_FormattingSymbolsArchive;
+using SymbolsArchive = newer::TSK_FormattingSymbolsArchive;
 
-constexpr std::string_view kCurrencySign = "\u00A4";
 constexpr std::string_view kPercentSign = "%";
 constexpr std::string_view kDefaultLocale = "en_US";
 
@@ -50,7 +49,7 @@ void assign(std::array<std::string, Count>& names, const Strings& from) {
 }
 
 template <typename F>
-void assign(std::string& text, const Message<Archive>& archive, F field) {
+void assign(std::string& text, const Message<SymbolsArchive>& archive, F field) {
   const auto stored = archive.find(field);
   if (stored && !isTooLong(*stored)) text = plainText(*stored);
 }
@@ -153,33 +152,33 @@ void Symbols::readLocale() {
   daysInFirstWeek = calendar->getMinimalDaysInFirstWeek();
 }
 
-void Symbols::readDocument(const Message<Archive>& archive) {
-  assign(months, archive.all(Archive::months));
-  assign(standaloneMonths, archive.all(Archive::standalone_months));
-  assign(shortMonths, archive.all(Archive::short_months));
-  assign(standaloneShortMonths, archive.all(Archive::standalone_short_months));
-  assign(narrowMonths, archive.all(Archive::narrow_months));
-  assign(weekdays, archive.all(Archive::weekdays));
-  assign(shortWeekdays, archive.all(Archive::short_weekdays));
-  assign(narrowWeekdays, archive.all(Archive::narrow_weekdays));
-  assign(quarters, archive.all(Archive::quarters));
-  assign(shortQuarters, archive.all(Archive::short_quarters));
-  assign(eras, archive.all(Archive::eras));
-  assign(longEras, archive.all(Archive::long_eras));
-  assign(am, archive, Archive::am);
-  assign(pm, archive, Archive::pm);
-  assign(shortDatePattern, archive, Archive::short_date_pattern);
-  assign(shortTimePattern, archive, Archive::short_time_pattern);
-  assign(decimal, archive, Archive::decimal_separator);
-  assign(grouping, archive, Archive::grouping_separator);
-  assign(minus, archive, Archive::minus_sign);
-  assign(exponent, archive, Archive::exponent_sign);
-  assign(percent, archive, Archive::percent_sign);
-  assign(currencyPattern_, archive, Archive::currency_pattern);
-  assign(percentPattern_, archive, Archive::percent_pattern);
-  if (const auto pattern = archive.find(Archive::number_pattern)) readGroups(*pattern);
+void Symbols::readDocument(const Message<SymbolsArchive>& archive) {
+  assign(months, archive.all(SymbolsArchive::months));
+  assign(standaloneMonths, archive.all(SymbolsArchive::standalone_months));
+  assign(shortMonths, archive.all(SymbolsArchive::short_months));
+  assign(standaloneShortMonths, archive.all(SymbolsArchive::standalone_short_months));
+  assign(narrowMonths, archive.all(SymbolsArchive::narrow_months));
+  assign(weekdays, archive.all(SymbolsArchive::weekdays));
+  assign(shortWeekdays, archive.all(SymbolsArchive::short_weekdays));
+  assign(narrowWeekdays, archive.all(SymbolsArchive::narrow_weekdays));
+  assign(quarters, archive.all(SymbolsArchive::quarters));
+  assign(shortQuarters, archive.all(SymbolsArchive::short_quarters));
+  assign(eras, archive.all(SymbolsArchive::eras));
+  assign(longEras, archive.all(SymbolsArchive::long_eras));
+  assign(am, archive, SymbolsArchive::am);
+  assign(pm, archive, SymbolsArchive::pm);
+  assign(shortDatePattern, archive, SymbolsArchive::short_date_pattern);
+  assign(shortTimePattern, archive, SymbolsArchive::short_time_pattern);
+  assign(decimal, archive, SymbolsArchive::decimal_separator);
+  assign(grouping, archive, SymbolsArchive::grouping_separator);
+  assign(minus, archive, SymbolsArchive::minus_sign);
+  assign(exponent, archive, SymbolsArchive::exponent_sign);
+  assign(percent, archive, SymbolsArchive::percent_sign);
+  assign(currencyPattern_, archive, SymbolsArchive::currency_pattern);
+  assign(percentPattern_, archive, SymbolsArchive::percent_pattern);
+  if (const auto pattern = archive.find(SymbolsArchive::number_pattern)) readGroups(*pattern);
   using Currency = newer::TSK_FormattingSymbolsArchive_CurrencySymbol;
-  for (const auto& currency : archive.all(Archive::currency_symbols)) {
+  for (const auto& currency : archive.all(SymbolsArchive::currency_symbols)) {
     const std::string_view symbol = currency.get(Currency::symbol);
     if (!isTooLong(symbol))
       currencies_.emplace_back(currency.get(Currency::code), plainText(symbol));
@@ -206,12 +205,13 @@ std::string Symbols::currencySymbol(std::string_view code) const {
   const auto known =
       std::ranges::find(currencies_, code, &std::pair<std::string, std::string>::first);
   if (known != currencies_.end()) return known->second;
-  const icu::UnicodeString wide = icu::UnicodeString::fromUTF8(std::string(code));
+  icu::UnicodeString wide = icu::UnicodeString::fromUTF8(std::string(code));
   if (wide.length() != 3) return plainText(code);
   UErrorCode error = U_ZERO_ERROR;
   std::int32_t length = 0;
-  const char16_t* name = ucurr_getName(icu::UnicodeString(wide).getTerminatedBuffer(),
-                                       locale.c_str(), UCURR_SYMBOL_NAME, nullptr, &length, &error);
+  // Of a code that ICU does not know this is the code itself, where it lies.
+  const char16_t* name = ucurr_getName(wide.getTerminatedBuffer(), locale.c_str(),
+                                       UCURR_SYMBOL_NAME, nullptr, &length, &error);
   return U_SUCCESS(error) ? utf8(icu::UnicodeString(name, length)) : plainText(code);
 }
 

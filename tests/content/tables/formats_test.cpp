@@ -47,7 +47,9 @@ Wire base(unsigned radix, unsigned digits, bool minus) {
 
 class FormatsTest : public ::testing::Test {
  protected:
-  Format compiled(const Wire& wire) { return Format(FormatArchive(wire.str()), formatting_); }
+  CellFormat compiled(const Wire& wire) {
+    return CellFormat(FormatArchive(wire.str()), formatting_);
+  }
   std::string shown(const Wire& wire, double number) {
     std::string text;
     compiled(wire).appendNumber(Decimal(number), english(), text);
@@ -103,6 +105,7 @@ TEST_F(FormatsTest, ShowCurrencies) {
       {"testNumbers2013", accounting(grouped(currency("EUR", 2))), -775, "€\t(775.00)"},
       {"testNumbers2013", accounting(grouped(currency("EUR", 2))), 3875, "€\t3,875.00"},
       {"none", currency("not a code", 2), 1, "not a code1.00"},
+      {"none", currency("QXQ", 2), 1, "QXQ1.00"},
   };
   for (const NumberRow& row : rows)
     EXPECT_EQ(shown(row.format, row.number), row.text) << row.document << ' ' << row.number;
@@ -484,7 +487,7 @@ struct WithCustom {
 
   testing::Objects objects;
   Formatting formatting;
-  Format use;
+  CellFormat use;
 };
 
 TEST(CustomFormat, ShowsOnlyWhatItWasMadeFor) {
