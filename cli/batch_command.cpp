@@ -29,7 +29,7 @@
 namespace dorvex::cli {
 namespace {
 
-constexpr std::uint64_t kAheadForEachJob = 64;
+constexpr std::uint64_t kRecordsForEachJob = 64;
 
 constexpr int kAttempts = 50;
 constexpr std::chrono::milliseconds kBetweenAttempts(100);
@@ -136,7 +136,7 @@ class BatchRun {
         options_(options),
         shard_(parseShard(options.shard)),
         target_(options),
-        records_(target_.fd(), options.ordered, kAheadForEachJob * options.jobs) {}
+        records_(target_.fd(), options.ordered, kRecordsForEachJob * options.jobs) {}
 
   int run() {
     const auto list = documents();

@@ -10,7 +10,6 @@
 namespace dorvex::cli {
 namespace {
 
-constexpr std::size_t kIdDigits = 32;
 constexpr std::size_t kShardDigits = 16;
 
 std::uint64_t numberOf(std::string_view text, int base) {

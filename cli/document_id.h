@@ -1,14 +1,17 @@
 // How documents are told apart in output files, and dealt out to shards.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace dorvex::cli {
 
-// The first 128 bits of the SHA-256 of a path's bytes, in 32 lower-case
-// hexadecimal digits. The path counts as it was given.
+inline constexpr std::size_t kIdDigits = 32;
+
+// The first 128 bits of the SHA-256 of a path's bytes, in lower-case hexadecimal
+// digits. The path counts as it was given.
 std::string documentId(std::string_view path);
 
 // One of count parts of all documents.

@@ -23,7 +23,7 @@ namespace dorvex::cli {
 namespace {
 
 // Documents that may be ahead of the one that is being printed.
-constexpr std::uint64_t kAheadForEachJob = 8;
+constexpr std::uint64_t kDocumentsForEachJob = 8;
 
 // Files that are under way have no name afterwards.
 [[noreturn]] void endAtOnce() {
@@ -59,7 +59,7 @@ class Run {
  private:
   bool printInto(Output& output, bool isTerminal) {
     const bool headings = options_.headings && isTerminal && mayBeSeveral(options_.input);
-    OrderedOutput ordered(output, {.parts = kAheadForEachJob * options_.jobs});
+    OrderedOutput ordered(output, {.parts = kDocumentsForEachJob * options_.jobs});
     const auto list = listOf(options_.input);
     const auto print = [&](const Job& job) {
       ordered.begin(job.number);

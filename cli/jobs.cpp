@@ -63,9 +63,9 @@ void tellOfFewer(std::size_t jobs, unsigned wanted, const char* scarce) {
             << wanted << ": not enough " << scarce << std::endl;
 }
 
-class Run {
+class JobThreads {
  public:
-  Run(const NextItem& next, const std::function<void(const Job&)>& work)
+  JobThreads(const NextItem& next, const std::function<void(const Job&)>& work)
       : next_(next), work_(work) {}
 
   // Gives how many threads there are. Where not even one can be made, all the
@@ -181,7 +181,7 @@ bool runJobs(unsigned count, const NextItem& next, const std::function<void(cons
   listenForInterrupts();
   const Affordable affordable = affordableJobs(count, resourcesOfThisProcess());
   if (affordable.count < count) tellOfFewer(affordable.count, count, affordable.scarce);
-  Run run(next, work);
+  JobThreads run(next, work);
   const std::size_t threads = run.start(affordable.count);
   if (threads < affordable.count) tellOfFewer(threads, affordable.count, "threads");
   if (!run.wait()) giveUp();

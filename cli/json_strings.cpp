@@ -12,23 +12,23 @@ namespace {
 using Form = FirstCharacter::Form;
 
 // Stands in a JSON string as it is.
-bool isPlain(char byte) {
+bool isPlainInJson(char byte) {
   const auto value = static_cast<unsigned char>(byte);
   return value >= 0x20 && value < 0x80 && byte != '"' && byte != '\\';
 }
 
-struct Escape {
+struct JsonEscape {
   char byte;
   std::string_view text;
 };
 
-constexpr std::array<Escape, 7> kEscapes = {{{'"', "\\\""},
-                                             {'\\', "\\\\"},
-                                             {'\n', "\\n"},
-                                             {'\r', "\\r"},
-                                             {'\t', "\\t"},
-                                             {'\b', "\\b"},
-                                             {'\f', "\\f"}}};
+constexpr std::array<JsonEscape, 7> kJsonEscapes = {{{'"', "\\\""},
+                                                     {'\\', "\\\\"},
+                                                     {'\n', "\\n"},
+                                                     {'\r', "\\r"},
+                                                     {'\t', "\\t"},
+                                                     {'\b', "\\b"},
+                                                     {'\f', "\\f"}}};
 
 std::string byNumber(char control) {
   constexpr std::string_view digits = "0123456789abcdef";
@@ -36,8 +36,8 @@ std::string byNumber(char control) {
   return {'\\', 'u', '0', '0', digits[value >> 4], digits[value & 0xF]};
 }
 
-std::string escaped(char byte) {
-  for (const Escape& row : kEscapes) {
+std::string jsonEscaped(char byte) {
+  for (const JsonEscape& row : kJsonEscapes) {
     if (row.byte == byte) return std::string(row.text);
   }
   return byNumber(byte);
@@ -60,7 +60,7 @@ void JsonStrings::add(std::string_view piece) {
   bytesIn_ += piece.size();
   piece = addHeld(piece);
   while (!piece.empty()) {
-    const auto* const special = std::find_if_not(piece.begin(), piece.end(), isPlain);
+    const auto* const special = std::find_if_not(piece.begin(), piece.end(), isPlainInJson);
     const auto plain = static_cast<std::size_t>(special - piece.begin());
     written_.append(piece.substr(0, plain));
     piece.remove_prefix(plain);
@@ -94,7 +94,7 @@ std::size_t JsonStrings::addFirst(std::string_view text) {
   } else if (first.form == Form::kInvalid) {
     replace();
   } else if (first.length == 1) {
-    written_.append(escaped(character.front()));
+    written_.append(jsonEscaped(character.front()));
   } else if (isC1Control(character)) {
     written_.append(byNumber(character.back()));
   } else {

@@ -10,7 +10,7 @@
 namespace dorvex::cli {
 namespace {
 
-constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kLongestOutputName = 255;
 constexpr std::size_t kDigitsThatTellApart = 8;
 
 // A directory may be named with a slash behind it.
@@ -46,9 +46,9 @@ std::string cut(std::string name, std::size_t length) {
 }
 
 std::string fitted(std::string name, const std::string& path, const std::string& ending) {
-  if (name.size() + ending.size() <= kLongestName) return name + ending;
+  if (name.size() + ending.size() <= kLongestOutputName) return name + ending;
   const std::string mark = "~" + documentId(path).substr(0, kDigitsThatTellApart) + ending;
-  return cut(std::move(name), kLongestName - mark.size()) + mark;
+  return cut(std::move(name), kLongestOutputName - mark.size()) + mark;
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "document_id.h"
 #include "exit_status.h"
 #include "line_reader.h"
 #include "record.h"
@@ -22,8 +23,6 @@ namespace {
 
 // How every record begins.
 constexpr std::string_view kBeginning = R"({"version":)";
-
-constexpr std::size_t kIdDigits = 32;
 
 [[noreturn]] void fail(const std::string& file, const std::string& why) {
   throw EnvironmentError(file + ": " + why);

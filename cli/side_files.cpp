@@ -8,9 +8,9 @@
 namespace dorvex::cli {
 namespace {
 
-constexpr std::size_t kLongestName = 200;
+constexpr std::size_t kLongestSideName = 200;
 
-bool isPlain(char byte) {
+bool isPlainInName(char byte) {
   const auto value = static_cast<unsigned char>(byte);
   return value >= 0x20 && value != 0x7F && byte != '/' && byte != '\\';
 }
@@ -18,9 +18,9 @@ bool isPlain(char byte) {
 }  // namespace
 
 std::string plainFileName(std::string_view name) {
-  std::string plain(name.substr(0, kLongestName));
+  std::string plain(name.substr(0, kLongestSideName));
   for (char& byte : plain) {
-    if (!isPlain(byte)) byte = '_';
+    if (!isPlainInName(byte)) byte = '_';
   }
   if (plain.empty() || plain.front() == '.') plain.insert(plain.begin(), '_');
   return plain;

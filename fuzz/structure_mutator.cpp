@@ -14,7 +14,7 @@ using testing::WireType;
 
 constexpr int kMostMessageLevels = 12;
 constexpr int kMostNestedPackages = 3;
-constexpr std::uint64_t kMostUnpacked = std::uint64_t{1} << 22;
+constexpr std::uint64_t kMostUnpackedMembers = std::uint64_t{1} << 22;
 
 }  // namespace
 
@@ -309,7 +309,7 @@ std::string StructureMutator::mutatePackage(const std::string& package, int leve
       "Index/Other.iwa",    "preview.jpg",  "Metadata/Properties.plist"};
   try {
     if (oneIn(12)) return mutateBytes_(package);
-    std::vector<testing::Member> members = testing::unzip(package, kMostUnpacked);
+    std::vector<testing::Member> members = testing::unzip(package, kMostUnpackedMembers);
     if (members.empty()) return mutateBytes_(package);
     testing::Member& member = anyOf(members);
     switch (below(16)) {
@@ -353,8 +353,8 @@ std::string StructureMutator::cross(Level level, const std::string& left,
   }
   if (level == Level::kPackage) {
     try {
-      std::vector<testing::Member> members = testing::unzip(left, kMostUnpacked);
-      std::vector<testing::Member> others = testing::unzip(right, kMostUnpacked);
+      std::vector<testing::Member> members = testing::unzip(left, kMostUnpackedMembers);
+      std::vector<testing::Member> others = testing::unzip(right, kMostUnpackedMembers);
       if (!others.empty()) insertAnywhere(members, anyOf(others));
       return testing::zip(members);
     } catch (const std::exception&) {

@@ -41,7 +41,7 @@ void checkFormats(double value, std::string_view bytes) {
   testing::Objects objects({}, content::Application::kNumbers);
   content::Formatting formatting(objects.reading());
   const content::Symbols& symbols = formatting.symbols();
-  const content::Format format(content::FormatArchive(bytes), formatting);
+  const content::CellFormat format(content::FormatArchive(bytes), formatting);
   checkFormat(format, value, symbols);
   std::string text;
   format.appendDuration(value, symbols, text);

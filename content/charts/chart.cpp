@@ -19,10 +19,10 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TSCH::ChartArchive;
+using ChartArchive = TSCH::ChartArchive;
 using Grid = TSCH::ChartGridArchive;
-using Row = TSCH::GridRow;
-using Value = TSCH::GridValue;
+using ChartRow = TSCH::GridRow;
+using GridValue = TSCH::GridValue;
 
 // By their numbers.
 constexpr std::array<std::string_view, 27> kTypeNames = {
@@ -75,45 +75,46 @@ ChartValue dateValue(double seconds) {
   return date;
 }
 
-ChartValue valueOf(const Message<Value>& value) {
-  if (const auto number = value.find(Value::numeric_value)) return *number;
-  if (const auto date = value.find(Value::date_value)) return dateValue(*date);
-  if (const auto date = value.find(Value::date_value_1_0)) return dateValue(*date);
-  if (const auto seconds = value.find(Value::duration_value)) return *seconds;
+ChartValue valueOf(const Message<GridValue>& value) {
+  if (const auto number = value.find(GridValue::numeric_value)) return *number;
+  if (const auto date = value.find(GridValue::date_value)) return dateValue(*date);
+  if (const auto date = value.find(GridValue::date_value_1_0)) return dateValue(*date);
+  if (const auto seconds = value.find(GridValue::duration_value)) return *seconds;
   return {};
 }
 
-using Values = std::vector<ChartValue>;
+using ChartValues = std::vector<ChartValue>;
 
-std::vector<Values> rowsOf(const Message<Grid>& grid) {
-  std::vector<Values> rows;
-  for (const Message<Row>& row : grid.all(Grid::grid_row)) {
-    Values& values = rows.emplace_back();
-    for (const Message<Value>& value : row.all(Row::value)) values.push_back(valueOf(value));
+std::vector<ChartValues> rowsOf(const Message<Grid>& grid) {
+  std::vector<ChartValues> rows;
+  for (const Message<ChartRow>& row : grid.all(Grid::grid_row)) {
+    ChartValues& values = rows.emplace_back();
+    for (const Message<GridValue>& value : row.all(ChartRow::value))
+      values.push_back(valueOf(value));
   }
   return rows;
 }
 
 // The columns of some rows; none where the rows are of so different lengths that the
 // gaps would be many times the values.
-std::optional<std::vector<Values>> columnsOf(const std::vector<Values>& rows) {
+std::optional<std::vector<ChartValues>> columnsOf(const std::vector<ChartValues>& rows) {
   constexpr std::size_t kMostGapsPerValue = 16;
   std::size_t stored = 0;
   std::size_t width = 0;
-  for (const Values& row : rows) {
+  for (const ChartValues& row : rows) {
     stored += row.size();
     width = std::max(width, row.size());
   }
   if (stored > 0 && width > stored * kMostGapsPerValue / rows.size()) return std::nullopt;
-  std::vector<Values> columns(width);
+  std::vector<ChartValues> columns(width);
   for (std::size_t column = 0; column < width; ++column) {
-    for (const Values& row : rows)
+    for (const ChartValues& row : rows)
       columns[column].push_back(column < row.size() ? row[column] : ChartValue());
   }
   return columns;
 }
 
-std::vector<ChartSeries> seriesOf(std::vector<Values> lines, std::vector<std::string> names) {
+std::vector<ChartSeries> seriesOf(std::vector<ChartValues> lines, std::vector<std::string> names) {
   names.resize(lines.size());
   std::vector<ChartSeries> series;
   for (std::size_t i = 0; i < lines.size(); ++i)
@@ -121,13 +122,14 @@ std::vector<ChartSeries> seriesOf(std::vector<Values> lines, std::vector<std::st
   return series;
 }
 
-void readData(Reading& reading, const Message<Archive>& archive, const Object& drawable,
+void readData(Reading& reading, const Message<ChartArchive>& archive, const Object& drawable,
               Chart& chart) {
-  const auto grid = archive.get(Archive::grid);
+  const auto grid = archive.get(ChartArchive::grid);
   auto rowNames = textsOf(grid.all(Grid::row_name));
   auto columnNames = textsOf(grid.all(Grid::column_name));
   auto rows = rowsOf(grid);
-  if (archive.get(Archive::series_direction) != TSCH::SeriesDirection::series_direction_by_column) {
+  if (archive.get(ChartArchive::series_direction) !=
+      TSCH::SeriesDirection::series_direction_by_column) {
     chart.categories = std::move(columnNames);
     chart.series = seriesOf(std::move(rows), std::move(rowNames));
     return;
@@ -142,10 +144,11 @@ void readData(Reading& reading, const Message<Archive>& archive, const Object& d
 }
 
 // Every chart stores titles, also those that it does not show.
-std::string shownTitle(Reading& reading, const Message<Archive>& archive) {
+std::string shownTitle(Reading& reading, const Message<ChartArchive>& archive) {
   using Style = TSCH::Generated::ChartNonStyleArchive;
-  const auto style = reading.get<TSCH::ChartNonStyleArchive>(archive.get(Archive::chart_non_style))
-                         .get(Style::current);
+  const auto style =
+      reading.get<TSCH::ChartNonStyleArchive>(archive.get(ChartArchive::chart_non_style))
+          .get(Style::current);
   if (!style.get(Style::tschchartinfodefaultshowtitle)) return {};
   return plainText(style.get(Style::tschchartinfodefaulttitle));
 }
@@ -156,17 +159,17 @@ Message<AxisStyle> axisStyle(Reading& reading, const Message<TSP::Reference>& re
   return reading.get<TSCH::ChartAxisNonStyleArchive>(reference).get(AxisStyle::current);
 }
 
-std::vector<std::string> shownAxisTitles(Reading& reading, const Message<Archive>& archive) {
+std::vector<std::string> shownAxisTitles(Reading& reading, const Message<ChartArchive>& archive) {
   std::vector<std::string> titles;
   const auto add = [&](bool shown, std::string_view title) {
     if (shown && !title.empty()) titles.push_back(plainText(title));
   };
-  for (const auto& reference : archive.all(Archive::value_axis_nonstyles)) {
+  for (const auto& reference : archive.all(ChartArchive::value_axis_nonstyles)) {
     const auto style = axisStyle(reading, reference);
     add(style.get(AxisStyle::tschchartaxisvalueshowtitle),
         style.get(AxisStyle::tschchartaxisvaluetitle));
   }
-  for (const auto& reference : archive.all(Archive::category_axis_nonstyles)) {
+  for (const auto& reference : archive.all(ChartArchive::category_axis_nonstyles)) {
     const auto style = axisStyle(reading, reference);
     add(style.get(AxisStyle::tschchartaxiscategoryshowtitle),
         style.get(AxisStyle::tschchartaxiscategorytitle));
@@ -177,9 +180,10 @@ std::vector<std::string> shownAxisTitles(Reading& reading, const Message<Archive
 }  // namespace
 
 Chart readChart(Reading& reading, const Object& drawable) {
-  const auto archive = Message<TSCH::ChartDrawableArchive>(drawable.payload).get(Archive::unity);
+  const auto archive =
+      Message<TSCH::ChartDrawableArchive>(drawable.payload).get(ChartArchive::unity);
   Chart chart;
-  chart.type = typeName(archive.get(Archive::chart_type));
+  chart.type = typeName(archive.get(ChartArchive::chart_type));
   chart.title = shownTitle(reading, archive);
   chart.axisTitles = shownAxisTitles(reading, archive);
   readData(reading, archive, drawable, chart);

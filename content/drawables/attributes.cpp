@@ -11,7 +11,7 @@
 namespace dorvex::content {
 namespace {
 
-using Drawable = TSD::DrawableArchive;
+using DrawableArchive = TSD::DrawableArchive;
 using Labelled = newer::TSD_DrawableArchive;
 
 // The text of a title or caption; empty, and counted, where it is hidden.
@@ -26,10 +26,10 @@ std::string readLabel(Reading& reading, const Message<TSP::Reference>& reference
 
 }  // namespace
 
-void readAttributes(Reading& reading, const Message<Drawable>& drawable, Block& block) {
-  block.alt = plainText(drawable.get(Drawable::accessibility_description));
-  block.link = plainText(drawable.get(Drawable::hyperlink_url));
-  if (const auto reference = drawable.find(Drawable::comment)) {
+void readAttributes(Reading& reading, const Message<DrawableArchive>& drawable, Block& block) {
+  block.alt = plainText(drawable.get(DrawableArchive::accessibility_description));
+  block.link = plainText(drawable.get(DrawableArchive::hyperlink_url));
+  if (const auto reference = drawable.find(DrawableArchive::comment)) {
     Comment comment = readComment(reading, reading.get<TSD::CommentStorageArchive>(*reference));
     if (saysSomething(comment)) block.comments.push_back(std::move(comment));
   }

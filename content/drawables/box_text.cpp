@@ -8,7 +8,7 @@
 namespace dorvex::content {
 namespace {
 
-using Info = TSWP::ShapeInfoArchive;
+using ShapeInfo = TSWP::ShapeInfoArchive;
 using Storage = TSWP::StorageArchive;
 
 const Object* storageAt(Reading& reading, const Message<TSP::Reference>& reference) {
@@ -22,19 +22,19 @@ bool isEmpty(const Object& storage) {
 }
 
 // The text that flows through linked boxes, this one among them.
-const Object* flowOf(Reading& reading, const Message<Info>& box) {
+const Object* flowOf(Reading& reading, const Message<ShapeInfo>& box) {
   using Flow = TSWP::FlowInfoArchive;
-  const auto flow = reading.get<Flow>(box.get(Info::text_flow));
+  const auto flow = reading.get<Flow>(box.get(ShapeInfo::text_flow));
   return storageAt(reading, flow.get(Flow::text_storage));
 }
 
 // Documents of some years hold the same text in two of these places. A linked box may
 // have an empty text of its own.
-const Object* storageOf(Reading& reading, const Message<Info>& box) {
-  const Object* own = storageAt(reading, box.get(Info::owned_storage));
+const Object* storageOf(Reading& reading, const Message<ShapeInfo>& box) {
+  const Object* own = storageAt(reading, box.get(ShapeInfo::owned_storage));
   if (own != nullptr && !isEmpty(*own)) return own;
   if (const Object* flow = flowOf(reading, box)) return flow;
-  return own != nullptr ? own : storageAt(reading, box.get(Info::deprecated_storage));
+  return own != nullptr ? own : storageAt(reading, box.get(ShapeInfo::deprecated_storage));
 }
 
 std::vector<Block> readStorageObject(Reading& reading, const Object* storage) {
@@ -62,7 +62,7 @@ void appendText(const std::vector<Block>& blocks, std::string& text) {
 
 }  // namespace
 
-std::vector<Block> readBoxText(Reading& reading, const Message<Info>& box) {
+std::vector<Block> readBoxText(Reading& reading, const Message<ShapeInfo>& box) {
   return readStorageObject(reading, storageOf(reading, box));
 }
 

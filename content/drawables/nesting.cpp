@@ -8,7 +8,7 @@
 namespace dorvex::content {
 namespace {
 
-constexpr unsigned kDeepest = 4;
+constexpr unsigned kDeepestDrawable = 4;
 
 bool isDrawable(const Message<TSD::DrawableArchive>& message) {
   using Geometry = TSD::GeometryArchive;
@@ -28,7 +28,7 @@ std::string_view nested(std::string_view payload, unsigned depth) {
 }
 
 std::optional<unsigned> depthOfDrawable(std::string_view payload) {
-  for (unsigned depth = 0; depth <= kDeepest; ++depth) {
+  for (unsigned depth = 0; depth <= kDeepestDrawable; ++depth) {
     if (isDrawable(Message<TSD::DrawableArchive>(nested(payload, depth)))) return depth;
   }
   return std::nullopt;

@@ -10,10 +10,6 @@
 namespace dorvex::content {
 namespace {
 
-constexpr char32_t kAttachment = 0xFFFC;
-constexpr char32_t kLineSeparator = 0x2028;
-constexpr char32_t kParagraphSeparator = 0x2029;
-
 bool isLineBreak(char32_t code) {
   return code == '\n' || code == '\r' || code == 0x0B || code == 0x85 || code == kLineSeparator ||
          code == kParagraphSeparator;

@@ -6,6 +6,11 @@
 
 namespace dorvex::content {
 
+// Stands in a text where a drawable, a footnote or a field does.
+inline constexpr char32_t kAttachment = 0xFFFC;
+inline constexpr char32_t kLineSeparator = 0x2028;
+inline constexpr char32_t kParagraphSeparator = 0x2029;
+
 // What a character of a string shows as: itself, U+000A for a line break of any
 // kind, 0 for what is not shown.
 char32_t plainCharacter(char32_t code);

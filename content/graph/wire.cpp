@@ -8,7 +8,7 @@ namespace {
 constexpr int kLongestVarint = 10;
 // The length of a group is found by reading it, so nested groups would cost the square
 // of their depth. Documents hold none.
-constexpr int kDeepestGroup = 16;
+constexpr int kDeepestWireGroup = 16;
 
 }  // namespace
 
@@ -88,7 +88,7 @@ bool WireReader::group(WireField& field) {
     WireField inner;
     inner.type = static_cast<WireType>(tag & 7);
     if (inner.type == WireType::kStartGroup) {
-      if (++depth > kDeepestGroup) return false;
+      if (++depth > kDeepestWireGroup) return false;
     } else if (inner.type == WireType::kEndGroup) {
       --depth;
       field.bytes = body.substr(0, read);

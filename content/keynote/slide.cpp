@@ -14,34 +14,34 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = KN::SlideArchive;
+using SlideArchive = KN::SlideArchive;
 
 constexpr std::uint32_t kStickyNote = 2014;
 
 // What is on the slide, from back to front. Newer documents list the order of drawing
 // apart, and what that lacks stands in front.
-std::vector<const Object*> drawablesOf(Reading& reading, const Message<Archive>& slide) {
+std::vector<const Object*> drawablesOf(Reading& reading, const Message<SlideArchive>& slide) {
   std::vector<const Object*> drawables;
   std::unordered_set<std::uint64_t> listed;
   const auto add = [&](const Message<TSP::Reference>& reference) {
     if (!listed.insert(reference.get(TSP::Reference::identifier)).second) return;
     if (const Object* object = reading.follow(reference)) drawables.push_back(object);
   };
-  for (const auto& reference : slide.all(Archive::drawables_z_order)) add(reference);
-  for (const auto& reference : slide.all(Archive::owned_drawables)) add(reference);
+  for (const auto& reference : slide.all(SlideArchive::drawables_z_order)) add(reference);
+  for (const auto& reference : slide.all(SlideArchive::owned_drawables)) add(reference);
   return drawables;
 }
 
 // What a placeholder that says no kind of its own is by the slide.
-PlaceholderKind kindBySlide(const Message<Archive>& slide, const Object& object) {
+PlaceholderKind kindBySlide(const Message<SlideArchive>& slide, const Object& object) {
   const auto isAt = [&](const auto& field) {
     return slide.get(field).get(TSP::Reference::identifier) == object.identifier;
   };
-  if (isAt(Archive::titlePlaceholder)) return PlaceholderKind::kTitle;
-  if (isAt(Archive::bodyPlaceholder)) return PlaceholderKind::kBody;
-  if (isAt(Archive::objectPlaceholder)) return PlaceholderKind::kObject;
-  return isAt(Archive::slideNumberPlaceholder) ? PlaceholderKind::kSlideNumber
-                                               : PlaceholderKind::kOther;
+  if (isAt(SlideArchive::titlePlaceholder)) return PlaceholderKind::kTitle;
+  if (isAt(SlideArchive::bodyPlaceholder)) return PlaceholderKind::kBody;
+  if (isAt(SlideArchive::objectPlaceholder)) return PlaceholderKind::kObject;
+  return isAt(SlideArchive::slideNumberPlaceholder) ? PlaceholderKind::kSlideNumber
+                                                    : PlaceholderKind::kOther;
 }
 
 bool isPlaceholder(const Block& block, PlaceholderKind kind) {
@@ -62,7 +62,7 @@ std::optional<std::string> titleOf(const std::vector<Block>& blocks) {
   return textOf(std::get<Box>(title->what).blocks);
 }
 
-void readDrawables(Reading& reading, const Message<Archive>& archive, Slide& slide) {
+void readDrawables(Reading& reading, const Message<SlideArchive>& archive, Slide& slide) {
   for (const Object* object : drawablesOf(reading, archive)) {
     auto block = readDrawable(reading, *object);
     if (!block) continue;
@@ -81,9 +81,10 @@ void readDrawables(Reading& reading, const Message<Archive>& archive, Slide& sli
 
 // Every slide has these placeholders. One that is not among its drawables is switched
 // off, and may still hold a text.
-void countSwitchedOff(Reading& reading, const Message<Archive>& archive) {
-  for (const auto& field : {Archive::titlePlaceholder, Archive::bodyPlaceholder,
-                            Archive::objectPlaceholder, Archive::slideNumberPlaceholder}) {
+void countSwitchedOff(Reading& reading, const Message<SlideArchive>& archive) {
+  for (const auto& field :
+       {SlideArchive::titlePlaceholder, SlideArchive::bodyPlaceholder,
+        SlideArchive::objectPlaceholder, SlideArchive::slideNumberPlaceholder}) {
     const Object* object = reading.follow(archive.get(field));
     if (object == nullptr || !Types<KN::PlaceholderArchive>::hold(object->type)) continue;
     if (!reading.claim(*object)) continue;
@@ -96,13 +97,14 @@ void countSwitchedOff(Reading& reading, const Message<Archive>& archive) {
 }  // namespace
 
 Slide readSlide(Reading& reading, const Object& object) {
-  const Message<Archive> archive(object.payload);
+  const Message<SlideArchive> archive(object.payload);
   Slide slide;
-  slide.layout = plainText(reading.get<Archive>(archive.get(Archive::master)).get(Archive::name));
+  slide.layout = plainText(
+      reading.get<SlideArchive>(archive.get(SlideArchive::master)).get(SlideArchive::name));
   readDrawables(reading, archive, slide);
   countSwitchedOff(reading, archive);
   using Note = KN::NoteArchive;
-  const auto note = reading.get<Note>(archive.get(Archive::note));
+  const auto note = reading.get<Note>(archive.get(SlideArchive::note));
   slide.notes = readText(reading, note.get(Note::containedStorage));
   return slide;
 }

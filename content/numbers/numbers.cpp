@@ -14,12 +14,12 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TN::SheetArchive;
+using SheetArchive = TN::SheetArchive;
 using Form = TN::FormBasedSheetArchive;
 
 // A form shows rows of another sheet's table; it is a sheet without tables of its own.
-std::optional<Message<Archive>> sheetIn(const Object& object) {
-  if (Types<Archive>::hold(object.type)) return Message<Archive>(object.payload);
+std::optional<Message<SheetArchive>> sheetIn(const Object& object) {
+  if (Types<SheetArchive>::hold(object.type)) return Message<SheetArchive>(object.payload);
   if (Types<Form>::hold(object.type)) return Message<Form>(object.payload).get(Form::super);
   return std::nullopt;
 }
@@ -36,19 +36,19 @@ void appendPrinted(Reading& reading, const Message<TSP::Reference>& storage, Rol
   }
 }
 
-Sheet readSheet(Reading& reading, const Message<Archive>& archive) {
+Sheet readSheet(Reading& reading, const Message<SheetArchive>& archive) {
   using Newer = newer::TN_SheetArchive;
   Sheet sheet;
-  sheet.name = plainText(archive.get(Archive::name));
+  sheet.name = plainText(archive.get(SheetArchive::name));
   sheet.hidden = archive.as<Newer>().get(Newer::is_hidden);
-  for (const auto& reference : archive.all(Archive::headers))
+  for (const auto& reference : archive.all(SheetArchive::headers))
     appendPrinted(reading, reference, Role::kHeader, sheet.blocks);
-  appendPrinted(reading, archive.get(Archive::header_storage), Role::kHeader, sheet.blocks);
-  for (const auto& reference : archive.all(Archive::drawable_infos))
+  appendPrinted(reading, archive.get(SheetArchive::header_storage), Role::kHeader, sheet.blocks);
+  for (const auto& reference : archive.all(SheetArchive::drawable_infos))
     appendDrawable(reading, reference, sheet.blocks);
-  for (const auto& reference : archive.all(Archive::footers))
+  for (const auto& reference : archive.all(SheetArchive::footers))
     appendPrinted(reading, reference, Role::kFooter, sheet.blocks);
-  appendPrinted(reading, archive.get(Archive::footer_storage), Role::kFooter, sheet.blocks);
+  appendPrinted(reading, archive.get(SheetArchive::footer_storage), Role::kFooter, sheet.blocks);
   return sheet;
 }
 

@@ -15,19 +15,19 @@
 namespace dorvex::content {
 namespace {
 
-using Change = TSWP::ChangeArchive;
-using Comment = TSD::CommentStorageArchive;
+using ChangeArchive = TSWP::ChangeArchive;
+using CommentStorage = TSD::CommentStorageArchive;
 using Session = TSWP::ChangeSessionArchive;
 
 // A reference to the author of an object that only somebody's writing makes; an empty
 // one for any other object.
 Message<TSP::Reference> authorOf(const Graph& graph, const Object& object) {
-  if (Types<Comment>::hold(object.type)) {
-    const Message<Comment> comment(object.payload);
+  if (Types<CommentStorage>::hold(object.type)) {
+    const Message<CommentStorage> comment(object.payload);
     // One without words belongs to a marking.
-    if (!comment.get(Comment::text).empty()) return comment.get(Comment::author);
-  } else if (Types<Change>::hold(object.type)) {
-    const auto session = Message<Change>(object.payload).get(Change::session);
+    if (!comment.get(CommentStorage::text).empty()) return comment.get(CommentStorage::author);
+  } else if (Types<ChangeArchive>::hold(object.type)) {
+    const auto session = Message<ChangeArchive>(object.payload).get(ChangeArchive::session);
     return messageAt<Session>(graph, session).get(Session::author);
   }
   return {};

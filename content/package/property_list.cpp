@@ -162,7 +162,7 @@ bool appendReference(std::string& text, std::string_view reference) {
 }
 
 // The text between two tags. What is no reference stands for itself.
-std::string textOf(std::string_view content) {
+std::string unescaped(std::string_view content) {
   std::string text;
   content = content.substr(0, kLongestString);
   while (!content.empty()) {
@@ -191,9 +191,9 @@ PropertyList readXml(std::string_view bytes) {
     bytes.remove_prefix(close + 1);
     const auto end = std::min(bytes.find('<'), bytes.size());
     if (tag == "key") {
-      key = textOf(bytes.substr(0, end));
+      key = unescaped(bytes.substr(0, end));
     } else if (tag == "string") {
-      std::string text = textOf(bytes.substr(0, end));
+      std::string text = unescaped(bytes.substr(0, end));
       if (key) {
         list.entries.emplace_back(*std::exchange(key, std::nullopt), std::move(text));
       } else {

@@ -14,9 +14,9 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TP::FloatingDrawablesArchive;
-using Group = TP::FloatingDrawablesArchive_PageGroup;
-using Entry = TP::FloatingDrawablesArchive_DrawableEntry;
+using FloatingArchive = TP::FloatingDrawablesArchive;
+using PageGroup = TP::FloatingDrawablesArchive_PageGroup;
+using DrawableEntry = TP::FloatingDrawablesArchive_DrawableEntry;
 using ZOrder = TP::DrawablesZOrderArchive;
 
 // Places in the order of drawing. The pages list their drawables in any order.
@@ -37,11 +37,13 @@ class Layers {
   std::unordered_map<std::uint64_t, std::size_t> places_;
 };
 
-std::vector<Block> readGroup(Reading& reading, const Message<Group>& group, const Layers& layers) {
+std::vector<Block> readGroup(Reading& reading, const Message<PageGroup>& group,
+                             const Layers& layers) {
   std::vector<Message<TSP::Reference>> drawables;
   for (const auto layer :
-       {Group::background_drawables, Group::drawables, Group::foreground_drawables}) {
-    for (const auto& entry : group.all(layer)) drawables.push_back(entry.get(Entry::drawable));
+       {PageGroup::background_drawables, PageGroup::drawables, PageGroup::foreground_drawables}) {
+    for (const auto& entry : group.all(layer))
+      drawables.push_back(entry.get(DrawableEntry::drawable));
   }
   std::ranges::stable_sort(drawables, {}, std::cref(layers));
   std::vector<Block> blocks;
@@ -51,13 +53,13 @@ std::vector<Block> readGroup(Reading& reading, const Message<Group>& group, cons
 
 }  // namespace
 
-void readFloating(Reading& reading, const Message<Archive>& floating, const Message<ZOrder>& order,
-                  Sink& sink) {
+void readFloating(Reading& reading, const Message<FloatingArchive>& floating,
+                  const Message<ZOrder>& order, Sink& sink) {
   constexpr std::uint32_t kLastPage = std::numeric_limits<std::uint32_t>::max() - 1;
   const Layers layers(order);
-  std::multimap<std::uint32_t, Message<Group>> groups;
-  for (const auto& group : floating.all(Archive::page_groups))
-    groups.emplace(std::min(group.get(Group::page_index), kLastPage), group);
+  std::multimap<std::uint32_t, Message<PageGroup>> groups;
+  for (const auto& group : floating.all(FloatingArchive::page_groups))
+    groups.emplace(std::min(group.get(PageGroup::page_index), kLastPage), group);
   for (const auto& [index, group] : groups) {
     FloatingPage page;
     page.page = index + 1;

@@ -12,19 +12,19 @@ namespace {
 
 using Attachment = TSWP::FootnoteReferenceAttachmentArchive;
 using Settings = TP::SettingsArchive;
-using Kind = TP::SettingsArchive_FootnoteKind;
-using Format = TP::SettingsArchive_FootnoteFormat;
+using FootnoteKind = TP::SettingsArchive_FootnoteKind;
+using FootnoteFormat = TP::SettingsArchive_FootnoteFormat;
 using Numbering = TP::SettingsArchive_FootnoteNumbering;
 
-Numerals numeralsOf(Format format) {
+Numerals numeralsOf(FootnoteFormat format) {
   switch (format) {
-    case Format::kFootnoteFormatRoman:
+    case FootnoteFormat::kFootnoteFormatRoman:
       return Numerals::kLowerRoman;
-    case Format::kFootnoteFormatSymbolic:
+    case FootnoteFormat::kFootnoteFormatSymbolic:
       return Numerals::kSymbols;
-    case Format::kFootnoteFormatJapaneseIdeographic:
+    case FootnoteFormat::kFootnoteFormatJapaneseIdeographic:
       return Numerals::kJapanese;
-    case Format::kFootnoteFormatArabicNumeric:
+    case FootnoteFormat::kFootnoteFormatArabicNumeric:
       return Numerals::kArabic;
     default:
       return Numerals::kDecimal;
@@ -62,7 +62,7 @@ void Footnotes::write(Sink& sink) {
     Footnote footnote;
     footnote.id = std::to_string(++id);
     footnote.mark = std::move(entry.mark);
-    footnote.endnote = kind_ != Kind::kFootnoteKindFootnotes;
+    footnote.endnote = kind_ != FootnoteKind::kFootnoteKindFootnotes;
     const Message<Attachment> attachment(entry.attachment->payload);
     footnote.blocks = readStorage(reading_, reading_.get<TSWP::StorageArchive>(
                                                 attachment.get(Attachment::contained_storage)));

@@ -14,11 +14,11 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TP::SectionArchive;
+using SectionArchive = TP::SectionArchive;
 using Master = TP::PageMasterArchive;
 using Settings = TP::SettingsArchive;
 using Texts = std::map<PageClass, HeaderText>;
-using References = Values<Message<TSP::Reference>, Encoding::kMessage>;
+using ReferenceList = Values<Message<TSP::Reference>, Encoding::kMessage>;
 
 // What stands for a field that the layout fills; nothing for any other run.
 std::string_view nameOfField(const Run& run) {
@@ -51,7 +51,7 @@ std::string withPages(const std::vector<Block>& blocks) {
 
 // The texts of three storages: left, center, right. A line in one piece has one
 // storage, for all of its width.
-HeaderText readLine(Reading& reading, const References& storages) {
+HeaderText readLine(Reading& reading, const ReferenceList& storages) {
   std::array<std::string, 3> texts;
   std::array<std::string, 3> shown;
   std::size_t count = 0;
@@ -72,7 +72,8 @@ void addLine(PageClass page, HeaderText&& line, Texts& texts) {
   if (line != HeaderText{}) texts[page] = std::move(line);
 }
 
-void addDrawables(Reading& reading, PageClass page, const References& drawables, Section& section) {
+void addDrawables(Reading& reading, PageClass page, const ReferenceList& drawables,
+                  Section& section) {
   std::vector<Block> blocks;
   for (const auto& reference : drawables) appendDrawable(reading, reference, blocks);
   if (!blocks.empty()) section.drawables[page] = std::move(blocks);
@@ -99,19 +100,19 @@ Sections::Sections(Reading& reading, const Message<Settings>& settings)
 Section Sections::read(const Object& object, std::size_t from) {
   Section section;
   section.from = from;
-  if (!Types<Archive>::hold(object.type)) return section;
-  const Message<Archive> archive(object.payload);
-  if (archive.get(Archive::page_master_first_page_different))
-    add(PageClass::kFirst, archive.get(Archive::first_page_master),
-        !archive.get(Archive::page_master_first_page_hides_header_footer), section);
-  if (archive.get(Archive::page_master_even_odd_pages_different))
-    add(PageClass::kEven, archive.get(Archive::even_page_master), true, section);
-  if (archive.has(Archive::odd_page_master)) {
-    add(PageClass::kDefault, archive.get(Archive::odd_page_master), true, section);
+  if (!Types<SectionArchive>::hold(object.type)) return section;
+  const Message<SectionArchive> archive(object.payload);
+  if (archive.get(SectionArchive::page_master_first_page_different))
+    add(PageClass::kFirst, archive.get(SectionArchive::first_page_master),
+        !archive.get(SectionArchive::page_master_first_page_hides_header_footer), section);
+  if (archive.get(SectionArchive::page_master_even_odd_pages_different))
+    add(PageClass::kEven, archive.get(SectionArchive::even_page_master), true, section);
+  if (archive.has(SectionArchive::odd_page_master)) {
+    add(PageClass::kDefault, archive.get(SectionArchive::odd_page_master), true, section);
   } else {
     addOlder(archive, section);
   }
-  const bool repeats = archive.get(Archive::inherit_previous_header_footer);
+  const bool repeats = archive.get(SectionArchive::inherit_previous_header_footer);
   dropRepeated(repeats, section.headers, headers_);
   dropRepeated(repeats, section.footers, footers_);
   return section;
@@ -129,15 +130,15 @@ void Sections::add(PageClass page, const Message<TSP::Reference>& reference, boo
 }
 
 // Before there were masters, a section had its lines itself.
-void Sections::addOlder(const Message<Archive>& archive, Section& section) {
+void Sections::addOlder(const Message<SectionArchive>& archive, Section& section) {
   if (headersShown_)
-    addLine(PageClass::kDefault, readLine(reading_, archive.all(Archive::OBSOLETE_headers)),
+    addLine(PageClass::kDefault, readLine(reading_, archive.all(SectionArchive::OBSOLETE_headers)),
             section.headers);
   if (footersShown_)
-    addLine(PageClass::kDefault, readLine(reading_, archive.all(Archive::OBSOLETE_footers)),
+    addLine(PageClass::kDefault, readLine(reading_, archive.all(SectionArchive::OBSOLETE_footers)),
             section.footers);
-  addDrawables(reading_, PageClass::kDefault, archive.all(Archive::OBSOLETE_master_drawables),
-               section);
+  addDrawables(reading_, PageClass::kDefault,
+               archive.all(SectionArchive::OBSOLETE_master_drawables), section);
 }
 
 }  // namespace dorvex::content

@@ -11,7 +11,7 @@
 namespace dorvex::content {
 namespace {
 
-using Style = TSWP::ListStyleArchive;
+using ListStyleArchive = TSWP::ListStyleArchive;
 using LabelType = TSWP::ListStyleArchive_LabelType;
 using NumberType = TSWP::ListStyleArchive_NumberType;
 
@@ -70,8 +70,8 @@ NumberForm formOf(NumberType type) {
 // A list's values are those of the first ancestor that has any: a style made by
 // formatting has none of its own.
 template <typename V, Encoding E>
-std::vector<V> valuesOf(const std::vector<Message<Style>>& styles,
-                        RepeatedField<Style, V, E> field) {
+std::vector<V> valuesOf(const std::vector<Message<ListStyleArchive>>& styles,
+                        RepeatedField<ListStyleArchive, V, E> field) {
   std::vector<V> values;
   for (const auto& style : styles) {
     for (const V& value : style.all(field)) {
@@ -115,11 +115,11 @@ void setNumber(ListLevel& level, NumberType type, bool tiered) {
 }  // namespace
 
 ListStyle readListStyle(Reading& reading, const Object* object) {
-  const auto styles = ancestry<Style>(reading, object);
-  const auto types = valuesOf(styles, Style::label_types);
-  const auto strings = valuesOf(styles, Style::strings);
-  const auto numbers = valuesOf(styles, Style::number_types);
-  const auto tiered = valuesOf(styles, Style::tiered_numbers);
+  const auto styles = ancestry<ListStyleArchive>(reading, object);
+  const auto types = valuesOf(styles, ListStyleArchive::label_types);
+  const auto strings = valuesOf(styles, ListStyleArchive::strings);
+  const auto numbers = valuesOf(styles, ListStyleArchive::number_types);
+  const auto tiered = valuesOf(styles, ListStyleArchive::tiered_numbers);
   ListStyle levels(types.size());
   for (std::size_t i = 0; i < levels.size(); ++i) {
     switch (types[i]) {

@@ -47,7 +47,7 @@ CellKey keyOfType(StoredType type) {
   }
 }
 
-Control controlOf(std::uint32_t interaction) {
+Control controlOfInteraction(std::uint32_t interaction) {
   switch (interaction) {
     case 4:
       return Control::kStepper;
@@ -103,7 +103,7 @@ std::optional<Message<TSCE::CellValueArchive>> itemAt(const Items& items, double
   return std::nullopt;
 }
 
-void setText(std::string_view text, const Format& format, const CellParts& parts, Cell& cell) {
+void setText(std::string_view text, const CellFormat& format, const CellParts& parts, Cell& cell) {
   cell.type = CellType::kText;
   appendPlainText(text, cell.value);
   if (parts.text) format.appendText(text, cell.text);
@@ -123,7 +123,7 @@ const DataList& LazyList::get(Reading& reading) {
   return *list_;
 }
 
-const Format* FormatList::find(std::uint32_t key, Reading& reading, Formatting& formatting) {
+const CellFormat* FormatList::find(std::uint32_t key, Reading& reading, Formatting& formatting) {
   const DataList& list = list_.get(reading);
   formats_.resize(list.size());
   const auto index = list.indexOf(key);
@@ -131,7 +131,7 @@ const Format* FormatList::find(std::uint32_t key, Reading& reading, Formatting& 
   auto& format = formats_[*index];
   if (!format) {
     const auto archive = list[*index].get(ListEntry::format);
-    format = std::make_unique<Format>(archive, formatting, customOf(archive, reading));
+    format = std::make_unique<CellFormat>(archive, formatting, customOf(archive, reading));
   }
   return format.get();
 }
@@ -175,7 +175,7 @@ const CellReader::Entry* CellReader::find(LazyList& list, std::optional<std::uin
 
 void CellReader::read(const CellRecord& record, const CellParts& parts, const Place& place,
                       Cell& cell) {
-  const Format& format = formatOf(record, place);
+  const CellFormat& format = formatOf(record, place);
   readValue(record, format, parts, place, cell);
   readControl(record, format, place, cell);
   if (parts.formula) readFormula(record, place, cell);
@@ -186,7 +186,7 @@ void CellReader::read(const CellRecord& record, const CellParts& parts, const Pl
   if (cell.type != CellType::kNone) cell.format = format.name();
 }
 
-const Format& CellReader::formatOf(const CellRecord& record, const Place& place) {
+const CellFormat& CellReader::formatOf(const CellRecord& record, const Place& place) {
   std::optional<std::uint32_t> key;
   if (record.older) {
     key = record.find(CellKey::kCurrentFormat);
@@ -197,13 +197,13 @@ const Format& CellReader::formatOf(const CellRecord& record, const Place& place)
   }
   if (!key) return plain_;
   FormatList& list = record.older ? olderFormats_ : formats_;
-  if (const Format* format = list.find(*key, reading_, formatting_)) return *format;
+  if (const CellFormat* format = list.find(*key, reading_, formatting_)) return *format;
   addProblem("its format is missing", place);
   return plain_;
 }
 
-void CellReader::readValue(const CellRecord& record, const Format& format, const CellParts& parts,
-                           const Place& place, Cell& cell) {
+void CellReader::readValue(const CellRecord& record, const CellFormat& format,
+                           const CellParts& parts, const Place& place, Cell& cell) {
   switch (record.type) {
     case StoredType::kEmpty:
       return;
@@ -234,14 +234,14 @@ void CellReader::readValue(const CellRecord& record, const Format& format, const
       if (!record.number) break;
       cell.type = CellType::kBool;
       cell.number = *record.number > 0 ? 1 : 0;
-      if (parts.text) Format::appendBool(cell.number != 0, cell.text);
+      if (parts.text) CellFormat::appendBool(cell.number != 0, cell.text);
       return;
   }
   addProblem("it has no value of its type", place);
 }
 
-void CellReader::readNumber(const CellRecord& record, const Format& format, const CellParts& parts,
-                            const Place& place, Cell& cell) {
+void CellReader::readNumber(const CellRecord& record, const CellFormat& format,
+                            const CellParts& parts, const Place& place, Cell& cell) {
   const auto number = numberIn(record);
   if (!number) return addProblem("it has no number", place);
   if (record.older && format.choices())
@@ -287,16 +287,16 @@ void CellReader::setChosen(const Message<TSCE::CellValueArchive>& item, Cell& ce
   cell.text = shownValue(item, formatting_);
 }
 
-void CellReader::readText(const CellRecord& record, const Format& format, const CellParts& parts,
-                          const Place& place, Cell& cell) {
+void CellReader::readText(const CellRecord& record, const CellFormat& format,
+                          const CellParts& parts, const Place& place, Cell& cell) {
   const auto key = record.find(CellKey::kString);
   if (!key) return setText({}, format, parts, cell);  // an empty text
   if (const Entry* entry = find(strings_, key, "text", place))
     setText(entry->get(ListEntry::string), format, parts, cell);
 }
 
-void CellReader::readRich(const CellRecord& record, const Format& format, const CellParts& parts,
-                          const Place& place, Cell& cell) {
+void CellReader::readRich(const CellRecord& record, const CellFormat& format,
+                          const CellParts& parts, const Place& place, Cell& cell) {
   const auto key = record.find(CellKey::kRichText);
   if (!key) {
     if (record.find(CellKey::kString)) return readText(record, format, parts, place, cell);
@@ -335,13 +335,13 @@ void CellReader::readFormula(const CellRecord& record, const Place& place, Cell&
   if (!cell.formulaProblem.empty()) addProblem(cell.formulaProblem, place);
 }
 
-void CellReader::readControl(const CellRecord& record, const Format& format, const Place& place,
+void CellReader::readControl(const CellRecord& record, const CellFormat& format, const Place& place,
                              Cell& cell) {
   cell.control = format.control();
   const Entry* entry = find(controls_, record.find(CellKey::kControl), "control", place);
   if (entry == nullptr) return;
   const auto control = entry->get(ListEntry::cell_spec);
-  cell.control = controlOf(control.get(TST::CellSpecArchive::interaction_type));
+  cell.control = controlOfInteraction(control.get(TST::CellSpecArchive::interaction_type));
 }
 
 void CellReader::readComment(const CellRecord& record, const Place& place, Cell& cell) {

@@ -43,14 +43,14 @@ class FormatList {
                       const Message<TSP::Reference>& customs = {})
       : list_(reference), customs_(customs) {}
   // The format of that key, or null.
-  const Format* find(std::uint32_t key, Reading& reading, Formatting& formatting);
+  const CellFormat* find(std::uint32_t key, Reading& reading, Formatting& formatting);
 
  private:
   CustomArchive customOf(const FormatArchive& format, Reading& reading);
 
   LazyList list_;
   LazyList customs_;
-  std::vector<std::unique_ptr<Format>> formats_;
+  std::vector<std::unique_ptr<CellFormat>> formats_;
 };
 
 class CellReader {
@@ -72,19 +72,20 @@ class CellReader {
 
   const Entry* find(LazyList& list, std::optional<std::uint32_t> key, std::string_view what,
                     const Place& place);
-  const Format& formatOf(const CellRecord& record, const Place& place);
-  void readValue(const CellRecord& record, const Format& format, const CellParts& parts,
+  const CellFormat& formatOf(const CellRecord& record, const Place& place);
+  void readValue(const CellRecord& record, const CellFormat& format, const CellParts& parts,
                  const Place& place, Cell& cell);
-  void readNumber(const CellRecord& record, const Format& format, const CellParts& parts,
+  void readNumber(const CellRecord& record, const CellFormat& format, const CellParts& parts,
                   const Place& place, Cell& cell);
   void readChoice(std::uint32_t list, double number, const Place& place, Cell& cell);
   void setChosen(const Message<TSCE::CellValueArchive>& item, Cell& cell);
-  void readText(const CellRecord& record, const Format& format, const CellParts& parts,
+  void readText(const CellRecord& record, const CellFormat& format, const CellParts& parts,
                 const Place& place, Cell& cell);
-  void readRich(const CellRecord& record, const Format& format, const CellParts& parts,
+  void readRich(const CellRecord& record, const CellFormat& format, const CellParts& parts,
                 const Place& place, Cell& cell);
   void readFormula(const CellRecord& record, const Place& place, Cell& cell);
-  void readControl(const CellRecord& record, const Format& format, const Place& place, Cell& cell);
+  void readControl(const CellRecord& record, const CellFormat& format, const Place& place,
+                   Cell& cell);
   void readComment(const CellRecord& record, const Place& place, Cell& cell);
 
   Reading& reading_;
@@ -93,7 +94,7 @@ class CellReader {
   std::uint64_t model_;
   LazyList strings_, richTexts_, formulas_, controls_, comments_, choices_;
   FormatList formats_, olderFormats_;
-  Format plain_;
+  CellFormat plain_;
 };
 
 // The name of a column: A, B, ..., Z, AA.

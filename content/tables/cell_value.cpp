@@ -11,17 +11,18 @@ std::string shownValue(const Message<TSCE::CellValueArchive>& value, Formatting&
   using Date = TSCE::DateCellValueArchive;
   std::string text;
   if (const auto string = value.find(Value::string_value)) {
-    Format(string->get(String::format), formatting).appendText(string->get(String::value), text);
+    CellFormat(string->get(String::format), formatting)
+        .appendText(string->get(String::value), text);
   } else if (const auto number = value.find(Value::number_value)) {
     const double stored = number->get(Number::value);
     if (std::isfinite(stored))
-      Format(number->get(Number::format), formatting)
+      CellFormat(number->get(Number::format), formatting)
           .appendNumber(Decimal(stored), formatting.symbols(), text);
   } else if (const auto date = value.find(Value::date_value)) {
-    Format(date->get(Date::format), formatting)
+    CellFormat(date->get(Date::format), formatting)
         .appendDate(date->get(Date::value), formatting.symbols(), text);
   } else if (const auto boolean = value.find(Value::boolean_value)) {
-    Format::appendBool(boolean->get(TSCE::BooleanCellValueArchive::value), text);
+    CellFormat::appendBool(boolean->get(TSCE::BooleanCellValueArchive::value), text);
   }
   return text;
 }

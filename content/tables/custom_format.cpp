@@ -9,10 +9,9 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TSK::FormatStructArchive;
+using FormatStruct = TSK::FormatStructArchive;
 using Custom = TSK::CustomFormatArchive;
 
-constexpr std::string_view kCurrencySign = "\u00A4";
 constexpr std::string_view kFractionMark = "\uE420";
 constexpr std::string_view kTextMark = "\uE421";
 constexpr std::string_view kDigitCharacters = "#0,.";
@@ -118,8 +117,8 @@ void DigitPattern::append(Decimal number, const Symbols& symbols, std::string& o
 
 CustomPattern::CustomPattern(const FormatArchive& format, const Symbols& symbols)
     : fraction_(format) {
-  const double factor = format.get(Archive::scale_factor, 1.0);
-  const std::string_view pattern = format.get(Archive::custom_format_string);
+  const double factor = format.get(FormatStruct::scale_factor, 1.0);
+  const std::string_view pattern = format.get(FormatStruct::custom_format_string);
   parse(pattern, format, symbols);
   // Powers of ten keep a decimal exact.
   if (!std::isfinite(factor) || factor == 1 || factor == 0) return;
@@ -143,7 +142,7 @@ bool CustomPattern::has(Kind kind) const {
 void CustomPattern::parse(std::string_view pattern, const FormatArchive& format,
                           const Symbols& symbols) {
   const std::string clean = plainText(pattern.substr(0, kLongestPattern));
-  const bool scaled = format.get(Archive::scale_factor, 1.0) != 1;
+  const bool scaled = format.get(FormatStruct::scale_factor, 1.0) != 1;
   std::string_view rest = clean;
   while (!rest.empty()) {
     if (rest.front() == '\'') {
@@ -152,7 +151,7 @@ void CustomPattern::parse(std::string_view pattern, const FormatArchive& format,
                !has(Kind::kDigits) && !has(Kind::kScientific)) {
       takeDigits(rest, format);
     } else if (rest.starts_with(kCurrencySign)) {
-      literal() += symbols.currencySymbol(format.get(Archive::currency_code));
+      literal() += symbols.currencySymbol(format.get(FormatStruct::currency_code));
       rest.remove_prefix(kCurrencySign.size());
     } else if (rest.starts_with(kFractionMark)) {
       parts_.push_back({Kind::kFraction, {}});
@@ -182,9 +181,9 @@ void CustomPattern::takeDigits(std::string_view& pattern, const FormatArchive& f
   digits_.hasWhole = digits_.wholeZeros > 0 || countOf(whole, '#') > 0;
   digits_.fractionZeros = countOf(fraction, '0');
   digits_.fractionHashes = countOf(fraction, '#');
-  digits_.padsWholeWithZeros = format.get(Archive::num_nonspace_integer_digits) > 0;
-  digits_.padsFractionWithZeros = format.get(Archive::num_nonspace_decimal_digits) > 0;
-  digits_.grouped = format.get(Archive::show_thousands_separator);
+  digits_.padsWholeWithZeros = format.get(FormatStruct::num_nonspace_integer_digits) > 0;
+  digits_.padsFractionWithZeros = format.get(FormatStruct::num_nonspace_decimal_digits) > 0;
+  digits_.grouped = format.get(FormatStruct::show_thousands_separator);
   const bool scientific = pattern.starts_with(kExponent);
   if (scientific) pattern.remove_prefix(kExponent.size());
   parts_.push_back({scientific ? Kind::kScientific : Kind::kDigits, {}});
@@ -265,7 +264,7 @@ bool CustomFormat::Condition::holds(double number) const {
 CustomFormat::CustomFormat(const Message<Custom>& format, const Symbols& symbols)
     : default_(format.get(Custom::default_format), symbols),
       date_(plainText(format.get(Custom::default_format)
-                          .get(Archive::custom_format_string)
+                          .get(FormatStruct::custom_format_string)
                           .substr(0, kLongestPattern))) {
   for (const auto& condition : format.all(Custom::conditions)) {
     if (conditions_.size() == kMostConditions) break;

@@ -14,7 +14,7 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TSK::FormatStructArchive;
+using FormatStruct = TSK::FormatStructArchive;
 
 struct Unit {
   std::uint64_t milliseconds;
@@ -36,7 +36,7 @@ constexpr std::size_t kMinutes = 3;
 constexpr std::size_t kMilliseconds = 5;
 
 // More than a million years are not shown as units.
-constexpr double kMostSeconds = 3e13;
+constexpr double kLongestDuration = 3e13;
 
 std::size_t unitOfBit(std::uint32_t bit, std::size_t fallback) {
   const auto index = static_cast<std::size_t>(std::countr_zero(bit));
@@ -86,10 +86,11 @@ std::shared_ptr<const icu::MeasureFormat> namesOf(const std::string& locale) {
 }  // namespace
 
 DurationFormat::DurationFormat(const FormatArchive& format, const Symbols& symbols)
-    : DurationFormat(static_cast<DurationStyle>(std::min(format.get(Archive::duration_style), 2U)),
-                     format.get(Archive::duration_unit_largest),
-                     format.get(Archive::duration_unit_smallest),
-                     format.get(Archive::use_automatic_duration_units), symbols) {}
+    : DurationFormat(
+          static_cast<DurationStyle>(std::min(format.get(FormatStruct::duration_style), 2U)),
+          format.get(FormatStruct::duration_unit_largest),
+          format.get(FormatStruct::duration_unit_smallest),
+          format.get(FormatStruct::use_automatic_duration_units), symbols) {}
 
 DurationFormat::DurationFormat(DurationStyle style, std::uint32_t largest, std::uint32_t smallest,
                                bool automatic, const Symbols& symbols)
@@ -111,7 +112,7 @@ DurationFormat::Units DurationFormat::unitsOf(std::uint64_t milliseconds) const 
 }
 
 void DurationFormat::append(double seconds, const Symbols& symbols, std::string& out) const {
-  if (!(std::abs(seconds) < kMostSeconds)) return;
+  if (!(std::abs(seconds) < kLongestDuration)) return;
   auto rest = static_cast<std::uint64_t>(std::llround(std::abs(seconds) * 1000));
   const Units units = unitsOf(rest);
   if (seconds < 0 && rest >= kUnits[units.smallest].milliseconds) out += symbols.minus;

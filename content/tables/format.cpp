@@ -10,7 +10,7 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TSK::FormatStructArchive;
+using FormatStruct = TSK::FormatStructArchive;
 
 // The values of format_type.
 enum FormatType : std::uint32_t {
@@ -77,7 +77,7 @@ std::string_view nameOf(std::uint32_t type) {
   }
 }
 
-Control controlOf(std::uint32_t type) {
+Control controlOfType(std::uint32_t type) {
   switch (type) {
     case kCheckbox:
       return Control::kCheckbox;
@@ -122,8 +122,8 @@ Formatting::Formatting(Reading& reading) : symbols_(reading) {
 }
 
 const CustomFormat* Formatting::custom(const FormatArchive& use, const CustomArchive& ofTable) {
-  if (const auto* listed = listedCustom(use.get(Archive::custom_uid))) return listed;
-  const CustomArchive own = use.find(Archive::custom_format).value_or(ofTable);
+  if (const auto* listed = listedCustom(use.get(FormatStruct::custom_uid))) return listed;
+  const CustomArchive own = use.find(FormatStruct::custom_format).value_or(ofTable);
   if (!own.has(TSK::CustomFormatArchive::default_format)) return nullptr;
   return own_.emplace_back(std::make_unique<CustomFormat>(own, symbols_)).get();
 }
@@ -137,18 +137,19 @@ const CustomFormat* Formatting::listedCustom(const Message<TSP::UUID>& uid) {
   return found->compiled.get();
 }
 
-Format::Format(const FormatArchive& archive, Formatting& formatting, const CustomArchive& ofTable) {
-  const std::uint32_t type = archive.get(Archive::format_type);
+CellFormat::CellFormat(const FormatArchive& archive, Formatting& formatting,
+                       const CustomArchive& ofTable) {
+  const std::uint32_t type = archive.get(FormatStruct::format_type);
   name_ = nameOf(type);
-  control_ = controlOf(type);
+  control_ = controlOfType(type);
   // A stepper or slider shows its number in a format of its own.
   const bool control = type == kStepper || type == kSlider;
-  compile(control ? archive.get(Archive::control_format_type, std::uint32_t{kNumber}) : type,
+  compile(control ? archive.get(FormatStruct::control_format_type, std::uint32_t{kNumber}) : type,
           archive, formatting, ofTable);
 }
 
-void Format::compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting,
-                     const CustomArchive& ofTable) {
+void CellFormat::compile(std::uint32_t type, const FormatArchive& archive, Formatting& formatting,
+                         const CustomArchive& ofTable) {
   const Symbols& symbols = formatting.symbols();
   switch (type) {
     case kNumber:
@@ -157,7 +158,7 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
     case kCurrency:
       shown_ = DecimalFormat::currency(archive, symbols);
       typeOfNumber_ = CellType::kCurrency;
-      currency_ = shortText(archive.get(Archive::currency_code));
+      currency_ = shortText(archive.get(FormatStruct::currency_code));
       break;
     case kPercentage:
       shown_ = DecimalFormat::percentage(archive, symbols);
@@ -167,14 +168,14 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
       shown_ = ScientificFormat(archive);
       break;
     case kDate:
-      if (const auto pattern = archive.find(Archive::date_time_format))
+      if (const auto pattern = archive.find(FormatStruct::date_time_format))
         shown_ = DateFormat(shortText(*pattern));
       break;
     case kFraction:
       shown_ = FractionFormat(archive);
       break;
     case kPopup:
-      choices_ = archive.find(Archive::multiple_choice_list_id);
+      choices_ = archive.find(FormatStruct::multiple_choice_list_id);
       break;
     case kRating:
       shown_ = RatingFormat();
@@ -187,7 +188,7 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
       break;
     case kCustomCurrency:
       typeOfNumber_ = CellType::kCurrency;
-      currency_ = shortText(archive.get(Archive::currency_code));
+      currency_ = shortText(archive.get(FormatStruct::currency_code));
       [[fallthrough]];
     case kCustomNumber:
     case kCustomText:
@@ -200,12 +201,13 @@ void Format::compile(std::uint32_t type, const FormatArchive& archive, Formattin
   }
 }
 
-const CustomFormat* Format::custom(CustomKind kind) const {
+const CustomFormat* CellFormat::custom(CustomKind kind) const {
   const auto* use = std::get_if<CustomUse>(&shown_);
   return use != nullptr && use->kind == kind ? use->format : nullptr;
 }
 
-void Format::appendNumber(const Decimal& number, const Symbols& symbols, std::string& out) const {
+void CellFormat::appendNumber(const Decimal& number, const Symbols& symbols,
+                              std::string& out) const {
   const auto plain = [&](const auto&) { appendPlainNumber(number, symbols, out); };
   const auto formatted = [&](const auto& format) { format.append(number, symbols, out); };
   std::visit(Overloads{
@@ -221,7 +223,7 @@ void Format::appendNumber(const Decimal& number, const Symbols& symbols, std::st
              shown_);
 }
 
-void Format::appendDate(double seconds, const Symbols& symbols, std::string& out) const {
+void CellFormat::appendDate(double seconds, const Symbols& symbols, std::string& out) const {
   if (const auto* format = std::get_if<DateFormat>(&shown_)) {
     format->append(seconds, symbols, out);
   } else if (const auto* dates = custom(CustomKind::kDate)) {
@@ -232,13 +234,13 @@ void Format::appendDate(double seconds, const Symbols& symbols, std::string& out
   }
 }
 
-void Format::appendDuration(double seconds, const Symbols& symbols, std::string& out) const {
+void CellFormat::appendDuration(double seconds, const Symbols& symbols, std::string& out) const {
   if (const auto* format = std::get_if<DurationFormat>(&shown_))
     return format->append(seconds, symbols, out);
   DurationFormat().append(seconds, symbols, out);
 }
 
-void Format::appendText(std::string_view text, std::string& out) const {
+void CellFormat::appendText(std::string_view text, std::string& out) const {
   if (const auto* texts = custom(CustomKind::kText)) return texts->appendText(text, out);
   appendPlainText(text, out);
 }

@@ -56,11 +56,12 @@ struct CustomUse {
 };
 
 // A compiled format. What it cannot show is shown as a cell without a format shows it.
-class Format {
+class CellFormat {
  public:
-  Format() = default;  // that of a cell without one
+  CellFormat() = default;  // that of a cell without one
   // Tables of older documents have the custom formats of their cells themselves.
-  Format(const FormatArchive& archive, Formatting& formatting, const CustomArchive& ofTable = {});
+  CellFormat(const FormatArchive& archive, Formatting& formatting,
+             const CustomArchive& ofTable = {});
 
   // The kind, as Cell::format has it.
   std::string_view name() const { return name_; }

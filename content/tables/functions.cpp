@@ -10,13 +10,13 @@ namespace dorvex::content {
 namespace {
 
 // Functions whose numbers follow each other: the first number, and the names.
-struct Run {
+struct NamesInRow {
   std::uint32_t first;
   std::string_view names;
 };
 
 // clang-format off
-constexpr Run kRuns[] = {
+constexpr NamesInRow kRuns[] = {
     {1,
      "ABS ACCRINT ACCRINTM ACOS ACOSH ADDRESS AND AREAS ASIN ASINH ATAN ATAN2 ATANH AVEDEV "
      "AVERAGE AVERAGEA CEILING CHAR CHOOSE CLEAN CODE COLUMN COLUMNS COMBIN CONCATENATE "
@@ -66,7 +66,7 @@ constexpr std::uint32_t kNumbers = 400;
 
 constexpr auto indexNames() {
   std::array<std::string_view, kNumbers> names{};
-  for (const Run& run : kRuns) {
+  for (const NamesInRow& run : kRuns) {
     std::string_view rest = run.names;
     for (std::uint32_t number = run.first; !rest.empty(); ++number) {
       const std::size_t length = rest.find(' ');
@@ -77,12 +77,12 @@ constexpr auto indexNames() {
   return names;
 }
 
-constexpr auto kNames = indexNames();
+constexpr auto kNamesByIndex = indexNames();
 
 }  // namespace
 
 std::string_view functionName(std::uint32_t number) {
-  return number < kNames.size() ? kNames[number] : std::string_view();
+  return number < kNamesByIndex.size() ? kNamesByIndex[number] : std::string_view();
 }
 
 }  // namespace dorvex::content

@@ -8,7 +8,7 @@
 namespace dorvex::content {
 namespace {
 
-using Archive = TSK::FormatStructArchive;
+using FormatStruct = TSK::FormatStructArchive;
 
 // Integers that a double tells from their neighbours; beyond them there are neither
 // fractions nor other bases.
@@ -18,7 +18,7 @@ constexpr int kMostStars = 5;
 
 NegativeStyle negativeStyle(const FormatArchive& format) {
   constexpr auto kLast = static_cast<std::uint32_t>(NegativeStyle::kRedParentheses);
-  return static_cast<NegativeStyle>(std::min(format.get(Archive::negative_style), kLast));
+  return static_cast<NegativeStyle>(std::min(format.get(FormatStruct::negative_style), kLast));
 }
 
 bool hasParentheses(NegativeStyle style) {
@@ -28,8 +28,8 @@ bool hasParentheses(NegativeStyle style) {
 }  // namespace
 
 DecimalFormat::DecimalFormat(const FormatArchive& format)
-    : shape_{format.get(Archive::decimal_places, kAutomaticPlaces),
-             format.get(Archive::show_thousands_separator)},
+    : shape_{format.get(FormatStruct::decimal_places, kAutomaticPlaces),
+             format.get(FormatStruct::show_thousands_separator)},
       negative_(negativeStyle(format)) {}
 
 DecimalFormat DecimalFormat::number(const FormatArchive& format) { return DecimalFormat(format); }
@@ -43,8 +43,8 @@ DecimalFormat DecimalFormat::percentage(const FormatArchive& format, const Symbo
 
 DecimalFormat DecimalFormat::currency(const FormatArchive& format, const Symbols& symbols) {
   DecimalFormat currency(format);
-  const std::string symbol = symbols.currencySymbol(format.get(Archive::currency_code));
-  currency.accounting_ = format.get(Archive::use_accounting_style);
+  const std::string symbol = symbols.currencySymbol(format.get(FormatStruct::currency_code));
+  currency.accounting_ = format.get(FormatStruct::use_accounting_style);
   // A cell in accounting style has the symbol at its left edge.
   currency.affixes_ =
       currency.accounting_ ? Affixes{symbol + '\t', ""} : symbols.currencyAffixes(symbol);
@@ -66,7 +66,7 @@ void DecimalFormat::append(Decimal number, const Symbols& symbols, std::string& 
 }
 
 ScientificFormat::ScientificFormat(const FormatArchive& format)
-    : places_(format.get(Archive::decimal_places, kAutomaticPlaces)) {}
+    : places_(format.get(FormatStruct::decimal_places, kAutomaticPlaces)) {}
 
 void ScientificFormat::append(const Decimal& number, const Symbols& symbols,
                               std::string& out) const {
@@ -76,7 +76,7 @@ void ScientificFormat::append(const Decimal& number, const Symbols& symbols,
 // ---------------------------------------------------------------------------
 
 FractionFormat::FractionFormat(const FormatArchive& format)
-    : accuracy_(format.get(Archive::fraction_accuracy, 0xFFFFFFFDU)) {}
+    : accuracy_(format.get(FormatStruct::fraction_accuracy, 0xFFFFFFFDU)) {}
 
 // The accuracy is a denominator, or as a negative number how many digits that of the
 // best fraction may have.
@@ -127,9 +127,9 @@ void FractionFormat::append(const Decimal& number, const Symbols& symbols, std::
 // ---------------------------------------------------------------------------
 
 BaseFormat::BaseFormat(const FormatArchive& format)
-    : base_(std::clamp(format.get(Archive::base, 10U), 2U, 36U)),
-      places_(std::min(format.get(Archive::base_places), 64U)),
-      minusSign_(format.get(Archive::base_use_minus_sign)) {}
+    : base_(std::clamp(format.get(FormatStruct::base, 10U), 2U, 36U)),
+      places_(std::min(format.get(FormatStruct::base_places), 64U)),
+      minusSign_(format.get(FormatStruct::base_use_minus_sign)) {}
 
 void BaseFormat::append(const Decimal& number, const Symbols& symbols, std::string& out) const {
   Decimal integer = number;

@@ -6,7 +6,7 @@
 namespace dorvex::content {
 namespace {
 
-constexpr std::size_t kMaskOffset = 4;
+constexpr std::size_t kOlderMaskOffset = 4;
 constexpr unsigned kLongHeaderVersion = 2;  // the first whose header has a second mask
 constexpr unsigned kLastVersion = 4;
 constexpr std::size_t kShortHeaderSize = 8;
@@ -67,7 +67,7 @@ std::optional<CellRecord> readOlderCell(std::string_view buffer) {
   cell.type = *type;
   cell.older = true;
   CellFields fields(buffer.substr(header));
-  const std::uint32_t mask = valueAt<std::uint16_t>(buffer, kMaskOffset);
+  const std::uint32_t mask = valueAt<std::uint16_t>(buffer, kOlderMaskOffset);
   for (const FieldRule& rule : kFields) {
     if ((mask & rule.bit) == 0 || version < rule.firstVersion) continue;
     if (!readField(rule, fields, cell)) return std::nullopt;

@@ -21,9 +21,9 @@ using Group = TST::CategoryOwnerArchive_GroupByArchive_GroupNodeArchive;
 using Map = TST::ColumnRowUIDMapArchive;
 
 // No application groups by more columns than five.
-constexpr unsigned kDeepestGroup = 16;
+constexpr unsigned kDeepestCategory = 16;
 // No application has tables of as many columns.
-constexpr std::size_t kMostColumns = 10'000;
+constexpr std::size_t kMostShownColumns = 10'000;
 
 struct GroupLine {
   std::string label;
@@ -70,7 +70,7 @@ class Groups {
 
   void addChildren(const Message<Group>& parent, unsigned level) {
     using Newer = newer::TST_GroupNodeArchive;
-    if (level > kDeepestGroup) return;
+    if (level > kDeepestCategory) return;
     for (const auto& child : parent.all(Group::child)) addGroup(child, level + 1);
     for (const auto& reference : parent.as<Newer>().all(Newer::child_ref)) {
       if (const auto child = once(reference)) addGroup(*child, level + 1);
@@ -99,7 +99,7 @@ class Sums {
     Table shape;
     shape.name = name;
     shape.rows = static_cast<std::uint32_t>(uids_.rows.size());
-    shape.columns = static_cast<std::uint32_t>(std::min(uids_.columns.size(), kMostColumns));
+    shape.columns = static_cast<std::uint32_t>(std::min(uids_.columns.size(), kMostShownColumns));
     rows_.emplace(reading, archive.get(Archive::data_store), shape);
   }
 
@@ -145,7 +145,7 @@ void readShownLines(Reading& reading, const Message<Info>& info, const Message<M
   const auto reference = info.find(Info::view_column_row_uids);
   if (!reference) return;
   const UidMap view(reading.get<Map>(*reference));
-  if (view.columns.size() > kMostColumns) return;
+  if (view.columns.size() > kMostShownColumns) return;
   const Groups groups(reading, model);
   Sums sums(reading, info, table.name);
 

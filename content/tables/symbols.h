@@ -12,6 +12,9 @@
 
 namespace dorvex::content {
 
+// Stands in patterns for the sign of a currency that is named elsewhere.
+inline constexpr std::string_view kCurrencySign = "\u00A4";
+
 // Where the sign of a currency or of a percentage stands beside a number.
 struct Affixes {
   std::string before;

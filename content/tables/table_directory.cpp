@@ -16,7 +16,7 @@ namespace {
 using Model = TST::TableModelArchive;
 using Info = TST::TableInfoArchive;
 
-constexpr unsigned kDeepestGroup = 32;
+constexpr unsigned kDeepestBox = 32;
 // Tables with more header cells than these are referred to by letters and numbers.
 constexpr std::uint32_t kMostHeaders = 100'000;
 
@@ -138,7 +138,7 @@ void TableDirectory::addToSheet(const Message<TSP::Reference>& drawable, std::st
                                 unsigned depth) {
   constexpr std::uint32_t kGroup = 3008;
   const Object* object = reading_.graph().find(drawable.get(TSP::Reference::identifier));
-  if (object == nullptr || depth > kDeepestGroup) return;
+  if (object == nullptr || depth > kDeepestBox) return;
   if (Types<Info>::hold(object->type)) {
     const auto model = Message<Info>(object->payload).get(Info::tableModel);
     const auto found = byModel_.find(model.get(TSP::Reference::identifier));

@@ -13,7 +13,7 @@
 namespace dorvex::content {
 namespace {
 
-using Storage = TSD::CommentStorageArchive;
+using CommentStorage = TSD::CommentStorageArchive;
 
 // Far more than a person reads, and few enough to look through for each.
 constexpr std::size_t kMostOfThread = 1000;
@@ -25,17 +25,17 @@ class Thread {
  public:
   explicit Thread(Reading& reading) : reading_(reading) {}
 
-  Comment read(const Message<Storage>& storage, unsigned depth) {
+  Comment read(const Message<CommentStorage>& storage, unsigned depth) {
     Comment comment;
-    comment.author = authorName(reading_, storage.get(Storage::author));
-    if (const auto date = storage.find(Storage::creation_date))
+    comment.author = authorName(reading_, storage.get(CommentStorage::author));
+    if (const auto date = storage.find(CommentStorage::creation_date))
       comment.date = utcDate(date->get(TSP::Date::seconds));
-    comment.text = plainText(storage.get(Storage::text));
+    comment.text = plainText(storage.get(CommentStorage::text));
     if (depth == kDeepestReply) return comment;
-    for (const auto& reference : storage.all(Storage::replies)) {
+    for (const auto& reference : storage.all(CommentStorage::replies)) {
       const Object* reply = reading_.follow(reference);
-      if (reply == nullptr || !Types<Storage>::hold(reply->type) || !take(*reply)) continue;
-      comment.replies.push_back(read(Message<Storage>(reply->payload), depth + 1));
+      if (reply == nullptr || !Types<CommentStorage>::hold(reply->type) || !take(*reply)) continue;
+      comment.replies.push_back(read(Message<CommentStorage>(reply->payload), depth + 1));
     }
     return comment;
   }
@@ -54,7 +54,7 @@ class Thread {
 
 }  // namespace
 
-Comment readComment(Reading& reading, const Message<Storage>& storage) {
+Comment readComment(Reading& reading, const Message<CommentStorage>& storage) {
   return Thread(reading).read(storage, 0);
 }
 

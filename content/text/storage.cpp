@@ -25,7 +25,7 @@ namespace dorvex::content {
 namespace {
 
 using Storage = TSWP::StorageArchive;
-using Kind = TSWP::StorageArchive_KindType;
+using StorageKind = TSWP::StorageArchive_KindType;
 // The number of a heading's page, as a table of contents was laid out last.
 using ContentsPage = TSWP::TSWPTOCPageNumberAttachmentArchive;
 
@@ -34,8 +34,6 @@ constexpr char32_t kSectionBreak = 0x04;
 constexpr char32_t kPageBreak = 0x05;
 constexpr char32_t kColumnBreak = 0x0C;
 constexpr char32_t kFootnoteMark = 0x0E;
-constexpr char32_t kParagraphSeparator = 0x2029;
-constexpr char32_t kAttachment = 0xFFFC;
 
 // More paragraphs than a person could tell apart that were one.
 constexpr std::size_t kMostJoined = 1000;
@@ -68,13 +66,13 @@ std::optional<Break> breakOf(char32_t character) {
 }
 
 // The role of paragraphs whose style states none, by the place of the text.
-Role roleByPlace(Kind kind) {
+Role roleByPlace(StorageKind kind) {
   switch (kind) {
-    case Kind::HEADER:
+    case StorageKind::HEADER:
       return Role::kHeader;
-    case Kind::FOOTNOTE:
+    case StorageKind::FOOTNOTE:
       return Role::kFootnote;
-    case Kind::TABLEOFCONTENTS:
+    case StorageKind::TABLEOFCONTENTS:
       return Role::kToc;
     default:
       return Role::kOther;
@@ -108,7 +106,7 @@ class StorageReader {
   StorageReader(Reading& reading, const Message<Storage>& storage, StorageSink& sink)
       : reading_(reading),
         sink_(sink),
-        kind_(storage.get(Storage::kind, Kind::TEXTBOX)),
+        kind_(storage.get(Storage::kind, StorageKind::TEXTBOX)),
         styles_(
             objectRuns(reading, storage.get(Storage::table_para_style), WithoutObject::kGoesOn)),
         lists_(objectRuns(reading, storage.get(Storage::table_list_style), WithoutObject::kGoesOn)),
@@ -291,7 +289,7 @@ class StorageReader {
     paragraph.role = style.role.role;
     paragraph.level = style.role.level;
     paragraph.list = mark(form, numbers);
-    if (kind_ == Kind::TABLEOFCONTENTS || paragraph.role == Role::kOther)
+    if (kind_ == StorageKind::TABLEOFCONTENTS || paragraph.role == Role::kOther)
       paragraph.role = roleByPlace(kind_);
     if (paragraph.list && (paragraph.role == Role::kOther || paragraph.role == Role::kBody))
       paragraph.role = Role::kList;
@@ -409,7 +407,7 @@ class StorageReader {
 
   Reading& reading_;
   StorageSink& sink_;
-  Kind kind_;
+  StorageKind kind_;
   ObjectRuns styles_, lists_, attachments_, footnotes_, sections_;
   NumberRuns levels_, starts_;
   MarkTables marks_;

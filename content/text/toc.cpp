@@ -9,12 +9,12 @@
 namespace dorvex::content {
 namespace {
 
-using Info = TSWP::TOCInfoArchive;
+using ContentsInfo = TSWP::TOCInfoArchive;
 
-std::vector<Block> headings(Reading& reading, const Message<Info>& info) {
+std::vector<Block> headings(Reading& reading, const Message<ContentsInfo>& info) {
   using Entry = TSWP::TOCEntryInstanceArchive;
   std::vector<Block> blocks;
-  for (const auto& reference : info.all(Info::toc_entry_data)) {
+  for (const auto& reference : info.all(ContentsInfo::toc_entry_data)) {
     Paragraph paragraph;
     paragraph.role = Role::kToc;
     paragraph.text = plainText(reading.get<Entry>(reference).get(Entry::heading));
@@ -25,8 +25,8 @@ std::vector<Block> headings(Reading& reading, const Message<Info>& info) {
 
 }  // namespace
 
-std::vector<Block> readTableOfContents(Reading& reading, const Message<Info>& contents) {
-  auto blocks = readBoxText(reading, contents.get(Info::super));
+std::vector<Block> readTableOfContents(Reading& reading, const Message<ContentsInfo>& contents) {
+  auto blocks = readBoxText(reading, contents.get(ContentsInfo::super));
   return blocks.empty() ? headings(reading, contents) : blocks;
 }
 

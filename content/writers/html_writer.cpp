@@ -13,8 +13,6 @@
 namespace dorvex::content {
 namespace {
 
-constexpr std::size_t kDeepestList = 12;
-
 constexpr const char kStyle[] = R"css(
 :root { color-scheme: light dark; }
 body { font: 1rem/1.5 system-ui, sans-serif; max-width: 60rem; margin: 2rem auto; padding: 0 1rem; }
@@ -73,20 +71,6 @@ bool isPlainLabel(std::string_view label) {
     const auto value = static_cast<unsigned char>(byte);
     return value >= 0x80 || std::isalnum(value) != 0 || byte == '(' || byte == ')' || byte == '.';
   });
-}
-
-unsigned headingLevel(const Paragraph& paragraph) {
-  if (paragraph.role == Role::kTitle) return 1;
-  if (paragraph.role == Role::kHeading) return std::clamp(paragraph.level, 1U, 6U);
-  return 0;
-}
-
-std::string valueText(const ChartValue& value) {
-  if (const auto* date = std::get_if<std::string>(&value)) return htmlEscaped(*date);
-  const auto* number = std::get_if<double>(&value);
-  if (number == nullptr) return "";
-  std::array<char, 32> digits;
-  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr};
 }
 
 }  // namespace
@@ -177,7 +161,7 @@ void HtmlWriter::put(const Paragraph& paragraph) {
 void HtmlWriter::putItem(const Paragraph& paragraph) {
   const ListMark& mark = *paragraph.list;
   const std::string name = mark.kind == ListKind::kNumber ? "ol" : "ul";
-  const std::size_t depth = std::min<std::size_t>(mark.level, kDeepestList) + 1;
+  const std::size_t depth = std::min(mark.level, kDeepestList) + 1;
   leaveLists(depth);
   if (lists_.size() == depth && lists_.back().element != name) leaveLists(depth - 1);
   if (lists_.size() == depth) output_.put("</li>\n");
@@ -240,7 +224,8 @@ void HtmlWriter::put(const Chart& chart) {
                        "</th>";
     for (const ChartSeries& series : chart.series) {
       text += "<td class=\"number\">" +
-              (row < series.values.size() ? valueText(series.values[row]) : "") + "</td>";
+              (row < series.values.size() ? htmlEscaped(valueText(series.values[row])) : "") +
+              "</td>";
     }
     line(text + "</tr>");
   }

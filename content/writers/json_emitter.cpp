@@ -9,7 +9,7 @@
 namespace dorvex::content {
 namespace {
 
-constexpr std::string_view kHexDigits = "0123456789abcdef";
+constexpr std::string_view kSmallHexDigits = "0123456789abcdef";
 
 // What stands behind the backslash for a byte that may not stand alone; 0 for one
 // that may, 'u' where the code must be spelled out.
@@ -103,8 +103,8 @@ void JsonEmitter::quoted(std::string_view text) {
       output_.put(escape);
       if (escape == 'u') {
         output_.put("00");
-        output_.put(kHexDigits[byte >> 4U]);
-        output_.put(kHexDigits[byte & 0xFU]);
+        output_.put(kSmallHexDigits[byte >> 4U]);
+        output_.put(kSmallHexDigits[byte & 0xFU]);
       }
     }
     text.remove_prefix(character.length);

@@ -13,7 +13,7 @@
 namespace dorvex::content {
 namespace {
 
-constexpr int kVersion = 1;
+constexpr int kContractVersion = 1;
 
 constexpr std::array<std::string_view, 1> kKeynoteLists = {"slides"};
 constexpr std::array<std::string_view, 4> kPagesLists = {"body", "sections", "floating",
@@ -143,7 +143,7 @@ void JsonWriter::document(Application application, const Metadata& metadata) {
   application_ = application;
   JsonFields fields(json_);
   json_.beginObject();
-  fields.count("version", kVersion);
+  fields.count("version", kContractVersion);
   fields.alwaysText("kind", nameOf(application));
   putMetadata(fields, application, metadata);
   json_.breakLine();

@@ -172,7 +172,7 @@ struct Mark {
 constexpr std::array<Mark, 3> kMarks = {
     {{&Run::strike, "~~", "del"}, {&Run::italic, "*", "em"}, {&Run::bold, "**", "strong"}}};
 
-bool isMarked(const Run& run) { return run.bold || run.italic || run.strike; }
+bool isDelimited(const Run& run) { return run.bold || run.italic || run.strike; }
 
 std::string between(const char* delimiter, const std::string& text) {
   return std::string(delimiter).append(text).append(delimiter);
@@ -241,7 +241,7 @@ class Inline {
     const Run& run = runs_[index];
     const std::string link = safeLink(run.link);
     // A link of its own begins no line.
-    std::string out = isMarked(run) || !link.empty()
+    std::string out = isDelimited(run) || !link.empty()
                           ? Escaper(text, place_, options_.pandoc).escape(false)
                           : escaped(text);
     const bool opens = spaceBefore || out_.empty() || isSpace(out_.back()) ||
@@ -261,7 +261,7 @@ class Inline {
 
   static bool endsBefore(const Run& next, char last) {
     if (next.text.empty()) return false;
-    return isSpace(next.text.front()) || (isLetterOrDigit(last) && !isMarked(next));
+    return isSpace(next.text.front()) || (isLetterOrDigit(last) && !isDelimited(next));
   }
 
   std::string changed(const Run& run, const std::string& text) const {

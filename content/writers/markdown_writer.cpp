@@ -13,17 +13,8 @@
 namespace dorvex::content {
 namespace {
 
-constexpr unsigned kDeepestList = 12;
 constexpr unsigned kLargestNumber = 999'999'999;  // Markdown takes nine digits
 constexpr std::uint64_t kMostGridCells = 10'000;
-
-std::string valueText(const ChartValue& value) {
-  if (const auto* date = std::get_if<std::string>(&value)) return cleanText(*date);
-  const auto* number = std::get_if<double>(&value);
-  if (number == nullptr) return "";
-  std::array<char, 32> digits;
-  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr};
-}
 
 // The number in a label such as "3." or "(3)"; 0 for none.
 unsigned numberIn(const std::string& label) {
@@ -32,12 +23,6 @@ unsigned numberIn(const std::string& label) {
   unsigned number = 0;
   std::from_chars(label.data() + first, label.data() + label.size(), number);
   return std::min(number, kLargestNumber);
-}
-
-unsigned headingLevel(const Paragraph& paragraph) {
-  if (paragraph.role == Role::kTitle) return 1;
-  if (paragraph.role == Role::kHeading) return std::clamp(paragraph.level, 1U, 6U);
-  return 0;
 }
 
 std::string quoted(std::string_view text) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <iterator>
+#include <variant>
 
 #include "graph/utf8.h"
 #include "writers/cell_text.h"
@@ -14,7 +16,7 @@ namespace {
 constexpr std::array<std::string_view, 7> kSchemes = {"http", "https", "mailto", "tel",
                                                       "sms",  "ftp",   "file"};
 
-bool isControl(char32_t code) {
+bool isLeftOut(char32_t code) {
   return (code < 0x20 && code != '\n' && code != '\t') || (code >= 0x7F && code < 0xA0) ||
          code == 0xFFFC || code == 0xFEFF;
 }
@@ -81,7 +83,7 @@ std::string cleanText(std::string_view text) {
       clean += '\n';
     } else if (!character.valid) {
       clean += kReplacementBytes;
-    } else if (!isControl(character.code)) {
+    } else if (!isLeftOut(character.code)) {
       clean += text.substr(0, character.length);
     }
     text.remove_prefix(character.length);
@@ -143,6 +145,20 @@ std::string shownText(const Cell& cell) {
 bool standsRight(const Cell& cell) {
   return cell.type == CellType::kNumber || cell.type == CellType::kCurrency ||
          cell.type == CellType::kPercentage || cell.type == CellType::kDuration;
+}
+
+std::string valueText(const ChartValue& value) {
+  if (const auto* date = std::get_if<std::string>(&value)) return cleanText(*date);
+  const auto* number = std::get_if<double>(&value);
+  if (number == nullptr) return "";
+  std::array<char, 32> digits;
+  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr};
+}
+
+unsigned headingLevel(const Paragraph& paragraph) {
+  if (paragraph.role == Role::kTitle) return 1;
+  if (paragraph.role == Role::kHeading) return std::clamp(paragraph.level, 1U, 6U);
+  return 0;
 }
 
 std::string safeLink(std::string_view url) {

@@ -35,6 +35,15 @@ std::string shownText(const Cell& cell);
 // Whether a cell stands to the right, as numbers do.
 bool standsRight(const Cell& cell);
 
+// Of a chart's value: its number or date, clean; empty for none.
+std::string valueText(const ChartValue& value);
+
+// 1 for a title, 1 to 6 for a heading, 0 for other paragraphs.
+unsigned headingLevel(const Paragraph& paragraph);
+
+// Levels of lists below the first; items that are deeper stand there.
+inline constexpr unsigned kDeepestList = 12;
+
 // A link that a reader may follow: of the schemes of the web, mail, phone and files, or
 // relative. Others, which could be scripts, are empty.
 std::string safeLink(std::string_view url);

@@ -14,9 +14,9 @@
 namespace dorvex::content {
 namespace {
 
-constexpr std::size_t kIndent = 2;    // for each level of a list
-constexpr std::size_t kDeepest = 20;  // levels that are indented
-constexpr std::size_t kWidest = 60;   // columns are aligned up to this width
+constexpr std::size_t kIndent = 2;          // for each level of a list
+constexpr std::size_t kDeepestIndent = 20;  // levels that are indented
+constexpr std::size_t kWidest = 60;         // columns are aligned up to this width
 constexpr std::uint32_t kMeasuredRows = 1000;
 constexpr std::string_view kGap = "  ";
 
@@ -26,7 +26,7 @@ std::string oneLine(std::string text) {
 }
 
 // What a cell shows; the items of a list in it with their labels, which part them.
-std::string textOf(const Cell& cell) {
+std::string listedText(const Cell& cell) {
   const auto isItem = [](const Paragraph& paragraph) { return paragraph.list.has_value(); };
   if (std::ranges::none_of(cell.paragraphs, isItem)) return shownText(cell);
   std::string text;
@@ -43,7 +43,7 @@ std::string textAt(const ShownTable& shown, const ShownRow& row, std::size_t col
   if (row.kind != ShownRow::Kind::kCells)
     return oneLine(cleanText(shown.textOf(*row.line, column)));
   const ShownCell& cell = row.cells[column];
-  return cell.cell == nullptr || cell.covered ? "" : oneLine(textOf(*cell.cell));
+  return cell.cell == nullptr || cell.covered ? "" : oneLine(listedText(*cell.cell));
 }
 
 // The widths of the columns by their first rows: a long table is not read twice.
@@ -71,14 +71,6 @@ std::string rowText(const ShownTable& shown, const ShownRow& row,
   }
   text.erase(text.find_last_not_of(' ') + 1);
   return text;
-}
-
-std::string valueText(const ChartValue& value) {
-  if (const auto* date = std::get_if<std::string>(&value)) return cleanText(*date);
-  const auto* number = std::get_if<double>(&value);
-  if (number == nullptr) return "";
-  std::array<char, 32> digits;
-  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr};
 }
 
 std::string noteMark(const std::string& mark) { return "[" + oneLine(cleanText(mark)) + "]"; }
@@ -115,7 +107,7 @@ void TextWriter::put(const Paragraph& paragraph) {
   if (!lead_.empty()) text.erase(0, text.find_first_not_of(' '));
   std::string before;
   if (paragraph.list) {
-    before.assign(kIndent * std::min<std::size_t>(paragraph.list->level, kDeepest), ' ');
+    before.assign(kIndent * std::min<std::size_t>(paragraph.list->level, kDeepestIndent), ' ');
     const std::string label = oneLine(cleanText(paragraph.list->label));
     if (!label.empty()) before += label + " ";
   }

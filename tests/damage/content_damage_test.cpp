@@ -126,13 +126,13 @@ int renderJson(const DamagedDocument& document) { return render(document, DORVEX
 
 // Nearly all of a reading is the check of what was rendered, which is seconds for the
 // largest documents where tests are not optimised.
-constexpr std::chrono::seconds kPatience{60};
+constexpr std::chrono::seconds kContentPatience{60};
 
 void expectSoundRenderings(const fs::path& path, const Read& read) {
   const Variants variants(path);
   renderContent();  // before the processes that read
   OutcomeCounts counts;
-  readVariants(variants, read, kPatience, [&](std::uint64_t variant, int outcome) {
+  readVariants(variants, read, kContentPatience, [&](std::uint64_t variant, int outcome) {
     counts.add(outcome);
     EXPECT_TRUE(outcome >= 0 && outcome < kUnstated) << "variant " << variant << ": " << outcome;
   });

@@ -12,7 +12,7 @@
 #include "support/reader_session.h"
 #include "support/token_decoder.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::docs_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -112,4 +112,4 @@ TEST(Docs, LinkOnlyToFilesThatExist) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::docs_test

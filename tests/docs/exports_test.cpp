@@ -11,7 +11,7 @@
 
 #include "support/package_writer.h"
 
-namespace dorvex::testing {
+namespace dorvex::testing::exports_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -134,4 +134,4 @@ TEST(ExportsPage, KnowsWhichToolsTheReaderCalls) {
 }
 
 }  // namespace
-}  // namespace dorvex::testing
+}  // namespace dorvex::testing::exports_test

@@ -19,7 +19,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr const char kFailure[] = "operator new fails";
+constexpr const char kAllocationFails[] = "operator new fails";
 
 // What one call of the pump came to with one allocation failing.
 struct Outcome {
@@ -43,7 +43,7 @@ class MemoryFaults : public ::testing::TestWithParam<Shape> {
     {
       const FailingAllocation failing(index, [&] {
         outcome.failed = true;
-        host.note(kFailure);
+        host.note(kAllocationFails);
       });
       outcome.result = reader.FillBuffer(session.context(), buffer.data(), &session.length,
                                          &session.percent, kBuffer);
@@ -69,7 +69,7 @@ class MemoryFaults : public ::testing::TestWithParam<Shape> {
   void expectStated(const Outcome& outcome) {
     const StatedRun whole = package_.stated();
     std::vector<std::string> log = outcome.log;
-    const auto failure = std::ranges::find(log, kFailure);
+    const auto failure = std::ranges::find(log, kAllocationFails);
     ASSERT_NE(failure, log.end());
     const auto before = static_cast<std::size_t>(failure - log.begin());
     const bool inMember = !isDirectory() && before > 0 && log[before - 1] == "Open scratch";

@@ -16,7 +16,7 @@
 namespace dorvex {
 namespace {
 
-Result outOfTime() {
+Result workerOutOfTime() {
   return failedResult(Failure::kTimedOut, "stopped: the reader took too long", Limit::kWallTime);
 }
 
@@ -128,7 +128,7 @@ class WorkerSource final : public Document::Source {
       }
     }
     if (outcome == Outcome::kMore) {
-      result_ = outOfTime();
+      result_ = workerOutOfTime();
     } else if (outcome == Outcome::kEnded) {
       result_ = deathResult(worker_->end());
     } else if (outcome == Outcome::kNonsense) {

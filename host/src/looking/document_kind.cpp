@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "looking/file_name.h"
 #include "looking/object_stream.h"
 
 namespace dorvex {
@@ -14,11 +15,6 @@ constexpr std::array<std::string_view, 3> kSlides = {"Slide", "MasterSlide", "Te
 // The type of the document object tells Pages from the other two.
 constexpr std::uint64_t kPagesRoot = 10000;
 constexpr std::uint64_t kOtherRoot = 1;
-
-std::string_view fileName(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
 
 }  // namespace
 

@@ -1,12 +1,13 @@
 #include "looking/package.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <string_view>
+
+#include "bytes/directory.h"
+#include "looking/file_name.h"
 
 namespace dorvex {
 namespace {
@@ -15,18 +16,9 @@ constexpr std::array<std::string_view, 4> kIwork09Names = {"index.xml", "index.x
                                                            "index.apxl", "index.apxl.gz"};
 constexpr std::array<std::string_view, 2> kPasswordNames = {".iwpv2", ".iwph"};
 
-std::string_view fileName(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
 bool isStream(std::string_view path) {
   return path.ends_with(".iwa") || path.ends_with("Index.zip");
 }
-
-struct CloseDirectory {
-  void operator()(DIR* stream) const { ::closedir(stream); }
-};
 
 template <typename Names>
 bool contains(const Names& names, std::string_view name) {
@@ -37,7 +29,7 @@ void listInto(int parent, const char* folder, const std::string& prefix,
               std::vector<std::string>& names) {
   UniqueFd fd(::openat(parent, folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!fd) return;
-  const std::unique_ptr<DIR, CloseDirectory> stream(::fdopendir(::dup(fd.get())));
+  const Directory stream(::fdopendir(::dup(fd.get())));
   if (!stream) return;
   while (const dirent* entry = ::readdir(stream.get())) {
     const std::string_view name = entry->d_name;

@@ -1,6 +1,5 @@
 #include "looking/package_folder.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -8,11 +7,11 @@
 
 #include <cerrno>
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "bytes/directory.h"
 #include "bytes/unique_fd.h"
 
 namespace dorvex {
@@ -20,11 +19,6 @@ namespace {
 
 constexpr int kDeepest = 16;
 constexpr int kMostEntries = 100'000;
-
-struct CloseDirectory {
-  void operator()(DIR* stream) const { ::closedir(stream); }
-};
-using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
 struct Folder {
   std::string path;  // below the package, with a slash behind it; empty for itself

@@ -30,7 +30,7 @@ Result tooMuchInput(std::uint64_t most) {
                       Limit::kInput);
 }
 
-Result outOfTime() {
+Result inputOutOfTime() {
   return failedResult(Failure::kTimedOut, "stopped: reading it to its end took too long",
                       Limit::kWallTime);
 }
@@ -170,7 +170,7 @@ bool OpenInput::readToEnd(const TimeBudget& budget, Result& failure) {
     while (isUnread()) {
       const TimeBudget::Wait wait = budget.waitFor(unread_.get());
       if (wait == TimeBudget::Wait::kOver || budget.isOver()) {
-        failure = outOfTime();
+        failure = inputOutOfTime();
         return false;
       }
       const ssize_t got = ::read(unread_.get(), block.data(), block.size());
