@@ -3,8 +3,8 @@
 #
 #   dorvex_precompile(TARGET [HEADER...])   the headers named beside the usual ones
 #
-# Files include what they use all the same: scripts/lint and the preset fuzz compile
-# without (CMAKE_DISABLE_PRECOMPILE_HEADERS).
+# Files include what they use all the same: the preset fuzz compiles without
+# (CMAKE_DISABLE_PRECOMPILE_HEADERS).
 function(dorvex_precompile target)
   target_precompile_headers(${target} PRIVATE
     <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <functional> <map>
