@@ -100,6 +100,14 @@ TEST(RenderedDocument, IsAFailureWhereItShowsNothingOfTheTexts) {
   EXPECT_NE(rendered.result.message.find("nothing to show"), std::string::npos);
 }
 
+TEST(RenderedDocument, IsWholeWhereItsTextsAreBlanksAndPlacesOfDrawables) {
+  const Rendered rendered = render(
+      zip({{"Index/Document.iwa",
+            iwa({object(1, kPagesDocumentType, ""), storage(2, {"\uFFFC", " \n\uFFFC\t", ""})})}}));
+  EXPECT_EQ(rendered.result.status, Status::kOk);
+  EXPECT_EQ(kindIn(rendered.output), "pages");
+}
+
 TEST(RenderedDocument, IsAFailureWithoutTheObjectThatHoldsIt) {
   const Rendered rendered = render(zip({{"Index/Document.iwa", iwa({storage(2, {"lost"})})}}));
   EXPECT_EQ(rendered.result.status, Status::kFailed);

@@ -4,6 +4,7 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "looking/diagnosis.h"
@@ -17,6 +18,18 @@ namespace {
 
 // What a reader that gives up returns; diagnose chooses its words by it.
 constexpr int kGaveUp = 6;
+
+// Whether a text is more than blanks and places where a drawable or a field stands: that is
+// all that the texts of empty slides are.
+bool saysAnything(std::string_view text) {
+  constexpr std::string_view kAttachment = "\uFFFC";
+  while (!text.empty()) {
+    const bool attachment = text.starts_with(kAttachment);
+    if (!attachment && static_cast<unsigned char>(text.front()) > ' ') return true;
+    text.remove_prefix(attachment ? kAttachment.size() : 1);
+  }
+  return false;
+}
 
 DorvexContentOptions contentOptions(const Rendering& rendering) {
   DorvexContentOptions options{};
@@ -173,8 +186,7 @@ class Rendition {
     return result;
   }
 
-  // What becomes of the document in the reader, and how many bytes of tokens come out
-  // behind those that begin every stream.
+  // What becomes of the document in the reader, and how many of its texts say anything.
   std::pair<Result, std::uint64_t> read(const std::shared_ptr<ReaderModule>& reader) {
     OpenInput input =
         root_.empty() ? OpenInput::fromStore(makeBorrowedStore(*store_))
@@ -187,7 +199,7 @@ class Rendition {
       tokens.start(*buffer);
       while (const auto token = tokens.next()) {
         const auto* text = std::get_if<TextToken>(&*token);
-        if (text != nullptr && !text->text.empty()) ++texts;
+        if (text != nullptr && saysAnything(text->text)) ++texts;
       }
     }
     return {source->result(), texts};
