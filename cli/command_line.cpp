@@ -4,11 +4,13 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <limits>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "batch_command.h"
@@ -183,12 +185,21 @@ class CommandLine {
   Action read(int count, char** values);
 
  private:
-  void addText();
-  void addTokens();
-  void addConvert();
-  void addBatch();
-  void addInspect();
-  CLI::App& add(const char* name, const char* help, Reads reads);
+  struct Command {
+    const char* name;
+    const char* help;
+    Reads reads;
+    void (CommandLine::*addOptions)(CLI::App& command);
+  };
+  static const std::array<Command, 5> kCommands;
+
+  void addTextOptions(CLI::App& command);
+  void addTokensOptions(CLI::App& command);
+  void addConvertOptions(CLI::App& command);
+  void addBatchOptions(CLI::App& command);
+  void addInspectOptions(CLI::App& command);
+  std::string_view commandIn(int count, char** values) const;
+  void addCommands(std::string_view called);
   void refuseContradictions() const;
   std::vector<std::string> arguments(int count, char** values) const;
 
@@ -203,17 +214,45 @@ CommandLine::CommandLine() {
   app_.fallthrough();
   addHostOptions(app_, *host_, Reads::kInWorkersOrHere);
   app_.set_version_flag("--version", [host = host_] { return versionText(*host); });
-  addText();
-  addTokens();
-  addConvert();
-  addBatch();
-  addInspect();
 }
 
-CLI::App& CommandLine::add(const char* name, const char* help, Reads reads) {
-  CLI::App& command = *app_.add_subcommand(name, help);
-  addHostOptions(command, *host_, reads);
-  return command;
+const std::array<CommandLine::Command, 5> CommandLine::kCommands = {{
+    {"text", "Print the texts of documents as UTF-8", Reads::kInWorkersOrHere,
+     &CommandLine::addTextOptions},
+    {"tokens", "Print the token stream of one document", Reads::kInWorkersOrHere,
+     &CommandLine::addTokensOptions},
+    {"convert", "Render what documents say, in reading order", Reads::kInWorkers,
+     &CommandLine::addConvertOptions},
+    {"batch", "Read many documents: a record for each, a line of JSON, whatever happens to it",
+     Reads::kInWorkers, &CommandLine::addBatchOptions},
+    {"inspect", "Show the members and objects of a package", Reads::kInTheInspector,
+     &CommandLine::addInspectOptions},
+}};
+
+// Options cost time: only the command that is called gets its own.
+void CommandLine::addCommands(std::string_view called) {
+  for (const Command& row : kCommands) {
+    CLI::App& command = *app_.add_subcommand(row.name, row.help);
+    if (row.name != called) continue;
+    addHostOptions(command, *host_, row.reads);
+    (this->*row.addOptions)(command);
+  }
+}
+
+bool takesValue(const CLI::App& app, const std::string& name) {
+  const CLI::Option* option = app.get_option_no_throw(name);
+  return option != nullptr && option->get_items_expected_max() > 0;
+}
+
+// The first word that names a command and is no value of an option before it.
+std::string_view CommandLine::commandIn(int count, char** values) const {
+  for (int i = 1; i < count; ++i) {
+    const std::string_view word = values[i];
+    const auto names = [word](const Command& row) { return row.name == word; };
+    if (std::ranges::any_of(kCommands, names)) return word;
+    if (word.starts_with("--") && takesValue(app_, values[i])) ++i;
+  }
+  return {};
 }
 
 // It has one reading.
@@ -223,8 +262,7 @@ void refuseTwiceStandardInput(const InputOptions& input) {
   }
 }
 
-void CommandLine::addText() {
-  CLI::App& command = add("text", "Print the texts of documents as UTF-8", Reads::kInWorkersOrHere);
+void CommandLine::addTextOptions(CLI::App& command) {
   const auto options = std::make_shared<TextOptions>();
   addInputs(command, options->input)->required();
   addAllFiles(command, options->input);
@@ -256,9 +294,7 @@ void CommandLine::addText() {
   });
 }
 
-void CommandLine::addTokens() {
-  CLI::App& command =
-      add("tokens", "Print the token stream of one document", Reads::kInWorkersOrHere);
+void CommandLine::addTokensOptions(CLI::App& command) {
   const auto options = std::make_shared<TextOptions>();
   options->format = Format::kTokens;
   options->jobs = 1;
@@ -329,9 +365,7 @@ void addCsvOptions(CLI::App& command, Rendering& rendering) {
                    "CSV: put an apostrophe before what a spreadsheet would take for a formula");
 }
 
-void CommandLine::addConvert() {
-  CLI::App& command =
-      add("convert", "Render what documents say, in reading order", Reads::kInWorkers);
+void CommandLine::addConvertOptions(CLI::App& command) {
   const auto options = std::make_shared<ConvertOptions>();
   addInputs(command, options->input)->required();
   addAllFiles(command, options->input);
@@ -403,10 +437,7 @@ void addRecordOptions(CLI::App& command, BatchOptions& options) {
   addOutputOptions(command, options.output, "Write the records to this file");
 }
 
-void CommandLine::addBatch() {
-  CLI::App& command =
-      add("batch", "Read many documents: a record for each, a line of JSON, whatever happens to it",
-          Reads::kInWorkers);
+void CommandLine::addBatchOptions(CLI::App& command) {
   const auto options = std::make_shared<BatchOptions>();
   addListOptions(command, options->input, addInputs(command, options->input));
   addAllFiles(command, options->input);
@@ -425,11 +456,9 @@ void CommandLine::addBatch() {
   });
 }
 
-void CommandLine::addInspect() {
-  CLI::App& command =
-      add("inspect", "Show the members and objects of a package", Reads::kInTheInspector);
+void CommandLine::addInspectOptions(CLI::App& command) {
   const auto options = std::make_shared<InspectOptions>();
-  addInspectOptions(command, *options);
+  cli::addInspectOptions(command, *options);
   command.final_callback([this, options] {
     action_ = [host = host_, options] { return runInspect(*host, *options); };
   });
@@ -445,11 +474,8 @@ void CommandLine::refuseContradictions() const {
 // "--separator=" would swallow the argument behind it: it becomes two
 // arguments, the second one empty.
 std::vector<std::string> CommandLine::arguments(int count, char** values) const {
-  const auto takesValue = [this](const std::string& name) {
-    const auto has = [&](const CLI::App* app) {
-      const CLI::Option* option = app->get_option_no_throw(name);
-      return option != nullptr && option->get_items_expected_max() > 0;
-    };
+  const auto wantsValue = [this](const std::string& name) {
+    const auto has = [&](const CLI::App* app) { return takesValue(*app, name); };
     const auto commands = app_.get_subcommands(nullptr);
     return name.starts_with("--") && name.size() > 2 &&
            (has(&app_) || std::any_of(commands.begin(), commands.end(), has));
@@ -464,10 +490,10 @@ std::vector<std::string> CommandLine::arguments(int count, char** values) const 
       all.insert(all.end(), values + i, values + count);
       break;
     }
-    const bool empty = !isValue && argument.ends_with('=') && takesValue(name);
+    const bool empty = !isValue && argument.ends_with('=') && wantsValue(name);
     all.push_back(empty ? name : argument);
     if (empty) all.emplace_back();
-    isValue = !isValue && !empty && takesValue(argument);
+    isValue = !isValue && !empty && wantsValue(argument);
   }
   std::reverse(all.begin(), all.end());
   return all;
@@ -485,6 +511,7 @@ int report(CLI::App& app, const CLI::Error& error) {
 }
 
 Action CommandLine::read(int count, char** values) {
+  addCommands(commandIn(count, values));
   try {
     app_.parse(arguments(count, values));
     refuseContradictions();
