@@ -62,6 +62,17 @@ function(dorvex_split_off_unused_protobuf)
   set_target_properties(libprotobuf PROPERTIES SOURCES "${sources}")
   add_library(dorvex_protobuf_json STATIC EXCLUDE_FROM_ALL ${others})
   target_compile_options(dorvex_protobuf_json PRIVATE -w -O0)
+  # Joined but for generated files, which all have the same names. Some leave protobuf's
+  # macros defined behind them.
+  string(CONCAT undefined
+    "#ifdef PROTOBUF_NAMESPACE_ID\n"
+    "#include <google/protobuf/port_undef.inc>\n"
+    "#endif")
+  set_target_properties(dorvex_protobuf_json PROPERTIES
+    UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10 UNITY_BUILD_CODE_BEFORE_INCLUDE "${undefined}")
+  list(FILTER others INCLUDE REGEX "[.]pb[.]cc$")
+  set_source_files_properties(${others}
+    TARGET_DIRECTORY dorvex_protobuf_json PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_link_libraries(dorvex_protobuf_json PUBLIC dorvex_protobuf)
 endfunction()
 
