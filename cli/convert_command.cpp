@@ -80,9 +80,8 @@ const char* endingOf(RenderFormat format) {
 
 int runConvert(const HostArguments& host, const ConvertOptions& options) {
   refuseWhatDoesNotSuit(options);
-  HostOptions settings = hostOptions(host);
+  HostOptions settings = hostOptions(host, !mayBeSeveral(options.input));
   settings.rendering = renderingOf(options);
-  settings.oneDocument = !mayBeSeveral(options.input);
   const Host renderer(settings);
   DocumentRun run;
   run.input = options.input;

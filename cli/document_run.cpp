@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "exit_status.h"
+#include "host_options.h"
 #include "jobs.h"
 #include "ordered_output.h"
 #include "output_file.h"
@@ -68,7 +69,7 @@ class Run {
         if (!std::exchange(begun, true)) ordered.write(job.number, heading(job));
         ordered.write(job.number, bytes);
       });
-      ordered.end(job.number, complaintOf(job.item, result));
+      ordered.end(job.number, wordsOn(job.item, result));
     };
     const auto work = [&](const Job& job) { ordered.during([&] { print(job); }); };
     return runJobs(
@@ -132,13 +133,17 @@ class Run {
     if (result.status != Status::kFailed) {
       file.keep(options_.output.onExists == OnExists::kReplace);
     }
-    say(complaintOf(document, result));
+    say(wordsOn(document, result));
   }
 
-  std::string complaintOf(const ListedPath& document, const Result& result) {
-    if (result.status == Status::kOk) return "";
+  // For standard error. Of several documents the sandbox has been tried ahead.
+  std::string wordsOn(const ListedPath& document, const Result& result) {
+    std::string words;
+    if (!mayBeSeveral(options_.input)) words = sandboxWarning(result.missingConfinement);
+    if (result.status == Status::kOk) return words;
     allRead_ = false;
-    return complaint(document, result, options_.showsNumbers);
+    if (!words.empty()) words += '\n';
+    return words + complaint(document, result, options_.showsNumbers);
   }
 
   void say(const std::string& line) {

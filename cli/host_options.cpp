@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "exit_status.h"
+#include "printable.h"
 #include "record.h"
 
 namespace dorvex::cli {
@@ -14,14 +15,22 @@ Sandbox sandboxOf(const HostArguments& arguments) {
   return arguments.noSandbox ? Sandbox::kOff : Sandbox::kWherePossible;
 }
 
-void lookAtSandbox(Sandbox sandbox) {
-  if (sandbox == Sandbox::kOff) return;
+std::string joined(const std::vector<std::string>& phrases) {
+  std::string text = phrases.front();
+  for (std::size_t i = 1; i < phrases.size(); ++i) text += "; " + phrases[i];
+  return text;
+}
+
+void trySandbox(Sandbox sandbox) {
   const auto missing = missingConfinement();
   if (missing.empty()) return;
-  std::string text = missing.front();
-  for (std::size_t i = 1; i < missing.size(); ++i) text += "; " + missing[i];
-  if (sandbox == Sandbox::kRequired) throw EnvironmentError("no sandbox: " + text);
-  std::cerr << "dorvex: warning: documents are read with less of a sandbox: " << text << std::endl;
+  if (sandbox == Sandbox::kRequired) throw EnvironmentError("no sandbox: " + joined(missing));
+  std::cerr << sandboxWarning(missing) << std::endl;
+}
+
+bool triesSandbox(const HostOptions& options) {
+  if (options.isolation == Isolation::kInProcess || options.sandbox == Sandbox::kOff) return false;
+  return options.sandbox == Sandbox::kRequired || !options.oneDocument;
 }
 
 std::string located(const char* what, const std::filesystem::path& file) {
@@ -33,7 +42,7 @@ std::string located(const char* what, const std::filesystem::path& file) {
 
 }  // namespace
 
-HostOptions hostOptions(const HostArguments& arguments) {
+HostOptions hostOptions(const HostArguments& arguments, bool oneDocument) {
   if (arguments.module.empty()) {
     throw EnvironmentError("cannot look for the reader module without /proc: use --module");
   }
@@ -47,8 +56,15 @@ HostOptions hostOptions(const HostArguments& arguments) {
   options.limits.output = arguments.maxOutput;
   options.limits.input = arguments.maxInput;
   options.documentsPerWorker = arguments.recycle;
-  if (!arguments.inProcess) lookAtSandbox(options.sandbox);
+  options.oneDocument = oneDocument;
+  if (triesSandbox(options)) trySandbox(options.sandbox);
   return options;
+}
+
+std::string sandboxWarning(const std::vector<std::string>& missing) {
+  if (missing.empty()) return "";
+  return printable("dorvex: warning: documents are read with less of a sandbox: " +
+                   joined(missing));
 }
 
 std::string versionText(const HostArguments& arguments) {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "dorvex/host.h"
 #include "module_location.h"
@@ -25,7 +26,14 @@ struct HostArguments {
 
 // The options for a host. Says on standard error, once, what the kernel lacks
 // for the sandbox; throws EnvironmentError where the sandbox is required.
-HostOptions hostOptions(const HostArguments& arguments);
+//
+// oneDocument: one is all that will be opened. Its worker tells what it lacks, so that
+// nothing is tried ahead, unless the sandbox is required.
+HostOptions hostOptions(const HostArguments& arguments, bool oneDocument = false);
+
+// A line on what documents are read without, or nothing where nothing is missing. The
+// phrases may come from a process that a document has taken over.
+std::string sandboxWarning(const std::vector<std::string>& missing);
 
 // The tool's version, and what it works with: a few lines.
 std::string versionText(const HostArguments& arguments);

@@ -41,9 +41,7 @@ void setForm(DocumentRun& run, const TextOptions& options) {
 
 // One process has one reader.
 int runText(const HostArguments& host, const TextOptions& options) {
-  HostOptions settings = hostOptions(host);
-  settings.oneDocument = !mayBeSeveral(options.input);
-  const Host reader(std::move(settings));
+  const Host reader(hostOptions(host, !mayBeSeveral(options.input)));
   DocumentRun run;
   run.input = options.input;
   run.output = options.output;

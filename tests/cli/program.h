@@ -18,6 +18,7 @@ struct Streams {
   std::string input = {};   // a file
   std::string output = {};  // a file, such as /dev/full
   bool closedPipe = false;  // standard output is a pipe that nobody reads
+  int failingCall = -1;     // a system call that fails as if the kernel refused it
 };
 
 // Runs a program with arguments and waits for it.

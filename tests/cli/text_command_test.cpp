@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <seccomp.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include "program.h"
 #include "support/package_writer.h"
 #include "support/temporary_directory.h"
+#include "support/unconfined.h"
 
 namespace dorvex::text_command_test {
 namespace {
@@ -241,6 +243,33 @@ TEST_F(TextCommand, AnswersAModuleThatIsNotThereWithStatusThree) {
   EXPECT_EQ(run.status, 3);
   EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << run.errors;
   EXPECT_NE(run.errors.find("cannot load the module"), std::string::npos);
+}
+
+// A part of the sandbox that the kernel refuses.
+constexpr char kLessOfASandbox[] =
+    "dorvex: warning: documents are read with less of a sandbox: "
+    "the kernel does not limit a process (prlimit)\n";
+
+TEST_F(TextCommand, SaysOnceWhatTheSandboxLacks) {
+  if (unconfined()) GTEST_SKIP() << "without a sandbox nothing of it is missing";
+  const Streams lacking{.failingCall = SCMP_SYS(prlimit64)};
+  const std::string one = good("a.pages", {"first"});
+  const std::string other = good("b.pages", {"second"});
+  EXPECT_EQ(runTool({"text", one}, lacking).errors, kLessOfASandbox);
+  EXPECT_EQ(runTool({"text", one, other}, lacking).errors, kLessOfASandbox);
+  EXPECT_EQ(runTool({"text", "--no-sandbox", one}, lacking).errors, "");
+  const Finished required = runTool({"text", "--require-sandbox", one}, lacking);
+  EXPECT_EQ(required.status, 3);
+  EXPECT_EQ(required.output, "");
+}
+
+TEST_F(TextCommand, SaysWhatTheSandboxLacksBesideWhatBecameOfTheDocument) {
+  if (unconfined()) GTEST_SKIP() << "without a sandbox nothing of it is missing";
+  const std::string broken = document("broken.pages", "PK\x03\x04 and nothing else");
+  const Finished alone = runTool({"text", broken});
+  const Finished run = runTool({"text", broken}, {.failingCall = SCMP_SYS(prlimit64)});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, kLessOfASandbox + alone.errors);
 }
 
 }  // namespace

@@ -79,6 +79,10 @@ struct Result {
   Limit limit = Limit::kNone;
   int signal = 0;  // that ended the worker process, or 0
   std::vector<SkippedMember> skipped;
+  // What the worker's sandbox lacked, a phrase for each, as missingConfinement() gives
+  // them; of Landlock only where the document is a package directory. Empty where the
+  // sandbox is off, and without workers.
+  std::vector<std::string> missingConfinement;
   std::uint64_t tokenBytes = 0;  // length of the token stream, or the rendering, so far
   // Size of the file, or of all files of a package directory; 0 where it cannot
   // be told.

@@ -168,6 +168,12 @@ bool restrictFilesTo(int directory) {
 
 // --- Together ---
 
+// Nothing changes.
+bool canLimit() {
+  rlimit limit{};
+  return ::getrlimit(RLIMIT_AS, &limit) == 0 && ::setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
 void forbidCoreDumps() {
   const rlimit none{0, 0};
   ::setrlimit(RLIMIT_CORE, &none);
@@ -183,6 +189,7 @@ void note(bool applied, const char* phrase, Phrases& missing) {
 
 Phrases confineToHeldFiles() {
   Phrases missing;
+  note(canLimit(), kNoLimits, missing);
   forbidCoreDumps();
   note(forbidNewPrivileges(), kNoPrivileges, missing);
   note(filterSystemCalls(false), kNoFilter, missing);
@@ -192,6 +199,7 @@ Phrases confineToHeldFiles() {
 // Landlock first: its own system calls are not on the list.
 Phrases confineToDirectory(int directory) {
   Phrases missing;
+  note(canLimit(), kNoLimits, missing);
   forbidCoreDumps();
   note(forbidNewPrivileges(), kNoPrivileges, missing);
   note(restrictFilesTo(directory), kNoLandlock, missing);
@@ -202,16 +210,9 @@ Phrases confineToDirectory(int directory) {
 // What a child sends back: a letter for each phrase.
 constexpr std::array kTold = {kNoPrivileges, kNoFilter, kNoLandlock, kNoLimits};
 
-bool canLimit() {
-  rlimit limit{};
-  return ::getrlimit(RLIMIT_AS, &limit) == 0 && ::setrlimit(RLIMIT_AS, &limit) == 0;
-}
-
 [[noreturn]] void confineAndTell(int out) {
   const UniqueFd directory(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  Phrases missing;
-  note(canLimit(), kNoLimits, missing);
-  for (const std::string& phrase : confineToDirectory(directory.get())) missing.push_back(phrase);
+  const Phrases missing = confineToDirectory(directory.get());
   std::string told;
   for (std::size_t i = 0; i < kTold.size(); ++i) {
     if (std::ranges::find(missing, kTold[i]) != missing.end()) told += static_cast<char>('0' + i);

@@ -100,6 +100,7 @@ class WorkerLoop {
   void read(OpenInput input) {
     const auto missing = confine(input);
     const bool refused = options_.sandbox == Sandbox::kRequired && !missing.empty();
+    if (!refused) tellWhatIsMissing(missing);
     applyLimits();
     if (options_.rendering && !refused && warm_.content) return render(std::move(input));
     const auto source = refused ? makeFailedSource(unconfined(missing)) : open(std::move(input));
@@ -109,6 +110,15 @@ class WorkerLoop {
       if (!sendFrame(channel_.get(), FrameType::kTokens, *buffer)) ::_exit(EXIT_FAILURE);
     }
     sendResult(source->result(), begun);
+  }
+
+  // Before the document has had a chance to say otherwise.
+  void tellWhatIsMissing(const std::vector<std::string>& phrases) {
+    for (const std::string& phrase : phrases) {
+      const auto* bytes = reinterpret_cast<const unsigned char*>(phrase.data());
+      if (!sendFrame(channel_.get(), FrameType::kLessConfined, {bytes, phrase.size()}))
+        ::_exit(EXIT_FAILURE);
+    }
   }
 
   // A confined process can load nothing. One whose server has tried says what it got.

@@ -92,6 +92,8 @@ LengthRange lengthsOf(FrameType type, std::size_t largestTokens) {
     case FrameType::kFileName:
     case FrameType::kFileBytes:
       return {1, kLargestPieceFrame};
+    case FrameType::kLessConfined:
+      return {1, kLongestPhraseFrame};
     case FrameType::kResult:
       return {0, kLargestResultFrame};
     case FrameType::kTaken:

@@ -4,7 +4,8 @@
 // of the machine's order, and the payload. It takes a document and says so,
 // sends token frames, one for each buffer, or frames of what it renders, and a result
 // frame, and takes another or leaves. The receiver believes no length. Before anything
-// else of a document it may say that it cannot read it, for want of libzip.
+// else of a document it says what it lacks of the sandbox, a frame for each phrase, and may
+// say that it cannot read the document, for want of libzip.
 //
 // The worker is sent single bytes, with a file descriptor each: an order for each
 // document, and answers to what it asks for.
@@ -28,9 +29,10 @@ enum class FrameType : std::uint8_t {
   kFileName = 'N',
   kFileBytes = 'B',
   kResult = 'R',
-  kOutOfMemory = 'M',  // in place of a result; the worker leaves
-  kNeedScratch = 'S',  // a scratch file is wanted, and the answer waited for
-  kNeedLibzip = 'Z',   // in place of a result: only a worker that has libzip can read it
+  kOutOfMemory = 'M',   // in place of a result; the worker leaves
+  kNeedScratch = 'S',   // a scratch file is wanted, and the answer waited for
+  kNeedLibzip = 'Z',    // in place of a result: only a worker that has libzip can read it
+  kLessConfined = 'L',  // a phrase: what it lacks of the sandbox
 };
 
 // Comes with the document.
@@ -50,6 +52,7 @@ struct FrameHeader {
   std::uint32_t length;  // bytes of payload
 };
 constexpr std::size_t kFrameHeaderSize = 5;
+constexpr std::uint32_t kLongestPhraseFrame = 256;
 constexpr std::uint32_t kLargestPieceFrame = 64 * 1024;
 constexpr std::uint32_t kLargestResultFrame = 16 * 1024 * 1024;
 

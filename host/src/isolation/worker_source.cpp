@@ -113,6 +113,7 @@ class WorkerSource final : public Document::Source {
   Result result() override {
     worker_.reset();
     if (order_ == Order::kReadFile) result_->inputBytes = fileSize_;
+    result_->missingConfinement = std::move(missingConfinement_);
     return std::move(*result_);
   }
 
@@ -160,6 +161,9 @@ class WorkerSource final : public Document::Source {
       case FrameType::kNeedLibzip:
         startAgain();
         break;
+      case FrameType::kLessConfined:
+        noteWhatIsMissing();
+        break;
       case FrameType::kTaken:  // these have no place here
       case FrameType::kTokens:
       case FrameType::kOutput:
@@ -168,6 +172,16 @@ class WorkerSource final : public Document::Source {
         result_ = nonsense();
         break;
     }
+  }
+
+  void noteWhatIsMissing() {
+    constexpr std::size_t kMostPhrases = 8;
+    if (missingConfinement_.size() == kMostPhrases) {
+      result_ = nonsense();
+      return;
+    }
+    const auto phrase = frames_.payload();
+    missingConfinement_.emplace_back(phrase.begin(), phrase.end());
   }
 
   void takeResult() {
@@ -189,6 +203,7 @@ class WorkerSource final : public Document::Source {
       return;
     }
     startedAgain_ = true;
+    missingConfinement_.clear();
     worker_.reset();
     worker_ = pool_->startWithLibzip(order_, document_.get());
     if (worker_) {
@@ -217,6 +232,7 @@ class WorkerSource final : public Document::Source {
   std::uint64_t fileSize_;      // 0 for a directory, which only the worker looks into
   std::uint64_t received_ = 0;  // bytes of tokens, or of a rendering
   bool startedAgain_ = false;
+  std::vector<std::string> missingConfinement_;
   std::size_t largestTokens_;
   FrameReader frames_;
   std::optional<Result> result_;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -102,8 +103,9 @@ TEST_F(Confinement, StaysFromOneDocumentToTheNext) {
   }
 }
 
-// What it says where a system call fails though the kernel has it.
-std::vector<std::string> missingWithout(int call) {
+// What a function gives where a system call fails though the kernel has it.
+std::vector<std::string> toldWithout(int call,
+                                     const std::function<std::vector<std::string>()>& function) {
   int ends[2];
   EXPECT_EQ(::pipe(ends), 0);
   const pid_t child = ::fork();
@@ -112,7 +114,7 @@ std::vector<std::string> missingWithout(int call) {
     seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), call, 0);
     if (seccomp_load(filter) != 0) ::_exit(1);
     std::string told;
-    for (const std::string& phrase : missingConfinement()) told += phrase + "\n";
+    for (const std::string& phrase : function()) told += phrase + "\n";
     ::_exit(::write(ends[1], told.data(), told.size()) < 0 ? 1 : 0);
   }
   ::close(ends[1]);
@@ -131,12 +133,33 @@ std::vector<std::string> missingWithout(int call) {
 
 TEST_F(Confinement, IsToldToBeMissingWhereItsSystemCallsFail) {
   const auto lacks = [](int call, const std::string& word) {
-    const auto missing = missingWithout(call);
+    const auto missing = toldWithout(call, missingConfinement);
     return missing.size() == 1 && missing.front().find(word) != std::string::npos;
   };
   EXPECT_TRUE(lacks(SCMP_SYS(seccomp), "seccomp"));
   EXPECT_TRUE(lacks(SCMP_SYS(landlock_restrict_self), "Landlock"));
   EXPECT_TRUE(lacks(SCMP_SYS(prlimit64), "prlimit"));
+}
+
+TEST_F(Confinement, IsToldWithTheResultWhereAPartOfItIsMissing) {
+  const TemporaryDirectory document;
+  const Input directory = package(document, "text inside\n");
+  for (const bool oneDocument : {false, true}) {
+    const auto lackOf = [&](int call, const Input& input) {
+      return toldWithout(call, [&] {
+        HostOptions options = fakeReader(Isolation::kWorkers);
+        options.oneDocument = oneDocument;
+        return readTexts(Host(options), input).result.missingConfinement;
+      });
+    };
+    const std::vector<std::string> noFilter{"the kernel does not filter system calls (seccomp)"};
+    const std::vector<std::string> noLandlock{
+        "the kernel does not confine a process to a directory (Landlock)"};
+    EXPECT_EQ(lackOf(SCMP_SYS(seccomp), script("text whole\n")), noFilter);
+    EXPECT_EQ(lackOf(SCMP_SYS(seccomp), script("crash\n")), noFilter);
+    EXPECT_EQ(lackOf(SCMP_SYS(landlock_restrict_self), directory), noLandlock);
+    EXPECT_EQ(lackOf(SCMP_SYS(landlock_restrict_self), script("text whole\n")), Texts{});
+  }
 }
 
 }  // namespace

@@ -34,6 +34,7 @@ TEST(FrameHeader, ComesBackAsItWentOut) {
   EXPECT_EQ(header->type, FrameType::kTokens);
   EXPECT_EQ(header->length, 4110u);
   EXPECT_TRUE(decoded(FrameType::kResult, kLargestResultFrame).has_value());
+  EXPECT_TRUE(decoded(FrameType::kLessConfined, kLongestPhraseFrame).has_value());
   for (const auto bare : {FrameType::kTaken, FrameType::kOutOfMemory, FrameType::kNeedScratch,
                           FrameType::kNeedLibzip}) {
     EXPECT_TRUE(decoded(bare, 0).has_value());
@@ -44,6 +45,8 @@ TEST(FrameHeader, IsRefusedForALengthThatItsTypeNeverHas) {
   EXPECT_FALSE(decoded(FrameType::kTokens, 4111).has_value());
   EXPECT_FALSE(decoded(FrameType::kTokens, 0).has_value());
   EXPECT_FALSE(decoded(FrameType::kResult, kLargestResultFrame + 1).has_value());
+  EXPECT_FALSE(decoded(FrameType::kLessConfined, 0).has_value());
+  EXPECT_FALSE(decoded(FrameType::kLessConfined, kLongestPhraseFrame + 1).has_value());
   for (const auto bare : {FrameType::kTaken, FrameType::kOutOfMemory, FrameType::kNeedScratch,
                           FrameType::kNeedLibzip}) {
     EXPECT_FALSE(decoded(bare, 1).has_value());
