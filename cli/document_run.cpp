@@ -40,7 +40,8 @@ std::vector<ListedPath> allOf(PathList& list) {
 
 class Run {
  public:
-  Run(const Host& host, const DocumentRun& options) : host_(host), options_(options) {}
+  Run(const Host& host, const DocumentRun& options)
+      : host_(host), options_(options), mayBeSeveral_(mayBeSeveral(options.input)) {}
 
   int operator()() {
     const std::string& target = options_.output.target;
@@ -59,7 +60,7 @@ class Run {
 
  private:
   bool printInto(Output& output, bool isTerminal) {
-    const bool headings = options_.headings && isTerminal && mayBeSeveral(options_.input);
+    const bool headings = options_.headings && isTerminal && mayBeSeveral_;
     OrderedOutput ordered(output, {.parts = kDocumentsForEachJob * options_.jobs});
     const auto list = listOf(options_.input);
     const auto print = [&](const Job& job) {
@@ -139,7 +140,7 @@ class Run {
   // For standard error. Of several documents the sandbox has been tried ahead.
   std::string wordsOn(const ListedPath& document, const Result& result) {
     std::string words;
-    if (!mayBeSeveral(options_.input)) words = sandboxWarning(result.missingConfinement);
+    if (!mayBeSeveral_) words = sandboxWarning(result.missingConfinement);
     if (result.status == Status::kOk) return words;
     allRead_ = false;
     if (!words.empty()) words += '\n';
@@ -154,6 +155,7 @@ class Run {
 
   const Host& host_;
   const DocumentRun& options_;
+  const bool mayBeSeveral_;
   std::mutex saying_;
   std::atomic<bool> allRead_ = true;
 };
