@@ -94,6 +94,8 @@ void Symbols::readLocale() {
   using Dates = icu::DateFormatSymbols;
   using Numbers = icu::DecimalFormatSymbols;
   locale = plainText(locale).substr(0, ULOC_FULLNAME_CAPACITY - 1);
+  // ICU crashes over formats for a name that it takes for none.
+  if (icu::Locale(locale.c_str()).isBogus()) locale = kDefaultLocale;
   const icu::Locale name(locale.c_str());
   UErrorCode error = U_ZERO_ERROR;
   const Dates dates(name, error);

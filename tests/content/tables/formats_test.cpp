@@ -139,6 +139,14 @@ TEST_F(FormatsTest, GroupDigitsAsTheirLocaleDoes) {
   EXPECT_EQ(text, "1,23,45,678");
 }
 
+TEST(SymbolsTest, TakeTheDefaultLocaleForANameThatIsNone) {
+  for (const char* damaged : {"zzzz@calendar=", "en@=", "de_DE@calendar=;"}) {
+    const Symbols symbols(damaged);
+    EXPECT_EQ(symbols.locale, "en_US") << damaged;
+    EXPECT_EQ(symbols.shortTimePattern, Symbols("en_US").shortTimePattern) << damaged;
+  }
+}
+
 TEST_F(FormatsTest, ShowFractions) {
   const NumberRow rows[] = {
       {"test-7", fraction(0xFFFFFFFD), 0.25, "1/4"},
