@@ -3,9 +3,12 @@
 #include <google/protobuf/io/coded_stream.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <deque>
 #include <list>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "Readers/dorvexsr/dorvexutil.h"
 #include "Tools/formats/vniwork13/message_parser.h"
@@ -29,7 +32,8 @@ constexpr int kHighestTypeId = 12100;
 
 std::optional<Values> scan(const RegisteredClass& messageClass, const std::string& payload) {
   std::vector<SweptValue> found;
-  if (!vn::iwork13::scanPayload(messageClass.layout(), payload, found)) return std::nullopt;
+  vn::iwork13::MessageScanner scanner;
+  if (!scanner.scan(messageClass.layout(), payload, found)) return std::nullopt;
   Values values;
   for (const SweptValue& value : found) {
     std::string text;
@@ -117,6 +121,96 @@ TEST(ScanAgainstPrint, AgreesOnMessagesThatHoldText) {
       compare(messageClass, random.payload(*prototype), counts);
   }
   EXPECT_GT(counts.withValues, 500);
+}
+
+// A scanner of its own for each payload, and one that has seen all the others, say the
+// same.
+TEST(MessageScanner, FindsNothingElseInWhatItHasSeenBefore) {
+  RandomMessages random(5);
+  const RegistryView registry(vn::iwork13::getPagesMessage);
+  std::deque<std::string> payloads;  // they stay where they are
+  int certain = 0;
+  for (const int type : {401, 2001, 2022, 3016, 5022, 6001, 6002, 6005}) {
+    const RegisteredClass& messageClass = *registry.find(type);
+    const std::unique_ptr<Message> prototype(messageClass.create());
+    vn::iwork13::MessageScanner experienced;
+    for (int round = 0; round < 1000; ++round) {
+      if (round % 3 == 2)
+        payloads.push_back(payloads[payloads.size() - 2]);
+      else
+        payloads.push_back(round % 3 == 0 ? random.payload(*prototype)
+                                          : payloads.back() + random.damagedPayload(*prototype));
+      std::vector<SweptValue> expected;
+      std::vector<SweptValue> found;
+      vn::iwork13::MessageScanner fresh;
+      const bool isCertain = fresh.scan(messageClass.layout(), payloads.back(), expected);
+      ASSERT_EQ(experienced.scan(messageClass.layout(), payloads.back(), found), isCertain);
+      certain += isCertain ? 1 : 0;
+      if (!isCertain) continue;
+      EXPECT_TRUE(std::ranges::equal(found, expected, [](const auto& one, const auto& other) {
+        return one.offset == other.offset && one.length == other.length && one.name == other.name;
+      }));
+    }
+  }
+  EXPECT_GT(certain, 500);
+}
+
+// A message without swept fields that can lie in itself, with the field that it lies in.
+struct Recursive {
+  vn::iwork13::MessageLayout layout;
+  std::uint32_t field = 0;
+};
+
+void appendVarint(std::size_t value, std::string& bytes) {
+  for (; value >= 0x80; value >>= 7U) bytes += static_cast<char>(value | 0x80U);
+  bytes += static_cast<char>(value);
+}
+
+std::string embedded(std::uint32_t field, const std::string& message) {
+  std::string bytes;
+  appendVarint(std::size_t{field} << 3U | 2U, bytes);
+  appendVarint(message.size(), bytes);
+  return bytes + message;
+}
+
+// Among all messages that lie in those of the registry.
+Recursive findRecursive() {
+  std::vector<vn::iwork13::MessageLayout> layouts;
+  for (int type = 0; type < kHighestTypeId; ++type) {
+    const RegisteredClass* found = RegistryView(vn::iwork13::getPagesMessage).find(type);
+    if (found != nullptr) layouts.push_back(found->layout());
+  }
+  std::set<std::uint16_t> seen;
+  for (std::size_t next = 0; next < layouts.size(); ++next) {
+    const auto layout = layouts[next];
+    for (const auto& field : layout) {
+      if (field.kind != vn::iwork13::FieldKind::kMessage) continue;
+      const auto embedded = vn::iwork13::layoutAt(field.typeIndex);
+      if (embedded.data() == layout.data() && !field.leadsToSwept) return {layout, field.number};
+      if (seen.insert(field.typeIndex).second) layouts.push_back(embedded);
+    }
+  }
+  return {};
+}
+
+TEST(MessageScanner, TakesNothingForKnownWhereItLiesTooDeep) {
+  const Recursive recursive = findRecursive();
+  ASSERT_NE(recursive.field, 0U);
+  const auto nested = [&](int levels) {
+    std::string bytes;
+    for (int level = 0; level < levels; ++level) bytes = embedded(recursive.field, bytes);
+    return bytes;
+  };
+  const std::string shallow = nested(60);
+  const std::string deep = nested(vn::iwork13::kRecursionLimit);
+  const std::string tooDeep = nested(vn::iwork13::kRecursionLimit + 1);
+  vn::iwork13::MessageScanner scanner;
+  std::vector<SweptValue> none;
+  EXPECT_TRUE(scanner.scan(recursive.layout, shallow, none));
+  EXPECT_FALSE(scanner.scan(recursive.layout, tooDeep, none));
+  EXPECT_TRUE(scanner.scan(recursive.layout, shallow, none));
+  EXPECT_TRUE(scanner.scan(recursive.layout, deep, none));
+  EXPECT_FALSE(scanner.scan(recursive.layout, tooDeep, none));
 }
 
 }  // namespace

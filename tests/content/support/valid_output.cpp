@@ -90,8 +90,9 @@ bool isEntity(std::string_view text) {
 // What a line says, without the indent, or the label, of a footnote.
 std::string_view withoutIndent(std::string_view line) {
   line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-  const std::size_t label = line.starts_with("[^") ? line.find("]: ") : std::string_view::npos;
-  if (label != std::string_view::npos) line.remove_prefix(label + 3);
+  const std::size_t label = line.starts_with("[^") ? line.find(']') : std::string_view::npos;
+  if (label != std::string_view::npos && line.substr(label).starts_with("]: "))
+    line.remove_prefix(label + 3);
   return line;
 }
 

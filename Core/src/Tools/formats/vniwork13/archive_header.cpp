@@ -32,9 +32,9 @@ int low(std::uint64_t value) { return static_cast<int>(static_cast<std::uint32_t
 
 // Whether parsing would read the bytes to their exact end. False where that is not
 // certain.
-bool isWellFormed(std::string_view bytes) {
+bool isWellFormed(std::string_view bytes, MessageScanner& scanner) {
   std::vector<SweptValue> none;  // there is no swept field in it
-  return scanPayload(layoutAt(kLayoutIndex<TSP::ArchiveInfo>), bytes, none);
+  return scanner.scan(layoutAt(kLayoutIndex<TSP::ArchiveInfo>), bytes, none);
 }
 
 // Of well-formed bytes. The last value of a field counts.
@@ -81,11 +81,11 @@ bool readByRules(ArchiveHeader& header, CodedInputStream& input) {
 
 }  // namespace
 
-bool readArchiveHeader(ArchiveHeader& header, CodedInputStream& input) {
+bool readArchiveHeader(ArchiveHeader& header, CodedInputStream& input, MessageScanner& scanner) {
   header.identifier = 0;
   header.payloads.clear();
   const std::string_view bytes = bytesAtHand(input);
-  if (input.RecursionBudget() != kRecursionLimit || !isWellFormed(bytes))
+  if (input.RecursionBudget() != kRecursionLimit || !isWellFormed(bytes, scanner))
     return readByRules(header, input);
   readWellFormed(bytes, header);
   return input.Skip(static_cast<int>(bytes.size()));

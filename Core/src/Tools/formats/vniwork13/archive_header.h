@@ -11,6 +11,8 @@ class CodedInputStream;
 
 namespace vn::iwork13 {
 
+class MessageScanner;
+
 struct ArchiveHeader {
   struct Payload {
     int type;
@@ -22,7 +24,9 @@ struct ArchiveHeader {
 };
 
 // Clears the header and reads it from the stream, under the limit that the caller
-// has pushed, with the result and the cursor of parseMessage.
-bool readArchiveHeader(ArchiveHeader& header, google::protobuf::io::CodedInputStream& input);
+// has pushed, with the result and the cursor of parseMessage. The scanner is that of the
+// stream.
+bool readArchiveHeader(ArchiveHeader& header, google::protobuf::io::CodedInputStream& input,
+                       MessageScanner& scanner);
 
 }  // namespace vn::iwork13

@@ -13,11 +13,14 @@
 // parsed and printed.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "Tools/formats/vniwork13/message_layout.h"
+#include "Tools/formats/vniwork13/message_parser.h"
 
 namespace vn::iwork13 {
 
@@ -28,11 +31,42 @@ struct SweptValue {
   SweptName name;
 };
 
-// Walks over a payload of a class of that layout. True if it is certain that
-//  - parsing reads the payload to its exact end, and
-//  - the sweep takes from the printed message just the values that are appended,
-//    in their order, those named text before those named string.
-// False where it cannot be certain; what has been appended is then of no use.
-bool scanPayload(MessageLayout layout, std::string_view payload, std::vector<SweptValue>& values);
+// A message that a scanner is in, or one around it.
+struct OpenMessage {
+  const char* end;
+  MessageLayout layout;
+  std::uint32_t lastSwept;
+};
+
+// An embedded message without a swept field that a scanner has been through, and how
+// deep it was.
+struct KnownMessage {
+  std::uint64_t hash;
+  std::string_view bytes;
+  std::uint16_t typeIndex;
+  std::uint16_t level;
+};
+
+struct ScannerMemory {
+  std::array<OpenMessage, kRecursionLimit> around;
+  // Documents say the same again and again: a fill, a stroke, the insets of a cell. What
+  // has been found certain is so wherever it stands again, no deeper than before.
+  std::array<KnownMessage, 256> known;
+};
+
+// Scans the messages of one object stream, which stays where it is as long as the
+// scanner is used.
+class MessageScanner {
+ public:
+  // Walks over a payload of a class of that layout. True if it is certain that
+  //  - parsing reads the payload to its exact end, and
+  //  - the sweep takes from the printed message just the values that are appended,
+  //    in their order, those named text before those named string.
+  // False where it cannot be certain; what has been appended is then of no use.
+  bool scan(MessageLayout layout, std::string_view payload, std::vector<SweptValue>& values);
+
+ private:
+  ScannerMemory memory_{};
+};
 
 }  // namespace vn::iwork13

@@ -47,7 +47,7 @@ class ObjectWalk {
       // the walk arrives here again for ever: nothing realigns a stream.
       input_.ReadVarint64(&length);
       const CodedInputStream::Limit outer = input_.PushLimit(static_cast<int>(length));
-      const bool isRead = readArchiveHeader(archive_, input_);
+      const bool isRead = readArchiveHeader(archive_, input_, scanner_);
       input_.PopLimit(outer);
       if (!isRead) continue;
       for (const ArchiveHeader::Payload& payload : archive_.payloads) {
@@ -89,7 +89,7 @@ class ObjectWalk {
     if (input_.RecursionBudget() != kRecursionLimit) return false;
     const std::string_view payload = bytesAtHand(input_);
     const std::size_t firstValue = pending_->values().size();
-    const bool isCertain = scanPayload(messageClass.layout(), payload, pending_->values());
+    const bool isCertain = scanner_.scan(messageClass.layout(), payload, pending_->values());
     if (isCertain)
       file(messageClass, payload, firstValue, true);
     else
@@ -122,6 +122,7 @@ class ObjectWalk {
 
   PendingMessages::Holder pending_;
   CodedInputStream input_;
+  MessageScanner scanner_;
   MessageFactory factory_;
   RegistryView registry_;
   bool buildsAll_;
