@@ -3,12 +3,12 @@
 #include <google/protobuf/io/coded_stream.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <deque>
 #include <list>
 #include <memory>
 #include <optional>
 #include <set>
+#include <tuple>
 
 #include "Readers/dorvexsr/dorvexutil.h"
 #include "Tools/formats/vniwork13/message_parser.h"
@@ -25,6 +25,7 @@ using google::protobuf::Message;
 using google::protobuf::io::CodedInputStream;
 using vn::iwork13::RegisteredClass;
 using vn::iwork13::RegistryView;
+using vn::iwork13::SweptName;
 using vn::iwork13::SweptValue;
 using Values = std::list<std::string>;
 
@@ -123,33 +124,43 @@ TEST(ScanAgainstPrint, AgreesOnMessagesThatHoldText) {
   EXPECT_GT(counts.withValues, 500);
 }
 
+using Scanned = std::optional<std::vector<std::tuple<std::uint32_t, std::uint32_t, SweptName>>>;
+
+Scanned scanWith(vn::iwork13::MessageScanner& scanner, const RegisteredClass& messageClass,
+                 const std::string& payload) {
+  std::vector<SweptValue> found;
+  if (!scanner.scan(messageClass.layout(), payload, found)) return std::nullopt;
+  Scanned scanned(std::in_place);
+  for (const auto& [offset, length, name] : found) scanned->emplace_back(offset, length, name);
+  return scanned;
+}
+
+// Half of them repeat what others have said.
+std::deque<std::string> repeatingPayloads(const Message& prototype, RandomMessages& random) {
+  std::deque<std::string> payloads;  // they stay where they are
+  for (int round = 0; round < 500; ++round) {
+    payloads.push_back(random.payload(prototype));
+    payloads.push_back(payloads.back() + random.damagedPayload(prototype));
+    payloads.push_back(payloads[payloads.size() - 2]);
+  }
+  return payloads;
+}
+
 // A scanner of its own for each payload, and one that has seen all the others, say the
 // same.
 TEST(MessageScanner, FindsNothingElseInWhatItHasSeenBefore) {
   RandomMessages random(5);
-  const RegistryView registry(vn::iwork13::getPagesMessage);
-  std::deque<std::string> payloads;  // they stay where they are
   int certain = 0;
   for (const int type : {401, 2001, 2022, 3016, 5022, 6001, 6002, 6005}) {
-    const RegisteredClass& messageClass = *registry.find(type);
+    const RegisteredClass& messageClass = *RegistryView(vn::iwork13::getPagesMessage).find(type);
     const std::unique_ptr<Message> prototype(messageClass.create());
     vn::iwork13::MessageScanner experienced;
-    for (int round = 0; round < 1000; ++round) {
-      if (round % 3 == 2)
-        payloads.push_back(payloads[payloads.size() - 2]);
-      else
-        payloads.push_back(round % 3 == 0 ? random.payload(*prototype)
-                                          : payloads.back() + random.damagedPayload(*prototype));
-      std::vector<SweptValue> expected;
-      std::vector<SweptValue> found;
+    const auto payloads = repeatingPayloads(*prototype, random);
+    for (const std::string& payload : payloads) {
       vn::iwork13::MessageScanner fresh;
-      const bool isCertain = fresh.scan(messageClass.layout(), payloads.back(), expected);
-      ASSERT_EQ(experienced.scan(messageClass.layout(), payloads.back(), found), isCertain);
-      certain += isCertain ? 1 : 0;
-      if (!isCertain) continue;
-      EXPECT_TRUE(std::ranges::equal(found, expected, [](const auto& one, const auto& other) {
-        return one.offset == other.offset && one.length == other.length && one.name == other.name;
-      }));
+      const Scanned expected = scanWith(fresh, messageClass, payload);
+      EXPECT_EQ(scanWith(experienced, messageClass, payload), expected) << type;
+      certain += expected ? 1 : 0;
     }
   }
   EXPECT_GT(certain, 500);
@@ -193,24 +204,24 @@ Recursive findRecursive() {
   return {};
 }
 
+std::string nested(std::uint32_t field, int levels) {
+  std::string bytes;
+  for (int level = 0; level < levels; ++level) bytes = embedded(field, bytes);
+  return bytes;
+}
+
 TEST(MessageScanner, TakesNothingForKnownWhereItLiesTooDeep) {
-  const Recursive recursive = findRecursive();
-  ASSERT_NE(recursive.field, 0U);
-  const auto nested = [&](int levels) {
-    std::string bytes;
-    for (int level = 0; level < levels; ++level) bytes = embedded(recursive.field, bytes);
-    return bytes;
-  };
-  const std::string shallow = nested(60);
-  const std::string deep = nested(vn::iwork13::kRecursionLimit);
-  const std::string tooDeep = nested(vn::iwork13::kRecursionLimit + 1);
+  const auto [layout, field] = findRecursive();
+  ASSERT_NE(field, 0U);
+  const std::string shallow = nested(field, 60);
+  const std::string deep = nested(field, vn::iwork13::kRecursionLimit);
+  const std::string tooDeep = nested(field, vn::iwork13::kRecursionLimit + 1);
   vn::iwork13::MessageScanner scanner;
+  std::vector<bool> isCertain;
   std::vector<SweptValue> none;
-  EXPECT_TRUE(scanner.scan(recursive.layout, shallow, none));
-  EXPECT_FALSE(scanner.scan(recursive.layout, tooDeep, none));
-  EXPECT_TRUE(scanner.scan(recursive.layout, shallow, none));
-  EXPECT_TRUE(scanner.scan(recursive.layout, deep, none));
-  EXPECT_FALSE(scanner.scan(recursive.layout, tooDeep, none));
+  for (const std::string* payload : {&shallow, &tooDeep, &shallow, &deep, &tooDeep})
+    isCertain.push_back(scanner.scan(layout, *payload, none));
+  EXPECT_EQ(isCertain, (std::vector<bool>{true, false, true, true, false}));
 }
 
 }  // namespace
