@@ -17,6 +17,7 @@
 #include "Tools/formats/vniwork13/registered_class.h"
 #include "Tools/formats/vniwork13/registry.h"
 #include "random_message.h"
+#include "support/wire_writer.h"
 
 namespace dorvex::testing {
 namespace {
@@ -172,18 +173,6 @@ struct Recursive {
   std::uint32_t field = 0;
 };
 
-void appendVarint(std::size_t value, std::string& bytes) {
-  for (; value >= 0x80; value >>= 7U) bytes += static_cast<char>(value | 0x80U);
-  bytes += static_cast<char>(value);
-}
-
-std::string embedded(std::uint32_t field, const std::string& message) {
-  std::string bytes;
-  appendVarint(std::size_t{field} << 3U | 2U, bytes);
-  appendVarint(message.size(), bytes);
-  return bytes + message;
-}
-
 // Among all messages that lie in those of the registry.
 Recursive findRecursive() {
   std::vector<vn::iwork13::MessageLayout> layouts;
@@ -205,9 +194,9 @@ Recursive findRecursive() {
 }
 
 std::string nested(std::uint32_t field, int levels) {
-  std::string bytes;
-  for (int level = 0; level < levels; ++level) bytes = embedded(field, bytes);
-  return bytes;
+  Wire message;
+  for (int level = 0; level < levels; ++level) message = Wire().message(field, message);
+  return message.str();
 }
 
 TEST(MessageScanner, TakesNothingForKnownWhereItLiesTooDeep) {

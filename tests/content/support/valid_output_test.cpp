@@ -38,6 +38,11 @@ TEST(ValidOutput, FindsTablesOfMarkdownWithOtherCells) {
     EXPECT_NE(flawOfMarkdown(markdown), "") << markdown;
 }
 
+TEST(ValidOutput, TakesNoWordsOfACommentForTheEndOfALabel) {
+  EXPECT_EQ(flawOfMarkdown("[^a]<!-- b]: $$ -->\n\n::: notes\n\nc\n\n:::\n"), "");
+  EXPECT_NE(flawOfMarkdown("[^a]: ::: notes\n"), "");
+}
+
 TEST(ValidOutput, ReadsCsvAndFindsRowsOfAnotherLength) {
   EXPECT_EQ(flawOfCsv("a,\"b\r\n\"\"\"\r\nc,\r\n", ','), "");
   EXPECT_EQ(csvRows("a,\"b\r\n\"\"\"\r\nc,\r\n", ','),

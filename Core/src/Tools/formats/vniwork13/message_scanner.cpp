@@ -30,12 +30,15 @@ bool holdsPattern(std::string_view value) {
 
 constexpr int kLongestVarint = 10;
 
+// Whether more bytes of a varint follow.
+bool continues(char byte) { return static_cast<signed char>(byte) < 0; }
+
 // Whether a run of varints ends with its last one, none longer than ten bytes.
 bool isVarintRun(std::string_view run) {
   int length = 0;
   for (const char byte : run) {
     ++length;
-    if (static_cast<signed char>(byte) < 0) {
+    if (continues(byte)) {
       if (length == kLongestVarint) return false;
     } else {
       length = 0;
@@ -43,8 +46,6 @@ bool isVarintRun(std::string_view run) {
   }
   return length == 0;
 }
-
-bool continues(char byte) { return static_cast<signed char>(byte) < 0; }
 
 std::uint64_t wordAt(const char* position) {
   std::uint64_t word = 0;
@@ -127,6 +128,11 @@ class Pass {
     return false;
   }
 
+  // Where the pass has failed: it did not come to the end of what it has remembered.
+  void forget() {
+    if (hasRemembered_) memory_.known = {};
+  }
+
  private:
   enum class Way { kNone, kPast, kInto };
 
@@ -204,6 +210,7 @@ class Pass {
         known.bytes == bytes)
       return true;
     known = {hash, bytes, typeIndex, static_cast<std::uint16_t>(level_)};
+    hasRemembered_ = true;
     return false;
   }
 
@@ -218,6 +225,7 @@ class Pass {
   std::string_view payload_;
   std::vector<SweptValue>& values_;
   std::uint32_t level_ = 0;
+  bool hasRemembered_ = false;
 };
 
 }  // namespace
@@ -225,8 +233,9 @@ class Pass {
 bool MessageScanner::scan(MessageLayout layout, std::string_view payload,
                           std::vector<SweptValue>& values) {
   const std::size_t before = values.size();
-  if (!Pass(memory_, payload, values).run(layout)) {
-    memory_.known = {};  // among it is what the pass did not come to the end of
+  Pass pass(memory_, payload, values);
+  if (!pass.run(layout)) {
+    pass.forget();
     return false;
   }
   // Most messages have values of one name only, and a table has very many.
