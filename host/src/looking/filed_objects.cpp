@@ -39,7 +39,8 @@ std::string droppedText(const std::vector<std::uint64_t>& identifiers, const std
 }  // namespace
 
 void FiledObjects::add(const std::string& member, std::vector<std::uint64_t> identifiers) {
-  std::sort(identifiers.begin(), identifiers.end());
+  if (!std::is_sorted(identifiers.begin(), identifiers.end()))
+    std::sort(identifiers.begin(), identifiers.end());
   members_.push_back({member, std::move(identifiers)});
 }
 

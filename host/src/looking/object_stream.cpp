@@ -38,41 +38,54 @@ struct Field {
   std::string_view bytes;   // of a length-delimited field
 };
 
-// Takes bytes from the front of a view; false where they are not there.
+// Takes bytes from the front of a view; false where they are not there. A host looks
+// through every byte of a document that the reader reads, so it has to be quick.
 class Bytes {
  public:
-  explicit Bytes(std::string_view left) : left_(left) {}
+  explicit Bytes(std::string_view left) : at_(left.data()), end_(at_ + left.size()) {}
 
-  bool empty() const { return left_.empty(); }
-  std::size_t size() const { return left_.size(); }
+  bool empty() const { return at_ == end_; }
+  std::size_t size() const { return static_cast<std::size_t>(end_ - at_); }
 
   bool take(std::uint64_t count, std::string_view& taken) {
-    if (count > left_.size()) return false;
-    taken = left_.substr(0, count);
-    left_.remove_prefix(count);
+    if (count > size()) return false;
+    taken = {at_, count};
+    at_ += count;
     return true;
   }
 
   bool takeVarint(std::uint64_t& value) {
+    if (!empty() && !continues(*at_)) {  // most are of one byte
+      value = static_cast<unsigned char>(*at_++);
+      return true;
+    }
+    return takeLongVarint(value);
+  }
+
+  bool takeField(Field& field) {
+    std::uint64_t tag = 0;
+    if (!takeVarint(tag)) return false;
+    field.number = tag >> 3;
+    return field.number != 0 && takeValue(static_cast<unsigned>(tag & 7), field, kGroupLevels);
+  }
+
+ private:
+  static bool continues(char byte) { return static_cast<signed char>(byte) < 0; }
+
+  bool takeLongVarint(std::uint64_t& value) {
     value = 0;
-    for (unsigned shift = 0; shift < 70 && !left_.empty(); shift += 7) {
-      const auto byte = static_cast<unsigned char>(left_.front());
-      left_.remove_prefix(1);
+    for (unsigned shift = 0; shift < 70 && !empty(); shift += 7) {
+      const auto byte = static_cast<unsigned char>(*at_++);
       if (shift < 64) value |= std::uint64_t{byte & 0x7FU} << shift;
       if (byte < 0x80) return true;
     }
     return false;
   }
 
-  bool takeField(Field& field) {
-    std::uint64_t tag = 0;
-    if (!takeVarint(tag)) return false;
-    field = {tag >> 3, 0, {}};
-    return tag >> 3 != 0 && takeValue(static_cast<unsigned>(tag & 7), field, kGroupLevels);
-  }
-
- private:
+  // What the field does not hold is 0 or empty.
   bool takeValue(unsigned wireType, Field& field, int levels) {
+    field.value = 0;
+    field.bytes = {};
     std::uint64_t length = 0;
     switch (wireType) {
       case kVarint:
@@ -100,7 +113,8 @@ class Bytes {
     return false;
   }
 
-  std::string_view left_;
+  const char* at_;
+  const char* end_;
 };
 
 bool isRunOfFields(std::string_view message) {

@@ -23,48 +23,74 @@ constexpr auto kMessageInfos = TSP::ArchiveInfo::kMessageInfosFieldNumber;
 constexpr auto kType = TSP::MessageInfo::kTypeFieldNumber;
 constexpr auto kLength = TSP::MessageInfo::kLengthFieldNumber;
 
-constexpr std::uint32_t tag(int number, WireType type) {
-  return static_cast<std::uint32_t>(number) << 3U | static_cast<std::uint32_t>(type);
-}
-
 // The low 32 bits, as a signed number.
 int low(std::uint64_t value) { return static_cast<int>(static_cast<std::uint32_t>(value)); }
 
-// Whether parsing would read the bytes to their exact end. False where that is not
-// certain.
-bool isWellFormed(std::string_view bytes, MessageScanner& scanner) {
-  std::vector<SweptValue> none;  // there is no swept field in it
-  return scanner.scan(layoutAt(kLayoutIndex<TSP::ArchiveInfo>), bytes, none);
-}
+// Reads headers in one pass, as nearly all of them are. The functions return false where
+// it is not certain that parsing would read the bytes to their exact end; what they have
+// read is then of no use.
+class CertainPass {
+ public:
+  explicit CertainPass(MessageScanner& scanner) : scanner_(scanner) {}
 
-// Of well-formed bytes. The last value of a field counts.
-ArchiveHeader::Payload payloadOf(std::string_view info) {
-  ArchiveHeader::Payload payload{0, 0};
-  for (WireCursor cursor(info); !cursor.atEnd();) {
-    std::uint32_t field = 0;
-    cursor.readTag(field);
-    if (field == tag(kType, WireType::kVarint))
-      payload.type = low(cursor.varint());
-    else if (field == tag(kLength, WireType::kVarint))
-      payload.length = low(cursor.varint());
-    else
-      cursor.skipValue(wireTypeOf(field));
+  bool readHeader(std::string_view bytes, ArchiveHeader& header) {
+    return readFields(
+        bytes, layoutAt(kLayoutIndex<TSP::ArchiveInfo>),
+        [&header](std::uint32_t number, std::uint64_t value) {
+          if (number == kIdentifier) header.identifier = value;
+        },
+        [this, &header](const FieldLayout& field, std::string_view value) {
+          if (field.number != kMessageInfos) return isCertain(field, value);
+          return readPayload(value, header.payloads.emplace_back());
+        });
   }
-  return payload;
-}
 
-void readWellFormed(std::string_view bytes, ArchiveHeader& header) {
-  for (WireCursor cursor(bytes); !cursor.atEnd();) {
-    std::uint32_t field = 0;
-    cursor.readTag(field);
-    if (field == tag(kIdentifier, WireType::kVarint))
-      header.identifier = cursor.varint();
-    else if (field == tag(kMessageInfos, WireType::kLengthDelimited))
-      header.payloads.push_back(payloadOf(cursor.bytes()));
-    else
-      cursor.skipValue(wireTypeOf(field));
+ private:
+  bool readPayload(std::string_view info, ArchiveHeader::Payload& payload) {
+    return readFields(
+        info, layoutAt(kLayoutIndex<TSP::MessageInfo>),
+        [&payload](std::uint32_t number, std::uint64_t value) {
+          if (number == kType) payload.type = low(value);
+          if (number == kLength) payload.length = low(value);
+        },
+        [this](const FieldLayout& field, std::string_view value) {
+          return isCertain(field, value);
+        });
   }
-}
+
+  // Calls onVarint for each varint, the last of a field behind the ones before it, and
+  // onBytes for each value of known length of a field that the layout has.
+  template <typename OnVarint, typename OnBytes>
+  static bool readFields(std::string_view bytes, MessageLayout layout, OnVarint onVarint,
+                         OnBytes onBytes) {
+    for (WireCursor cursor(bytes); !cursor.atEnd();) {
+      std::uint32_t tag = 0;
+      if (!cursor.readTag(tag) || numberOf(tag) == 0) return false;
+      if (wireTypeOf(tag) == WireType::kVarint) {
+        std::uint64_t value = 0;
+        if (!cursor.readVarint(value)) return false;
+        onVarint(numberOf(tag), value);
+      } else if (wireTypeOf(tag) == WireType::kLengthDelimited) {
+        std::string_view value;
+        if (!cursor.readBytes(value)) return false;
+        const FieldLayout* const field = findField(layout, numberOf(tag));
+        if (field != nullptr && !onBytes(*field, value)) return false;
+      } else if (!cursor.skipValue(wireTypeOf(tag))) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  bool isCertain(const FieldLayout& field, std::string_view value) {
+    if (field.kind == FieldKind::kPackedVarint) return isVarintRun(value);
+    if (field.kind != FieldKind::kMessage) return field.kind == FieldKind::kScalar;
+    std::vector<SweptValue> none;  // there is no swept field in it
+    return scanner_.scan(layoutAt(field.typeIndex), value, none);
+  }
+
+  MessageScanner& scanner_;
+};
 
 bool readByRules(ArchiveHeader& header, CodedInputStream& input) {
   FieldTree archive(layoutAt(kLayoutIndex<TSP::ArchiveInfo>));
@@ -85,10 +111,11 @@ bool readArchiveHeader(ArchiveHeader& header, CodedInputStream& input, MessageSc
   header.identifier = 0;
   header.payloads.clear();
   const std::string_view bytes = bytesAtHand(input);
-  if (input.RecursionBudget() != kRecursionLimit || !isWellFormed(bytes, scanner))
-    return readByRules(header, input);
-  readWellFormed(bytes, header);
-  return input.Skip(static_cast<int>(bytes.size()));
+  if (input.RecursionBudget() == kRecursionLimit && CertainPass(scanner).readHeader(bytes, header))
+    return input.Skip(static_cast<int>(bytes.size()));
+  header.identifier = 0;
+  header.payloads.clear();
+  return readByRules(header, input);
 }
 
 }  // namespace vn::iwork13

@@ -28,31 +28,6 @@ bool holdsPattern(std::string_view value) {
   });
 }
 
-constexpr int kLongestVarint = 10;
-
-// Whether more bytes of a varint follow.
-bool continues(char byte) { return static_cast<signed char>(byte) < 0; }
-
-// Whether a run of varints ends with its last one, none longer than ten bytes.
-bool isVarintRun(std::string_view run) {
-  int length = 0;
-  for (const char byte : run) {
-    ++length;
-    if (continues(byte)) {
-      if (length == kLongestVarint) return false;
-    } else {
-      length = 0;
-    }
-  }
-  return length == 0;
-}
-
-std::uint64_t wordAt(const char* position) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, position, sizeof word);
-  return word;
-}
-
 // Null where no varint ends before the end.
 const char* skipVarint(const char* position, const char* end) {
   // Where eight bytes are left, the first that ends a varint shows in one look.

@@ -113,7 +113,8 @@ class ObjectWalk {
     try {
       const auto entry = map_.try_emplace(behindLast_, archive_.identifier, message);
       if (entry->second != message) pending_->withdraw(message);
-      behindLast_ = std::next(entry);
+      // Cheaper than the next of the last entry of all.
+      behindLast_ = entry == std::prev(map_.end()) ? map_.end() : std::next(entry);
     } catch (...) {
       pending_->withdraw(message);
       throw;

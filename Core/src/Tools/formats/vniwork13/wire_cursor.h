@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace vn::iwork13 {
@@ -19,6 +20,37 @@ enum class WireType : unsigned {
 
 inline WireType wireTypeOf(std::uint32_t tag) { return static_cast<WireType>(tag & 7U); }
 inline std::uint32_t numberOf(std::uint32_t tag) { return tag >> 3U; }
+
+inline constexpr int kLongestVarint = 10;
+
+// Whether more bytes of a varint follow.
+inline bool continues(char byte) { return static_cast<signed char>(byte) < 0; }
+
+inline std::uint64_t wordAt(const char* position) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, position, sizeof word);
+  return word;
+}
+
+// Whether a run of varints ends with its last one, none longer than ten bytes.
+inline bool isVarintRun(std::string_view run) {
+  if (run.empty()) return true;
+  if (continues(run.back())) return false;
+  // Where one ends in every four bytes, none is too long.
+  const char* const end = run.data() + run.size();
+  const char* position = run.data();
+  for (; end - position >= 8; position += 8) {
+    const std::uint64_t ends = ~wordAt(position) & 0x8080808080808080U;
+    if (ends >> 32U == 0 || static_cast<std::uint32_t>(ends) == 0) break;
+  }
+  if (end - position < 8) return true;
+  int length = 0;
+  for (const char byte : run) {
+    length = continues(byte) ? length + 1 : 0;
+    if (length == kLongestVarint) return false;
+  }
+  return true;
+}
 
 class WireCursor {
  public:
