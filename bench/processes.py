@@ -3,7 +3,8 @@
 Start-up: a process that loads the module and unloads it, against one that also
 reads a small document; and the tool from start to exit, against taking the same
 document's members out of their zip. Memory: the peak of reading a large document
-with the module and with the plain one. Throughput: the tool over a list of 2,000
+with the module and with the plain one. Growth: reading a document a hundred times as
+large. Throughput: the tool over a list of 2,000
 real documents, with one worker and with two, against the bare reader, which finds
 them in memory. The machine's speed drifts, so the commands of a pair take turns and
 only their ratio counts; where others work on it, that of the processor time.
@@ -22,6 +23,15 @@ import time
 
 
 LISTED_DOCUMENTS = 2000
+
+# The second is 100 times as large as the first, and read so many times.
+PAIRS = (
+    ("objects-3k", "objects-300k", 5),
+    ("rows-10k", "rows-1000k", 8),
+    ("storages-4k", "storages-400k", 5),
+    ("members-30", "members-3000", 20),
+    ("text-500k", "text-50000k", 8),
+)
 
 
 def run(command, allowed=(0,)):
@@ -66,6 +76,33 @@ def throughput(build, corpus, runs):
         return take_turns(commands, runs, allowed=(0, 1))
 
 
+def growth(program, generated, runs):
+    """How many times as long as the small document of each pair the large one takes.
+
+    A reader gives nothing of a document back, so that in a process that reads many, as in
+    a worker, each finds fresh memory. The first reading of each process goes off.
+    """
+    ratios = {}
+    with tempfile.TemporaryDirectory() as folder:
+        def reading(name, times):
+            listing = pathlib.Path(folder) / f"{name}-{times}"
+            listing.write_text(f"{generated / name}.zip\n" * times, encoding="utf-8")
+            return [program, f"--read={listing}"]
+
+        for small, large, times in PAIRS:
+            commands = {(name, count): reading(name, count)
+                        for name, most in ((small, 100 * times), (large, times))
+                        for count in (1, most)}
+            taken = {}
+            figures = take_turns(commands, runs)
+            for name, most in ((small, 100 * times), (large, times)):
+                first, all_of_them = (figures[name, count]["processor_seconds"]
+                                      for count in (1, most))
+                taken[name] = (all_of_them - first) / (most - 1)
+            ratios[large] = {"times": taken[large] / taken[small], "of": small}
+    return ratios
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", type=pathlib.Path, required=True)
@@ -98,6 +135,8 @@ def main():
         ways = {"whole": [program, reader, container, document],
                 "plain": [program, plain, container, document]}
         figures["memory"][large] = take_turns(ways, 1)
+    bench = str(arguments.build / "bench" / "dorvex_bench")
+    figures["growth"] = growth(bench, arguments.generated, 7)
     if (arguments.corpus / "documents").exists():
         figures["throughput"] = throughput(arguments.build, arguments.corpus, 7)
     figures["module bytes"] = os.path.getsize(reader)

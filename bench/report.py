@@ -13,16 +13,6 @@ matplotlib.use("Agg")
 import matplotlib.pyplot as plt  # noqa: E402  the backend is chosen first
 
 
-# The second is 100 times as large as the first.
-PAIRS = (
-    ("objects-3k", "objects-300k"),
-    ("rows-10k", "rows-1000k"),
-    ("storages-4k", "storages-400k"),
-    ("members-30", "members-3000"),
-    ("text-500k", "text-50000k"),
-)
-
-
 def medians(stages):
     """Milliseconds and stream bytes of each benchmark, by its name."""
     found = {}
@@ -56,9 +46,11 @@ def print_ratios(figures, processes, out):
             f"{name:34} {figures[f'whole/{name}']['bytes'] / 1e6:7.2f} MB {whole:6.2f} ms"
             f" {whole / limit:7.2f} {whole / floor:7.2f} {plain / whole:7.1f}"
         )
-    for small, large in PAIRS:
-        ratio = figures[f"whole/{large}"]["ms"] / figures[f"whole/{small}"]["ms"]
-        line(f"{large} takes {ratio:.0f} times as long as {small}")
+    for large, growth in processes["growth"].items():
+        line(f"{large} takes {growth['times']:.0f} times as long as {growth['of']}")
+    if "containerStage" in figures:
+        ratio = figures["containerStage"]["ms"] / figures["decompression"]["ms"]
+        line(f"container stage / decompression: {ratio:.2f}")
     streams = {name: figures[f"whole/{name}"]["bytes"] / 1024 for name in processes["memory"]}
     for name, ways in processes["memory"].items():
         whole, plain = (ways[way]["peak_kib"] for way in ("whole", "plain"))
