@@ -45,7 +45,8 @@ std::size_t bytesOf(const Comment& comment) {
 
 }  // namespace
 
-MarkTables::MarkTables(Reading& reading, const Message<Storage>& storage) : reading_(reading) {
+MarkTables::MarkTables(Reading& reading, const Message<Storage>& storage)
+    : reading_(reading), known_(reading.keep<KnownStyles>()) {
   const auto runs = [&](auto table) { return objectRuns(reading, storage.get(table)); };
   characters_ = runs(Storage::table_char_style);
   fields_ = runs(Storage::table_smartfield);
@@ -78,7 +79,7 @@ void MarkTables::moveTo(Position position) {
     runs->moveTo(position);
     nextChange_ = std::min(nextChange_, runs->nextChange());
   }
-  marks_.characters = characterMarks(characters_.value());
+  marks_.characters = known_.characterMarks(characters_.value());
   marks_.field = fields_.value();
   marks_.bookmark = bookmarks_.value();
   marks_.ruby = rubies_.value();
@@ -104,12 +105,6 @@ void MarkTables::moveHighlights(Position position) {
   }
   if (nextOverlapping_ < overlapping_.size())
     nextChange_ = std::min(nextChange_, overlapping_[nextOverlapping_].from);
-}
-
-const CharacterMarks& MarkTables::characterMarks(const Object* style) {
-  const auto [known, isNew] = characterMarks_.try_emplace(style);
-  if (isNew) known->second = readCharacterMarks(reading_, style);
-  return known->second;
 }
 
 Run RunMaker::make(const Marks& marks, const CharacterMarks& ofParagraph) {

@@ -8,7 +8,7 @@
 
 #include "dorvex/content.h"
 #include "graph/reading.h"
-#include "styles/character_marks.h"
+#include "styles/known_styles.h"
 #include "text/attribute_runs.h"
 
 namespace dorvex::content {
@@ -44,14 +44,13 @@ class MarkTables {
 
   void readOverlapping(const Message<TSWP::OverlappingFieldAttributeTable>& table);
   void moveHighlights(Position position);
-  const CharacterMarks& characterMarks(const Object* style);
 
   Reading& reading_;
+  KnownStyles& known_;
   ObjectRuns characters_, fields_, bookmarks_, rubies_, insertions_, deletions_, highlights_;
   std::vector<Range> overlapping_;  // by their starts
   std::size_t nextOverlapping_ = 0;
   std::vector<Range> open_;  // those of them that the position is in
-  std::unordered_map<const Object*, CharacterMarks> characterMarks_;
   Marks marks_;
   Position nextChange_ = 0;
 };

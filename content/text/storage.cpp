@@ -6,7 +6,6 @@
 #include <iterator>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 #include "KNArchives.h"
@@ -14,8 +13,7 @@
 #include "drawables/drawable.h"
 #include "graph/plain_text.h"
 #include "graph/utf8.h"
-#include "styles/list_style.h"
-#include "styles/paragraph_style.h"
+#include "styles/known_styles.h"
 #include "text/attribute_runs.h"
 #include "text/list_numbers.h"
 #include "text/marks.h"
@@ -105,6 +103,7 @@ class StorageReader {
  public:
   StorageReader(Reading& reading, const Message<Storage>& storage, StorageSink& sink)
       : reading_(reading),
+        known_(reading.keep<KnownStyles>()),
         sink_(sink),
         kind_(storage.get(Storage::kind, StorageKind::TEXTBOX)),
         styles_(
@@ -263,7 +262,7 @@ class StorageReader {
     Paragraph paragraph = paragraphOf(form_, numbers_);
     paragraph.original = std::move(original);
     paragraph.endInserted = endInserted_;
-    text_.take(runMaker_, paragraphStyle(form_.style).marks, paragraph);
+    text_.take(runMaker_, known_.paragraphStyle(form_.style).marks, paragraph);
     Block block;
     block.what = std::move(paragraph);
     sink_.block(std::move(block));
@@ -283,7 +282,7 @@ class StorageReader {
 
   // A paragraph without its text.
   Paragraph paragraphOf(const Form& form, ListNumbers& numbers) {
-    const ParagraphStyle& style = paragraphStyle(form.style);
+    const ParagraphStyle& style = known_.paragraphStyle(form.style);
     Paragraph paragraph;
     paragraph.style = style.name;
     paragraph.role = style.role.role;
@@ -296,21 +295,9 @@ class StorageReader {
     return paragraph;
   }
 
-  const ParagraphStyle& paragraphStyle(const Object* object) {
-    const auto [known, isNew] = paragraphStyles_.try_emplace(object);
-    if (isNew) known->second = readParagraphStyle(reading_, object);
-    return known->second;
-  }
-
-  const ListStyle& listStyle(const Object* object) {
-    const auto [known, isNew] = listStyles_.try_emplace(object);
-    if (isNew) known->second = readListStyle(reading_, object);
-    return known->second;
-  }
-
   // Counts a paragraph as an item of a list, where it is one.
   std::optional<ListMark> mark(const Form& form, ListNumbers& numbers) {
-    const ListStyle& style = listStyle(form.list);
+    const ListStyle& style = known_.listStyle(form.list);
     if (form.level >= std::min(style.size(), ListNumbers::kLevels) || !style[form.level].marked)
       return std::nullopt;
     if (style[form.level].kind == ListKind::kNumber)
@@ -406,6 +393,7 @@ class StorageReader {
   }
 
   Reading& reading_;
+  KnownStyles& known_;
   StorageSink& sink_;
   StorageKind kind_;
   ObjectRuns styles_, lists_, attachments_, footnotes_, sections_;
@@ -413,8 +401,6 @@ class StorageReader {
   MarkTables marks_;
   RunMaker runMaker_;
   ListNumbers numbers_;
-  std::unordered_map<const Object*, ParagraphStyle> paragraphStyles_;
-  std::unordered_map<const Object*, ListStyle> listStyles_;
 
   Position position_ = 0;
   Form form_;                 // of the paragraph
