@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <cstring>
 #include <span>
 
 #include "Tools/formats/vniwork13/wire_cursor.h"
