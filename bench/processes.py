@@ -90,12 +90,12 @@ def growth(program, generated, runs):
             return [program, f"--read={listing}"]
 
         for small, large, times in PAIRS:
+            readings = {small: 100 * times, large: times}
             commands = {(name, count): reading(name, count)
-                        for name, most in ((small, 100 * times), (large, times))
-                        for count in (1, most)}
+                        for name, most in readings.items() for count in (1, most)}
             taken = {}
             figures = take_turns(commands, runs)
-            for name, most in ((small, 100 * times), (large, times)):
+            for name, most in readings.items():
                 first, all_of_them = (figures[name, count]["processor_seconds"]
                                       for count in (1, most))
                 taken[name] = (all_of_them - first) / (most - 1)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -50,28 +51,35 @@ Outcome read(const std::string& header, Way way) {
   return outcome;
 }
 
-// Where the header cannot be read, nothing of it counts but the position.
-void compare(const std::string& header) {
+// Where the header cannot be read, nothing of it counts but the position. Whether it can.
+bool compare(const std::string& header) {
   const Outcome expected = read(header, Way::kByRules);
   const Outcome outcome = read(header, Way::kOnePass);
-  ASSERT_EQ(outcome.isRead, expected.isRead) << ::testing::PrintToString(header);
-  ASSERT_EQ(outcome.position, expected.position) << ::testing::PrintToString(header);
+  EXPECT_EQ(outcome.isRead, expected.isRead) << ::testing::PrintToString(header);
+  EXPECT_EQ(outcome.position, expected.position) << ::testing::PrintToString(header);
   if (expected.isRead) {
-    ASSERT_EQ(outcome, expected) << ::testing::PrintToString(header);
+    EXPECT_EQ(outcome, expected) << ::testing::PrintToString(header);
   }
+  return expected.isRead;
 }
 
 Wire info(std::uint64_t type, std::uint64_t length) {
-  return Wire().varint(1, type).bytes(2, "\1\0\5").varint(3, length);
+  return Wire().varint(1, type).bytes(2, std::string_view("\1\0\5", 3)).varint(3, length);
 }
 
 TEST(ArchiveHeader, IsTheSameInOnePass) {
   RandomMessages random(11);
   const TSP::ArchiveInfo prototype;
-  for (int round = 0; round < 20'000; ++round) {
-    compare(random.payload(prototype));
-    compare(random.damagedPayload(prototype));
+  int sound = 0;
+  int damaged = 0;
+  constexpr int kRounds = 20'000;
+  for (int round = 0; round < kRounds; ++round) {
+    sound += compare(random.payload(prototype)) ? 1 : 0;
+    damaged += compare(random.damagedPayload(prototype)) ? 0 : 1;
   }
+  // The comparison means something only if there are many of both.
+  EXPECT_GT(sound, kRounds / 2);
+  EXPECT_GT(damaged, kRounds / 8);
 }
 
 TEST(ArchiveHeader, TakesTheLastValueOfAField) {

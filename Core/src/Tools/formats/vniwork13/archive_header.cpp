@@ -92,6 +92,11 @@ class CertainPass {
   MessageScanner& scanner_;
 };
 
+void clear(ArchiveHeader& header) {
+  header.identifier = 0;
+  header.payloads.clear();  // and keeps their room
+}
+
 bool readByRules(ArchiveHeader& header, CodedInputStream& input) {
   FieldTree archive(layoutAt(kLayoutIndex<TSP::ArchiveInfo>));
   if (!archive.parse(input)) return false;
@@ -108,13 +113,11 @@ bool readByRules(ArchiveHeader& header, CodedInputStream& input) {
 }  // namespace
 
 bool readArchiveHeader(ArchiveHeader& header, CodedInputStream& input, MessageScanner& scanner) {
-  header.identifier = 0;
-  header.payloads.clear();
+  clear(header);
   const std::string_view bytes = bytesAtHand(input);
   if (input.RecursionBudget() == kRecursionLimit && CertainPass(scanner).readHeader(bytes, header))
     return input.Skip(static_cast<int>(bytes.size()));
-  header.identifier = 0;
-  header.payloads.clear();
+  clear(header);
   return readByRules(header, input);
 }
 

@@ -64,7 +64,7 @@ class WireCursor {
   // use.
 
   bool readVarint(std::uint64_t& value) {
-    constexpr unsigned kMostBits = 70;
+    constexpr unsigned kMostBits = 7 * kLongestVarint;
     value = 0;
     for (unsigned shift = 0; shift < kMostBits && position_ < bytes_.size(); shift += 7) {
       const auto byte = static_cast<unsigned char>(bytes_[position_++]);
